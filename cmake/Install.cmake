@@ -1,0 +1,52 @@
+# Components: plugin (what a device gets), headers (of the plug-in), confd_sdk
+# and log_sdk (the stand-ins, laid out as an SDK), host (the command line with
+# its models and examples).
+
+install(
+  TARGETS quellix_ext_ospf_prot_update
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT plugin)
+install(
+  DIRECTORY include/config_update
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT headers)
+
+if(TARGET zqconfd)
+  install(TARGETS zqconfd LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+                                  COMPONENT log_sdk)
+  install(
+    DIRECTORY kit/log/include/
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT log_sdk)
+endif()
+
+if(BUILD_KIT)
+  install(TARGETS confd LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+                                COMPONENT confd_sdk)
+  install(
+    DIRECTORY kit/confd/include/
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT confd_sdk)
+
+  install(TARGETS ospf-upgrade RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+                                       COMPONENT host)
+  foreach(models before intermediate after)
+    install(
+      DIRECTORY yang/${models}
+      DESTINATION ${models_subdir}
+      COMPONENT host
+      FILES_MATCHING
+      PATTERN *.yang)
+  endforeach()
+  install(
+    DIRECTORY examples/
+    DESTINATION share/ospf-upgrade/examples
+    COMPONENT host)
+  install(
+    FILES README.md
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT host)
+  install(
+    DIRECTORY docs/
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT host)
+endif()

@@ -1,0 +1,194 @@
+#include "kit/confd/api/call.h"
+
+#include <cstring>
+#include <new>
+#include <system_error>
+
+#include "kit/confd/store/error.h"
+
+namespace kit::api {
+namespace {
+
+using store::CallHooks;
+using store::Error;
+using store::ErrorCode;
+
+struct LastError {
+  int number = 0;
+  // A plain array: recording an error must not need memory.
+  char text[2048] = "";
+};
+
+LastError& ThisThreadsError() {
+  thread_local LastError error;
+  return error;
+}
+
+// A failure that a fault asked for, with whatever number it gave.
+struct InjectedFailure {
+  int error;
+  std::string text;
+};
+
+std::optional<std::string> EnumNameIn(const store::Data& data,
+                                      const store::Module* selected,
+                                      std::string_view list_path, size_t key,
+                                      int32_t number) {
+  try {
+    store::Target target =
+        data.Find(keypath::Parse(list_path), {true, selected});
+    const store::SchemaNode& list = *target.schema;
+    if (list.kind != store::NodeKind::kList || key >= list.key_count) {
+      return std::nullopt;
+    }
+    return list.children[key]->type->EnumName(number);
+  } catch (const std::exception&) {
+    // Not a path of this model; the call that uses it will say so.
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
+Scope CdbScope(int sock) {
+  store::Session& session = store::Sessions::Instance().Cdb(sock);
+  return {&session, &session.database->running(), {true, session.selected}};
+}
+
+Scope MaapiScope(int sock, int thandle) {
+  store::Session& session = store::Sessions::Instance().Maapi(sock, thandle);
+  return {
+      &session, &session.database->transaction(), {false, session.selected}};
+}
+
+const store::Value& ReadLeaf(const Scope& scope, const store::Target& target,
+                             store::ValueType type) {
+  const store::Element element = scope.data->Get(target);
+  if (element.value == nullptr || element.value->type() != type) {
+    throw Error(ErrorCode::kBadType,
+                std::string("it holds a ") +
+                    (element.value == nullptr
+                         ? "C_LIST"
+                         : store::TypeName(element.value->type())) +
+                    " where a " + store::TypeName(type) + " is read");
+  }
+  return *element.value;
+}
+
+std::string DescribeNamespace(int hashed_ns) {
+  return "hash " + std::to_string(static_cast<uint32_t>(hashed_ns));
+}
+
+int SelectNamespace(const Scope& scope, int hashed_ns) {
+  const store::Module* module =
+      scope.data->schema().ModuleOfHash(static_cast<uint32_t>(hashed_ns));
+  if (module == nullptr) {
+    throw Error(ErrorCode::kNoExists,
+                "no module of the model has the namespace hash " +
+                    std::to_string(static_cast<uint32_t>(hashed_ns)));
+  }
+  scope.session->selected = module;
+  return CONFD_OK;
+}
+
+int SetError(int error, const std::string& text) {
+  LastError& last = ThisThreadsError();
+  last.number = error;
+  std::strncpy(last.text, text.c_str(), sizeof last.text - 1);
+  return CONFD_ERR;
+}
+
+std::string FormatPath(const Scope* scope, const char* fmt, va_list args) {
+  return keypath::Format(
+      fmt, args,
+      [&](std::string_view list_path, size_t key,
+          int32_t number) -> std::optional<std::string> {
+        if (scope != nullptr) {
+          return EnumNameIn(*scope->data, scope->rules.selected, list_path, key,
+                            number);
+        }
+        for (const store::Data* data :
+             store::Sessions::Instance().AttachedData()) {
+          if (auto name = EnumNameIn(*data, nullptr, list_path, key, number)) {
+            return name;
+          }
+        }
+        return std::nullopt;
+      });
+}
+
+Call::Call(const char* function)
+    : function_(function),
+      wants_values_(CallHooks::Instance().wants_values()) {}
+
+void Call::MeetFault() {
+  fault_ = CallHooks::Instance().Fault(function_, path_);
+  if (fault_ && fault_->error != 0) {
+    throw InjectedFailure{fault_->error, fault_->text};
+  }
+}
+
+int Call::AfterSuccess(int result) {
+  if (fault_) {
+    for (const store::ValueSubstitute& substitute : fault_->substitutes) {
+      if (substitute.slot >= value_count_) continue;
+      confd_value_t& value = values_[substitute.slot];
+      Release(value);
+      value = {};
+      value.type = static_cast<confd_vtype>(substitute.tag);
+      std::memcpy(&value.val, &substitute.bits, sizeof substitute.bits);
+    }
+    if (fault_->result) result = *fault_->result;
+  }
+  if (wants_values_ && value_count_ > 0) {
+    output_ = Describe(values_, value_count_);
+  }
+  return result;
+}
+
+int Call::Fail(int error, const std::string& reason) {
+  error_ = error;
+  reason_ = path_.empty() ? reason : path_ + ": " + reason;
+  return SetError(error_, reason_);
+}
+
+void Call::Report(int result) {
+  CallHooks& hooks = CallHooks::Instance();
+  if (!hooks.observed()) return;
+  hooks.Report({0, function_, path_, input_, output_, result, error_, reason_});
+}
+
+int FailByException(Call& call) {
+  try {
+    throw;
+  } catch (const InjectedFailure& failure) {
+    // The text of a fault is what confd_lasterr() gives, to the letter.
+    std::string path = call.path();
+    call.SetPath("");
+    int result = call.Fail(failure.error, failure.text);
+    call.SetPath(std::move(path));
+    return result;
+  } catch (const Error& error) {
+    return call.Fail(static_cast<int>(error.code()), error.what());
+  } catch (const keypath::SyntaxError& error) {
+    return call.Fail(CONFD_ERR_BADPATH, error.what());
+  } catch (const std::bad_alloc&) {
+    return call.Fail(CONFD_ERR_MALLOC, "out of memory");
+  } catch (const std::system_error& error) {
+    return call.Fail(CONFD_ERR_OS, error.what());
+  } catch (const std::exception& error) {
+    return call.Fail(CONFD_ERR_INTERNAL, error.what());
+  } catch (...) {
+    return call.Fail(CONFD_ERR_INTERNAL, "unknown internal error");
+  }
+}
+
+}  // namespace kit::api
+
+extern "C" {
+
+int* confd_errno_location(void) { return &kit::api::ThisThreadsError().number; }
+
+char* confd_lasterr(void) { return kit::api::ThisThreadsError().text; }
+
+}  // extern "C"

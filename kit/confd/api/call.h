@@ -1,0 +1,140 @@
+// What every call of the C API has in common: session, path, faults, errors,
+// and telling the observer.
+#ifndef KIT_CONFD_API_CALL_H_
+#define KIT_CONFD_API_CALL_H_
+
+#include <confd_lib.h>
+
+#include <cstdarg>
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "kit/confd/api/values.h"
+#include "kit/confd/keypath/keypath.h"
+#include "kit/confd/store/call_hooks.h"
+#include "kit/confd/store/data.h"
+#include "kit/confd/store/session.h"
+
+namespace kit::api {
+
+// Which data a call works on, and how it reads paths.
+struct Scope {
+  store::Session* session;
+  const store::Data* data;
+  store::PathRules rules;
+};
+
+Scope CdbScope(int sock);
+Scope MaapiScope(int sock, int thandle);
+
+// The value of a leaf of this type. Throws Error.
+const store::Value& ReadLeaf(const Scope& scope, const store::Target& target,
+                             store::ValueType type);
+
+// Selects a namespace by its hash; CONFD_OK. Throws Error.
+int SelectNamespace(const Scope& scope, int hashed_ns);
+std::string DescribeNamespace(int hashed_ns);
+
+// Records this thread's last error and returns CONFD_ERR.
+int SetError(int error, const std::string& text);
+
+// Names enum constants by the models of the scope, or of all open sessions.
+std::string FormatPath(const Scope* scope, const char* fmt, va_list args);
+
+// One running call. Its members may throw; RunCall turns that into errors.
+class Call {
+ public:
+  explicit Call(const char* function);
+
+  // What the observer is shown. Cheap when nobody looks.
+  template <typename Describe>
+  void Input(const Describe& describe) {
+    if (wants_values_) input_ = describe();
+  }
+  // The values handed out, which a fault may change after the call.
+  void Output(confd_value_t* values, size_t count) {
+    values_ = values;
+    value_count_ = count;
+  }
+  void OutputText(std::string text) {
+    if (wants_values_) output_ = std::move(text);
+  }
+
+  void SetPath(std::string path) { path_ = std::move(path); }
+  const std::string& path() const { return path_; }
+  // Throws the error of a fault that says the call fails.
+  void MeetFault();
+  // Applies what a fault says of a call that succeeded; the final result.
+  int AfterSuccess(int result);
+  int Fail(int error, const std::string& reason);
+  void Report(int result);
+
+ private:
+  const char* function_;
+  bool wants_values_;
+  std::string path_;
+  std::string input_;
+  std::string output_;
+  confd_value_t* values_ = nullptr;
+  size_t value_count_ = 0;
+  std::optional<store::FaultRule> fault_;
+  int error_ = 0;
+  std::string reason_;
+};
+
+// Turns the exception being handled into the call's error.
+int FailByException(Call& call);
+
+// Runs `body`, which returns the call's result, so that nothing it throws
+// leaves. `prepare` finds the scope and path first.
+template <typename Prepare, typename Body>
+int RunCall(const char* function, const Prepare& prepare, const Body& body) {
+  int result = CONFD_ERR;
+  try {
+    Call call(function);
+    try {
+      prepare(call);
+      call.MeetFault();
+      result = call.AfterSuccess(body(call));
+    } catch (...) {
+      result = FailByException(call);
+    }
+    call.Report(result);
+  } catch (...) {
+    // Not even the report could be made: there is no memory for it.
+    SetError(CONFD_ERR_MALLOC, "out of memory");
+  }
+  return result;
+}
+
+// For calls that take nothing but a path.
+inline std::string NoInput() { return {}; }
+
+// A call on a key path: body(call, scope, target). `input` describes the other
+// arguments.
+template <typename MakeScope, typename Body, typename Input>
+int RunPathCall(const char* function, const MakeScope& make_scope,
+                const char* fmt, va_list args, const Body& body,
+                const Input& input) {
+  std::optional<Scope> scope;
+  return RunCall(
+      function,
+      [&](Call& call) {
+        call.Input(input);
+        scope = make_scope();
+        call.SetPath(FormatPath(&*scope, fmt, args));
+      },
+      [&](Call& call) {
+        store::Target target =
+            scope->data->Find(keypath::Parse(call.path()), scope->rules);
+        return body(call, *scope, target);
+      });
+}
+
+}  // namespace kit::api
+
+#endif  // KIT_CONFD_API_CALL_H_

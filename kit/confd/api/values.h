@@ -1,0 +1,40 @@
+// Values between the C API and the store.
+#ifndef KIT_CONFD_API_VALUES_H_
+#define KIT_CONFD_API_VALUES_H_
+
+#include <confd_lib.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "kit/confd/store/data.h"
+#include "kit/confd/store/value.h"
+
+namespace kit::api {
+
+// A value for a program, which owns what it points to (confd_free_value).
+// Throws std::bad_alloc, and Error with kUnavailable for a type that the API
+// of this library does not carry.
+confd_value_t ToC(const store::Value& value);
+confd_value_t ToC(const store::Element& element);
+
+// Releases what the value owns, as confd_free_value does.
+void Release(confd_value_t& value);
+
+// A value from a program. Throws Error with kBadType for a type that no leaf
+// has.
+store::Value FromC(const confd_value_t& value);
+// C_NOEXISTS is the empty element.
+store::NewElement ElementFromC(const confd_value_t& value);
+
+// "C_UINT32 7", "C_BUF \"global\"", for people.
+std::string Describe(const confd_value_t& value);
+std::string Describe(const confd_value_t* values, size_t count);
+
+// The number of a namespace's or node's name in C_XMLTAG values.
+uint32_t TagOf(const store::SchemaNode& node);
+
+}  // namespace kit::api
+
+#endif  // KIT_CONFD_API_VALUES_H_

@@ -1,0 +1,178 @@
+#include "kit/confd/control/control.h"
+
+#include <utility>
+
+#include "kit/confd/store/call_hooks.h"
+#include "kit/confd/store/database.h"
+#include "kit/confd/store/difference.h"
+#include "kit/confd/store/document.h"
+#include "kit/confd/store/session.h"
+
+namespace kit::control {
+namespace {
+
+ChangeKind KindOf(store::DifferenceKind kind) {
+  switch (kind) {
+    case store::DifferenceKind::kCreated:
+      return ChangeKind::kCreated;
+    case store::DifferenceKind::kDeleted:
+      return ChangeKind::kDeleted;
+    case store::DifferenceKind::kChanged:
+      break;
+  }
+  return ChangeKind::kChanged;
+}
+
+EntryChange ToChange(const store::EntryDifference& difference) {
+  EntryChange change{
+      KindOf(difference.kind), difference.list->Path(), difference.path, {}};
+  for (const store::LeafDifference& leaf : difference.leaves) {
+    change.leaves.push_back({leaf.leaf, leaf.before, leaf.after});
+  }
+  return change;
+}
+
+}  // namespace
+
+InputError::InputError(std::string file, uint64_t line, std::string path,
+                       std::string reason)
+    : std::runtime_error(file + (line > 0 ? ":" + std::to_string(line) : "") +
+                         ": " + reason +
+                         (path.empty() ? "" : " (at " + path + ")")),
+      file_(std::move(file)),
+      line_(line),
+      path_(std::move(path)),
+      reason_(std::move(reason)) {}
+
+struct Database::Impl {
+  Impl(const ModelSet& before, const ModelSet& after, std::string text)
+      : database(before.directory, after.directory, before.namespace_hashes,
+                 after.namespace_hashes, std::move(text)) {}
+  ~Impl() {
+    if (!handles) return;
+    store::Sessions::Instance().Close(handles->maapi_sock);
+    store::Sessions::Instance().Close(handles->cdb_sock);
+  }
+
+  store::Database database;
+  std::optional<Handles> handles;
+};
+
+Database::Database(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+Database::Database(Database&&) noexcept = default;
+Database& Database::operator=(Database&&) noexcept = default;
+Database::~Database() = default;
+
+Database Database::Open(const ModelSet& before, const ModelSet& after,
+                        std::string text, const std::string& name) {
+  try {
+    return Database(std::make_unique<Impl>(before, after, std::move(text)));
+  } catch (const store::SchemaError& error) {
+    throw ModelError(error.what());
+  } catch (const store::DocumentError& error) {
+    throw InputError(name, error.line, error.path, error.what());
+  }
+}
+
+Format Database::input_format() const {
+  return impl_->database.envelope().syntax == store::Syntax::kXml
+             ? Format::kXml
+             : Format::kJson;
+}
+
+Handles Database::Attach() {
+  if (impl_->handles) return *impl_->handles;
+  store::Sessions& sessions = store::Sessions::Instance();
+  Handles handles{};
+  handles.maapi_sock = sessions.OpenMaapi(impl_->database, &handles.thandle);
+  try {
+    handles.cdb_sock = sessions.OpenCdb(impl_->database);
+  } catch (...) {
+    sessions.Close(handles.maapi_sock);
+    throw;
+  }
+  impl_->handles = handles;
+  return handles;
+}
+
+std::vector<Violation> Database::Validate() const {
+  std::vector<Violation> violations;
+  for (store::BrokenConstraint& broken :
+       store::ValidateData(impl_->database.transaction())) {
+    violations.push_back({static_cast<int>(broken.code), std::move(broken.path),
+                          std::move(broken.reason)});
+  }
+  return violations;
+}
+
+void Database::Save(Format format,
+                    const std::function<void(std::string_view)>& sink) const {
+  store::Envelope envelope = impl_->database.envelope();
+  envelope.syntax =
+      format == Format::kXml ? store::Syntax::kXml : store::Syntax::kJson;
+  store::WriteDocument(impl_->database.transaction(), envelope, sink);
+}
+
+void Database::Diff(const std::function<void(const EntryChange&)>& sink) const {
+  store::Data start = impl_->database.StartOfTransaction();
+  store::Compare(start, impl_->database.transaction(),
+                 [&](const store::EntryDifference& difference) {
+                   sink(ToChange(difference));
+                 });
+}
+
+size_t Database::OpenCursors() const {
+  if (!impl_->handles) return 0;
+  return store::Sessions::Instance().OpenCursors(impl_->handles->maapi_sock);
+}
+
+Observer::~Observer() = default;
+
+void SetObserver(Observer* observer) {
+  if (observer == nullptr) {
+    store::CallHooks::Instance().SetObserver(std::nullopt);
+    return;
+  }
+  store::CallObserver hook;
+  hook.wants_values = observer->WantsValues();
+  hook.on_call = [observer](const store::CallRecord& record) {
+    observer->OnCall({record.number, record.function, record.path, record.input,
+                      record.output, record.result, record.error,
+                      record.reason});
+  };
+  store::CallHooks::Instance().SetObserver(std::move(hook));
+}
+
+std::string ToString(const Call& call) {
+  std::string text(call.function);
+  if (!call.path.empty()) text += " " + std::string(call.path);
+  if (!call.input.empty()) text += " " + std::string(call.input);
+  text += " -> " + std::to_string(call.result);
+  if (!call.output.empty()) text += " " + std::string(call.output);
+  if (call.error != 0) {
+    text += " error " + std::to_string(call.error) + " '" +
+            std::string(call.reason) + "'";
+  }
+  return text;
+}
+
+void SetFaults(std::vector<Fault> faults) {
+  std::vector<store::FaultRule> rules;
+  for (Fault& fault : faults) {
+    store::FaultRule rule;
+    rule.function = std::move(fault.function);
+    rule.path = std::move(fault.path);
+    rule.occurrence = fault.occurrence;
+    rule.error = fault.error;
+    rule.text = std::move(fault.text);
+    rule.result = fault.result;
+    for (const Substitute& substitute : fault.substitutes) {
+      rule.substitutes.push_back(
+          {substitute.slot, substitute.tag, substitute.bits});
+    }
+    rules.push_back(std::move(rule));
+  }
+  store::CallHooks::Instance().SetFaults(std::move(rules));
+}
+
+}  // namespace kit::control

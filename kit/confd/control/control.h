@@ -1,0 +1,185 @@
+// What a host needs besides the C API: a database from a configuration and two
+// sets of data models, the handles an upgrade program works on, the calls it
+// makes, faults for it to meet, and what became of the configuration.
+#ifndef KIT_CONFD_CONTROL_CONTROL_H_
+#define KIT_CONFD_CONTROL_CONTROL_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#define KIT_CONTROL_EXPORT __attribute__((visibility("default")))
+
+namespace kit::control {
+
+enum class Format { kXml, kJson };
+
+// The data models of one side of the upgrade: every YANG module of a folder.
+struct ModelSet {
+  std::filesystem::path directory;
+  // Hash that the data-model compiler gave a module's namespace, by module
+  // name. Modules that the folder lacks are passed over.
+  std::map<std::string, uint32_t> namespace_hashes;
+};
+
+// The models can't be used: what() names file, line and reason.
+class KIT_CONTROL_EXPORT ModelError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The configuration can't be used.
+class KIT_CONTROL_EXPORT InputError : public std::runtime_error {
+ public:
+  // line is 0 and path empty where they are not known.
+  InputError(std::string file, uint64_t line, std::string path,
+             std::string reason);
+  const std::string& file() const { return file_; }
+  uint64_t line() const { return line_; }
+  const std::string& path() const { return path_; }
+  const std::string& reason() const { return reason_; }
+
+ private:
+  std::string file_;
+  uint64_t line_;
+  std::string path_;
+  std::string reason_;
+};
+
+// A constraint of the new model that the upgraded configuration breaks.
+struct Violation {
+  int error;  // the number that a commit on a device would give (CONFD_ERR_*)
+  std::string path;    // instance path of the node at fault, "" when unknown
+  std::string reason;  // the constraint
+};
+
+// The three handles of an upgrade program.
+struct Handles {
+  int maapi_sock;
+  int thandle;
+  int cdb_sock;
+};
+
+enum class ChangeKind { kCreated, kChanged, kDeleted };
+
+struct LeafChange {
+  std::string leaf;  // relative to the entry
+  std::optional<std::string> before;
+  std::optional<std::string> after;
+};
+
+// One list entry (or the nodes outside of any list, with list "/") that the
+// upgrade program created, changed or deleted. A list inside a changed entry
+// is reported by itself; one inside a created or deleted entry too.
+struct EntryChange {
+  ChangeKind kind;
+  std::string list;  // path of the list without keys
+  std::string path;  // key path of the entry
+  // Leaves that differ; all leaves that were set for a created or deleted one.
+  std::vector<LeafChange> leaves;
+};
+
+// A configuration under its old models (what CDB shows), and the upgrade
+// transaction under the new ones, filled as ConfD fills it at start-up.
+// Programs reach it through the C API once it is attached. Not thread-safe.
+class KIT_CONTROL_EXPORT Database {
+ public:
+  // Reads a configuration (XML or JSON, told apart by content) of the old
+  // models. `name` stands for it in messages. Throws ModelError, InputError.
+  static Database Open(const ModelSet& before, const ModelSet& after,
+                       std::string text, const std::string& name);
+  Database(Database&&) noexcept;
+  Database& operator=(Database&&) noexcept;
+  ~Database();  // detaches
+
+  Format input_format() const;
+
+  // Opens the sockets and the transaction, once; the same handles after that.
+  // Throws std::system_error when the system has no more descriptors.
+  Handles Attach();
+
+  // Checks the transaction as a device's commit would; empty when it is valid.
+  std::vector<Violation> Validate() const;
+
+  // Hands the transaction's content to `sink`, piece by piece.
+  void Save(Format format,
+            const std::function<void(std::string_view)>& sink) const;
+
+  // Hands every entry that differs between the transaction as it started and
+  // as it stands to `sink`, in the order of the model and its keys.
+  void Diff(const std::function<void(const EntryChange&)>& sink) const;
+
+  // Cursors that a program opened and has not destroyed.
+  size_t OpenCursors() const;
+
+ private:
+  struct Impl;
+  explicit Database(std::unique_ptr<Impl> impl);
+  std::unique_ptr<Impl> impl_;
+};
+
+// One finished call of the C API. The views live as long as the callback.
+struct Call {
+  uint64_t number;            // counts from 1 since the last SetObserver
+  std::string_view function;  // "maapi_set_elem"
+  std::string_view path;      // formatted key path, "" for calls without one
+  std::string_view input;     // other arguments: "C_UINT32 1", "hash 448085882"
+  std::string_view output;    // what was handed out: "C_UINT32 7"
+  int result;
+  int error;                // confd_errno of a failed call, else 0
+  std::string_view reason;  // confd_lasterr() of a failed call, else ""
+};
+
+// Told of every call. Called on the program's thread, between its calls.
+class KIT_CONTROL_EXPORT Observer {
+ public:
+  virtual ~Observer();
+  virtual void OnCall(const Call& call) = 0;
+  // Whether input and output are to be rendered, which takes time.
+  virtual bool WantsValues() const { return true; }
+};
+
+// Replaces the process's one observer; null for none. Not owned.
+KIT_CONTROL_EXPORT void SetObserver(Observer* observer);
+
+// One line for people and golden files:
+// `maapi_set_elem "/a/b{1}/c" C_UINT32 1 -> 0`.
+KIT_CONTROL_EXPORT std::string ToString(const Call& call);
+
+// Overwrites the value in one slot of what a call hands out (element of a
+// value array, the value read, or a cursor's key).
+struct Substitute {
+  size_t slot;
+  int tag;        // a C_* type number of a fixed-size type
+  uint64_t bits;  // the value, in the machine's byte order
+};
+
+// Something for a program to meet that the store would not do by itself. A
+// fault applies to the calls that fit its conditions.
+struct Fault {
+  std::string function;     // "" fits every function
+  std::string path;         // formatted key path, "" fits every path
+  uint64_t occurrence = 1;  // the k-th fitting call, from 1; 0: all of them
+
+  int error = 0;     // not 0: the call fails with it and does nothing
+  std::string text;  // its confd_lasterr() text
+
+  // With error 0, after the call was carried out:
+  std::optional<int> result;  // returned in place of its own result
+  std::vector<Substitute> substitutes;
+};
+
+// Replaces the process's faults; their counts start anew.
+KIT_CONTROL_EXPORT void SetFaults(std::vector<Fault> faults);
+
+}  // namespace kit::control
+
+#endif  // KIT_CONFD_CONTROL_CONTROL_H_

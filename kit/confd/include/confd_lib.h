@@ -1,0 +1,412 @@
+/*
+ * Value types, error codes and key-path helpers of the ConfD client library.
+ *
+ * Include this header before confd_cdb.h and confd_maapi.h. Layouts are those
+ * of 64-bit Linux and are part of the binary interface.
+ */
+#ifndef CONFD_LIB_H_
+#define CONFD_LIB_H_
+
+#include <assert.h>
+#include <netinet/in.h>
+#include <stdarg.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__)
+#define CONFD_KIT_EXPORT __attribute__((visibility("default")))
+#else
+#define CONFD_KIT_EXPORT
+#endif
+
+/* ---- Results and errors ------------------------------------------------ */
+
+#define CONFD_OK 0
+#define CONFD_ERR (-1)
+/* The daemon closed the socket. */
+#define CONFD_EOF (-2)
+
+#define CONFD_ERR_NOEXISTS 1
+#define CONFD_ERR_ALREADY_EXISTS 2
+#define CONFD_ERR_NOT_WRITABLE 4
+#define CONFD_ERR_BADTYPE 5
+#define CONFD_ERR_NOTCREATABLE 6
+#define CONFD_ERR_NOTDELETABLE 7
+#define CONFD_ERR_BADPATH 8
+#define CONFD_ERR_NOTSET 12
+#define CONFD_ERR_BAD_KEYREF 14
+#define CONFD_ERR_INTERNAL 18
+#define CONFD_ERR_MALLOC 20
+#define CONFD_ERR_PROTOUSAGE 21
+#define CONFD_ERR_NOSESSION 22
+#define CONFD_ERR_OS 24
+#define CONFD_ERR_MUST_FAILED 41
+#define CONFD_ERR_UNAVAILABLE 44
+
+/* Address of this thread's error number; never fails. */
+CONFD_KIT_EXPORT int *confd_errno_location(void);
+#define confd_errno (*confd_errno_location())
+
+/*
+ * Text of this thread's last error, "" before the first one. It stays as it is
+ * until the next failing call and is owned by the library.
+ */
+CONFD_KIT_EXPORT char *confd_lasterr(void);
+
+/* ---- Values ------------------------------------------------------------ */
+
+/* The most keys a list can have. */
+#define MAXKEYLEN 9
+
+struct xml_tag {
+  uint32_t tag;
+  uint32_t ns;
+};
+
+enum confd_vtype {
+  C_NOEXISTS = 1,
+  C_XMLTAG = 2,
+  C_SYMBOL = 3,
+  C_STR = 4,
+  C_BUF = 5,
+  C_INT8 = 6,
+  C_INT16 = 7,
+  C_INT32 = 8,
+  C_INT64 = 9,
+  C_UINT8 = 10,
+  C_UINT16 = 11,
+  C_UINT32 = 12,
+  C_UINT64 = 13,
+  C_DOUBLE = 14,
+  C_IPV4 = 15,
+  C_IPV6 = 16,
+  C_BOOL = 17,
+  C_QNAME = 18,
+  C_DATETIME = 19,
+  C_DATE = 20,
+  C_TIME = 23,
+  C_DURATION = 27,
+  C_ENUM_VALUE = 28,
+  C_BIT32 = 29,
+  C_BIT64 = 30,
+  C_LIST = 31,
+  C_XMLBEGIN = 32,
+  C_XMLEND = 33,
+  C_OBJECTREF = 34,
+  C_UNION = 35,
+  C_PTR = 36,
+  C_CDBBEGIN = 37,
+  C_OID = 38,
+  C_BINARY = 39,
+  C_IPV4PREFIX = 40,
+  C_IPV6PREFIX = 41,
+  C_DEFAULT = 42,
+  C_DECIMAL64 = 43,
+  C_IDENTITYREF = 44,
+  C_XMLBEGINDEL = 45,
+  C_DQUAD = 46,
+  C_HEXSTR = 47,
+  C_IPV4_AND_PLEN = 48,
+  C_IPV6_AND_PLEN = 49,
+  C_BITBIG = 50,
+  C_XMLMOVEFIRST = 51,
+  C_XMLMOVEAFTER = 52,
+  C_EMPTY = 53,
+  C_MAXTYPE
+};
+
+typedef struct confd_buf {
+  unsigned int size;
+  unsigned char *ptr;
+} confd_buf_t;
+
+typedef struct confd_buf_const {
+  unsigned int size;
+  const unsigned char *ptr;
+} confd_buf_const_t;
+
+struct confd_qname {
+  confd_buf_t prefix;
+  confd_buf_t name;
+};
+
+struct confd_datetime {
+  int16_t year;
+  uint8_t month;
+  uint8_t day;
+  uint8_t hour;
+  uint8_t min;
+  uint8_t sec;
+  uint32_t micro;
+  int8_t timezone;
+  int8_t timezone_minutes;
+};
+
+struct confd_date {
+  int16_t year;
+  uint8_t month;
+  uint8_t day;
+  int8_t timezone;
+  int8_t timezone_minutes;
+};
+
+struct confd_time {
+  uint8_t hour;
+  uint8_t min;
+  uint8_t sec;
+  uint32_t micro;
+  int8_t timezone;
+  int8_t timezone_minutes;
+};
+
+struct confd_duration {
+  uint32_t years;
+  uint32_t months;
+  uint32_t days;
+  uint32_t hours;
+  uint32_t mins;
+  uint32_t secs;
+  uint32_t micros;
+};
+
+struct confd_value;
+
+struct confd_list {
+  unsigned int size;
+  struct confd_value *ptr;
+};
+
+struct confd_ipv4_prefix {
+  struct in_addr ip; /* network byte order */
+  uint8_t len;       /* bits */
+};
+
+struct confd_ipv6_prefix {
+  struct in6_addr ip6;
+  uint8_t len; /* bits */
+};
+
+struct confd_decimal64 {
+  int64_t value;
+  uint8_t fraction_digits;
+};
+
+struct confd_identityref {
+  uint32_t ns;
+  uint32_t id;
+};
+
+struct confd_dotted_quad {
+  unsigned char quad[4];
+};
+
+typedef struct confd_value {
+  enum confd_vtype type;
+  union {
+    struct xml_tag xmltag;
+    uint32_t symbol;
+    char *s;
+    const char *c_s;
+    confd_buf_t buf;
+    confd_buf_const_t c_buf;
+    int8_t i8;
+    int16_t i16;
+    int32_t i32;
+    int64_t i64;
+    uint8_t u8;
+    uint16_t u16;
+    uint32_t u32;
+    uint64_t u64;
+    double d;
+    struct in_addr ip;
+    struct in6_addr ip6;
+    int boolean;
+    struct confd_qname qname;
+    struct confd_datetime datetime;
+    struct confd_date date;
+    struct confd_time time;
+    struct confd_duration duration;
+    int32_t enumvalue;
+    uint32_t b32;
+    uint64_t b64;
+    struct confd_list list;
+    struct confd_ipv4_prefix ipv4prefix;
+    struct confd_ipv6_prefix ipv6prefix;
+    struct confd_decimal64 d64;
+    struct confd_identityref idref;
+    struct confd_dotted_quad dquad;
+  } val;
+} confd_value_t;
+
+/*
+ * Releases what a value owns (buffers, lists) with free(); does nothing for
+ * fixed-size values and C_STR. The struct itself stays.
+ */
+CONFD_KIT_EXPORT void confd_free_value(confd_value_t *v);
+
+/*
+ * Formats a key path like vsnprintf: at most size bytes with the terminating
+ * NUL go to buf (which may be NULL when size is 0). Besides printf's %d, %u,
+ * %s and their kin it knows %x (a confd_value_t *, printed in key form), %*x
+ * (an int count and an array of values, printed blank-separated) and %ip4 (a
+ * struct in_addr by value, printed as a dotted quad).
+ *
+ * Returns the length that was needed, or CONFD_ERR with CONFD_ERR_BADPATH for
+ * a format it does not know.
+ */
+CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
+                                           va_list ap);
+
+/* ---- Accessors --------------------------------------------------------- */
+
+/* The getters assert the tag, so that a wrong one never goes unnoticed. */
+#define CONFD_KIT_SET(v, tag, member, x) \
+  do {                                   \
+    (v)->type = (tag);                   \
+    (v)->val.member = (x);               \
+  } while (0)
+
+#define CONFD_SET_NOEXISTS(v) ((v)->type = C_NOEXISTS)
+#define CONFD_SET_EMPTY(v) ((v)->type = C_EMPTY)
+
+#define CONFD_SET_XMLTAG(v, t, n) \
+  do {                            \
+    (v)->type = C_XMLTAG;         \
+    (v)->val.xmltag.tag = (t);    \
+    (v)->val.xmltag.ns = (n);     \
+  } while (0)
+#define CONFD_GET_XMLTAG(v) (assert((v)->type == C_XMLTAG), (v)->val.xmltag.tag)
+#define CONFD_GET_XMLTAG_NS(v) \
+  (assert((v)->type == C_XMLTAG), (v)->val.xmltag.ns)
+
+#define CONFD_SET_SYMBOL(v, x) CONFD_KIT_SET(v, C_SYMBOL, symbol, x)
+#define CONFD_GET_SYMBOL(v) (assert((v)->type == C_SYMBOL), (v)->val.symbol)
+
+#define CONFD_SET_STR(v, x) CONFD_KIT_SET(v, C_STR, c_s, x)
+#define CONFD_GET_STR(v) (assert((v)->type == C_STR), (v)->val.c_s)
+
+#define CONFD_SET_BUF(v, p, n)                             \
+  do {                                                     \
+    (v)->type = C_BUF;                                     \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
+    (v)->val.c_buf.size = (unsigned int)(n);               \
+  } while (0)
+#define CONFD_GET_BUFPTR(v) (assert((v)->type == C_BUF), (v)->val.buf.ptr)
+#define CONFD_GET_BUFSIZE(v) (assert((v)->type == C_BUF), (v)->val.buf.size)
+#define CONFD_GET_CBUFPTR(v) (assert((v)->type == C_BUF), (v)->val.c_buf.ptr)
+
+#define CONFD_SET_BINARY(v, p, n)                          \
+  do {                                                     \
+    (v)->type = C_BINARY;                                  \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
+    (v)->val.c_buf.size = (unsigned int)(n);               \
+  } while (0)
+#define CONFD_GET_BINARY_PTR(v) \
+  (assert((v)->type == C_BINARY), (v)->val.buf.ptr)
+#define CONFD_GET_BINARY_SIZE(v) \
+  (assert((v)->type == C_BINARY), (v)->val.buf.size)
+
+#define CONFD_SET_HEXSTR(v, p, n)                          \
+  do {                                                     \
+    (v)->type = C_HEXSTR;                                  \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
+    (v)->val.c_buf.size = (unsigned int)(n);               \
+  } while (0)
+#define CONFD_GET_HEXSTR_PTR(v) \
+  (assert((v)->type == C_HEXSTR), (v)->val.buf.ptr)
+#define CONFD_GET_HEXSTR_SIZE(v) \
+  (assert((v)->type == C_HEXSTR), (v)->val.buf.size)
+
+#define CONFD_SET_BITBIG(v, p, n)                          \
+  do {                                                     \
+    (v)->type = C_BITBIG;                                  \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
+    (v)->val.c_buf.size = (unsigned int)(n);               \
+  } while (0)
+#define CONFD_GET_BITBIG_PTR(v) \
+  (assert((v)->type == C_BITBIG), (v)->val.buf.ptr)
+#define CONFD_GET_BITBIG_SIZE(v) \
+  (assert((v)->type == C_BITBIG), (v)->val.buf.size)
+
+#define CONFD_SET_INT8(v, x) CONFD_KIT_SET(v, C_INT8, i8, x)
+#define CONFD_GET_INT8(v) (assert((v)->type == C_INT8), (v)->val.i8)
+#define CONFD_SET_INT16(v, x) CONFD_KIT_SET(v, C_INT16, i16, x)
+#define CONFD_GET_INT16(v) (assert((v)->type == C_INT16), (v)->val.i16)
+#define CONFD_SET_INT32(v, x) CONFD_KIT_SET(v, C_INT32, i32, x)
+#define CONFD_GET_INT32(v) (assert((v)->type == C_INT32), (v)->val.i32)
+#define CONFD_SET_INT64(v, x) CONFD_KIT_SET(v, C_INT64, i64, x)
+#define CONFD_GET_INT64(v) (assert((v)->type == C_INT64), (v)->val.i64)
+#define CONFD_SET_UINT8(v, x) CONFD_KIT_SET(v, C_UINT8, u8, x)
+#define CONFD_GET_UINT8(v) (assert((v)->type == C_UINT8), (v)->val.u8)
+#define CONFD_SET_UINT16(v, x) CONFD_KIT_SET(v, C_UINT16, u16, x)
+#define CONFD_GET_UINT16(v) (assert((v)->type == C_UINT16), (v)->val.u16)
+#define CONFD_SET_UINT32(v, x) CONFD_KIT_SET(v, C_UINT32, u32, x)
+#define CONFD_GET_UINT32(v) (assert((v)->type == C_UINT32), (v)->val.u32)
+#define CONFD_SET_UINT64(v, x) CONFD_KIT_SET(v, C_UINT64, u64, x)
+#define CONFD_GET_UINT64(v) (assert((v)->type == C_UINT64), (v)->val.u64)
+#define CONFD_SET_DOUBLE(v, x) CONFD_KIT_SET(v, C_DOUBLE, d, x)
+#define CONFD_GET_DOUBLE(v) (assert((v)->type == C_DOUBLE), (v)->val.d)
+#define CONFD_SET_IPV4(v, x) CONFD_KIT_SET(v, C_IPV4, ip, x)
+#define CONFD_GET_IPV4(v) (assert((v)->type == C_IPV4), (v)->val.ip)
+#define CONFD_SET_IPV6(v, x) CONFD_KIT_SET(v, C_IPV6, ip6, x)
+#define CONFD_GET_IPV6(v) (assert((v)->type == C_IPV6), (v)->val.ip6)
+#define CONFD_SET_BOOL(v, x) CONFD_KIT_SET(v, C_BOOL, boolean, x)
+#define CONFD_GET_BOOL(v) (assert((v)->type == C_BOOL), (v)->val.boolean)
+#define CONFD_SET_QNAME(v, x) CONFD_KIT_SET(v, C_QNAME, qname, x)
+#define CONFD_GET_QNAME(v) (assert((v)->type == C_QNAME), (v)->val.qname)
+#define CONFD_SET_DATETIME(v, x) CONFD_KIT_SET(v, C_DATETIME, datetime, x)
+#define CONFD_GET_DATETIME(v) \
+  (assert((v)->type == C_DATETIME), (v)->val.datetime)
+#define CONFD_SET_DATE(v, x) CONFD_KIT_SET(v, C_DATE, date, x)
+#define CONFD_GET_DATE(v) (assert((v)->type == C_DATE), (v)->val.date)
+#define CONFD_SET_TIME(v, x) CONFD_KIT_SET(v, C_TIME, time, x)
+#define CONFD_GET_TIME(v) (assert((v)->type == C_TIME), (v)->val.time)
+#define CONFD_SET_DURATION(v, x) CONFD_KIT_SET(v, C_DURATION, duration, x)
+#define CONFD_GET_DURATION(v) \
+  (assert((v)->type == C_DURATION), (v)->val.duration)
+#define CONFD_SET_ENUM_VALUE(v, x) CONFD_KIT_SET(v, C_ENUM_VALUE, enumvalue, x)
+#define CONFD_GET_ENUM_VALUE(v) \
+  (assert((v)->type == C_ENUM_VALUE), (v)->val.enumvalue)
+#define CONFD_SET_BIT32(v, x) CONFD_KIT_SET(v, C_BIT32, b32, x)
+#define CONFD_GET_BIT32(v) (assert((v)->type == C_BIT32), (v)->val.b32)
+#define CONFD_SET_BIT64(v, x) CONFD_KIT_SET(v, C_BIT64, b64, x)
+#define CONFD_GET_BIT64(v) (assert((v)->type == C_BIT64), (v)->val.b64)
+#define CONFD_SET_LIST(v, p, n)           \
+  do {                                    \
+    (v)->type = C_LIST;                   \
+    (v)->val.list.ptr = (p);              \
+    (v)->val.list.size = (unsigned int)(n); \
+  } while (0)
+#define CONFD_GET_LIST(v) (assert((v)->type == C_LIST), (v)->val.list.ptr)
+#define CONFD_GET_LISTSIZE(v) (assert((v)->type == C_LIST), (v)->val.list.size)
+#define CONFD_SET_IPV4PREFIX(v, x) CONFD_KIT_SET(v, C_IPV4PREFIX, ipv4prefix, x)
+#define CONFD_GET_IPV4PREFIX(v) \
+  (assert((v)->type == C_IPV4PREFIX), (v)->val.ipv4prefix)
+#define CONFD_SET_IPV6PREFIX(v, x) CONFD_KIT_SET(v, C_IPV6PREFIX, ipv6prefix, x)
+#define CONFD_GET_IPV6PREFIX(v) \
+  (assert((v)->type == C_IPV6PREFIX), (v)->val.ipv6prefix)
+#define CONFD_SET_IPV4_AND_PLEN(v, x) \
+  CONFD_KIT_SET(v, C_IPV4_AND_PLEN, ipv4prefix, x)
+#define CONFD_GET_IPV4_AND_PLEN(v) \
+  (assert((v)->type == C_IPV4_AND_PLEN), (v)->val.ipv4prefix)
+#define CONFD_SET_IPV6_AND_PLEN(v, x) \
+  CONFD_KIT_SET(v, C_IPV6_AND_PLEN, ipv6prefix, x)
+#define CONFD_GET_IPV6_AND_PLEN(v) \
+  (assert((v)->type == C_IPV6_AND_PLEN), (v)->val.ipv6prefix)
+#define CONFD_SET_DECIMAL64(v, x) CONFD_KIT_SET(v, C_DECIMAL64, d64, x)
+#define CONFD_GET_DECIMAL64(v) (assert((v)->type == C_DECIMAL64), (v)->val.d64)
+#define CONFD_SET_IDENTITYREF(v, x) CONFD_KIT_SET(v, C_IDENTITYREF, idref, x)
+#define CONFD_GET_IDENTITYREF(v) \
+  (assert((v)->type == C_IDENTITYREF), (v)->val.idref)
+#define CONFD_SET_DQUAD(v, x) CONFD_KIT_SET(v, C_DQUAD, dquad, x)
+#define CONFD_GET_DQUAD(v) (assert((v)->type == C_DQUAD), (v)->val.dquad)
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* CONFD_LIB_H_ */

@@ -1,0 +1,355 @@
+#include <sys/types.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "kit/confd/keypath/key_text.h"
+#include "kit/confd/keypath/keypath.h"
+
+namespace kit::keypath {
+namespace {
+
+enum class Length { kInt, kChar, kShort, kLong, kLongLong, kMax, kSize, kDiff };
+
+// What stands between '%' and the conversion character.
+struct Directive {
+  std::string_view flags;
+  bool star_width = false;
+  std::optional<int> width;
+  bool star_precision = false;
+  std::optional<int> precision;
+  Length length = Length::kInt;
+
+  bool bare() const {
+    return flags.empty() && !star_width && !width && !star_precision &&
+           !precision && length == Length::kInt;
+  }
+  // "*" and nothing else.
+  bool bare_star() const {
+    return flags.empty() && star_width && !star_precision && !precision &&
+           length == Length::kInt;
+  }
+};
+
+// The key that text written at the end of `text` belongs to.
+struct OpenKey {
+  std::string_view list_path;
+  size_t index;
+};
+
+// nullopt: the text does not end between braces.
+std::optional<OpenKey> FindOpenKey(std::string_view text) {
+  constexpr size_t kNone = std::string_view::npos;
+  size_t brace = kNone;
+  size_t started = 0;
+  bool in_key = false;
+  bool quoted = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (quoted) {
+      if (c == '\\') ++i;
+      quoted = c != '"';
+    } else if (brace == kNone) {
+      if (c == '{') {
+        brace = i;
+        started = 0;
+        in_key = false;
+      }
+    } else if (c == '}') {
+      brace = kNone;
+    } else if (c == ' ') {
+      in_key = false;
+    } else {
+      quoted = c == '"';
+      if (!in_key) ++started;
+      in_key = true;
+    }
+  }
+  if (brace == kNone) return std::nullopt;
+  return OpenKey{text.substr(0, brace), in_key ? started - 1 : started};
+}
+
+class Formatter {
+ public:
+  Formatter(std::string_view fmt, va_list args, const EnumNamer& namer)
+      : fmt_(fmt), namer_(namer) {
+    va_copy(args_, args);
+    out_.reserve(128);
+  }
+  ~Formatter() { va_end(args_); }
+  Formatter(const Formatter&) = delete;
+  Formatter& operator=(const Formatter&) = delete;
+
+  std::string Run() && {
+    while (true) {
+      const size_t percent = fmt_.find('%', pos_);
+      out_.append(fmt_.substr(pos_, percent - pos_));
+      if (percent == std::string_view::npos) return std::move(out_);
+      directive_at_ = percent;
+      pos_ = percent + 1;
+      Convert(ParseDirective());
+    }
+  }
+
+ private:
+  [[noreturn]] void Fail(std::string expectation) const {
+    throw SyntaxError(fmt_, directive_at_, std::move(expectation));
+  }
+
+  bool Accept(std::string_view text) {
+    if (fmt_.substr(pos_, text.size()) != text) return false;
+    pos_ += text.size();
+    return true;
+  }
+
+  Directive ParseDirective() {
+    Directive directive;
+    const size_t flags_end =
+        std::min(fmt_.find_first_not_of("-+ 0", pos_), fmt_.size());
+    directive.flags = fmt_.substr(pos_, flags_end - pos_);
+    pos_ = flags_end;
+    directive.star_width = Accept("*");
+    if (!directive.star_width) directive.width = ParseNumber();
+    if (Accept(".")) {
+      directive.star_precision = Accept("*");
+      if (!directive.star_precision) {
+        directive.precision = ParseNumber().value_or(0);
+      }
+    }
+    directive.length = ParseLength();
+    return directive;
+  }
+
+  std::optional<int> ParseNumber() {
+    const char* const begin = fmt_.data() + pos_;
+    // from_chars would take the sign of "%.-1d".
+    if (pos_ == fmt_.size() || *begin < '0' || *begin > '9') return {};
+    int number = 0;
+    const auto [end, error] =
+        std::from_chars(begin, fmt_.data() + fmt_.size(), number);
+    if (error != std::errc()) Fail("a width and precision that fit an int");
+    pos_ += static_cast<size_t>(end - begin);
+    return number;
+  }
+
+  Length ParseLength() {
+    if (Accept("hh")) return Length::kChar;
+    if (Accept("h")) return Length::kShort;
+    if (Accept("ll")) return Length::kLongLong;
+    if (Accept("l")) return Length::kLong;
+    if (Accept("j")) return Length::kMax;
+    if (Accept("z")) return Length::kSize;
+    if (Accept("t")) return Length::kDiff;
+    return Length::kInt;
+  }
+
+  void Convert(Directive directive) {
+    static constexpr char kKnown[] =
+        "one of the directives %d %i %u %c %s %x %*x %ip4 %%";
+    if (pos_ == fmt_.size()) Fail(kKnown);
+    const char conversion = fmt_[pos_++];
+    switch (conversion) {
+      case '%':
+        if (!directive.bare()) Fail(kKnown);
+        out_.push_back('%');
+        return;
+      case 'x':
+        return ConvertValues(directive);
+      case 'i':
+        if (Accept("p4")) return ConvertIpv4(directive);
+        [[fallthrough]];
+      case 'd':
+        return ConvertSigned(&directive);
+      case 'u':
+        return ConvertUnsigned(&directive);
+      case 'c':
+        if (directive.length != Length::kInt) Fail(kKnown);
+        return ConvertChar(&directive);
+      case 's':
+        if (directive.length != Length::kInt) Fail(kKnown);
+        return ConvertString(&directive);
+      default:
+        Fail(kKnown);
+    }
+  }
+
+  void ConvertIpv4(const Directive& directive) {
+    if (!directive.bare()) Fail("%ip4 without flags, width or length");
+    const in_addr address = va_arg(args_, struct in_addr);
+    AppendDottedQuad(&out_, &address);
+  }
+
+  void ConvertValues(const Directive& directive) {
+    const bool array = directive.bare_star();
+    if (!array && !directive.bare()) {
+      Fail("%x or %*x without flags, width or length");
+    }
+    const int count = array ? va_arg(args_, int) : 1;
+    if (count < 0) Fail("a count of at least 0 for %*x");
+    const auto* values = va_arg(args_, const confd_value_t*);
+    if (values == nullptr) Fail("a value pointer other than NULL");
+    for (int i = 0; i < count; ++i) {
+      if (i > 0) out_.push_back(' ');
+      AppendValue(values[i]);
+    }
+  }
+
+  void AppendValue(const confd_value_t& value) {
+    if (value.type == C_ENUM_VALUE && AppendEnumName(value.val.enumvalue)) {
+      return;
+    }
+    try {
+      AppendValueKey(&out_, value);
+    } catch (const std::invalid_argument& error) {
+      Fail(std::string("a value that can be a key (") + error.what() + ")");
+    }
+  }
+
+  bool AppendEnumName(int32_t number) {
+    if (!namer_) return false;
+    const auto key = FindOpenKey(out_);
+    if (!key) return false;
+    const auto name = namer_(key->list_path, key->index, number);
+    if (!name) return false;
+    AppendQuotedKey(&out_, *name);
+    return true;
+  }
+
+  void ConvertSigned(Directive* directive) {
+    ReadStars(directive);
+    const intmax_t number = ReadSigned(directive->length);
+    if (IsPlain(*directive)) return AppendDecimal(&out_, number);
+    AppendPrintf(Spec(*directive, "jd"), number);
+  }
+
+  void ConvertUnsigned(Directive* directive) {
+    ReadStars(directive);
+    const uintmax_t number = ReadUnsigned(directive->length);
+    if (IsPlain(*directive)) return AppendDecimal(&out_, number);
+    AppendPrintf(Spec(*directive, "ju"), number);
+  }
+
+  void ConvertChar(Directive* directive) {
+    ReadStars(directive);
+    const int c = va_arg(args_, int);
+    if (IsPlain(*directive)) return out_.push_back(static_cast<char>(c));
+    AppendPrintf(Spec(*directive, "c"), c);
+  }
+
+  void ConvertString(Directive* directive) {
+    ReadStars(directive);
+    const char* text = va_arg(args_, const char*);
+    if (text == nullptr) Fail("a string other than NULL");
+    if (IsPlain(*directive)) {
+      out_.append(text);
+      return;
+    }
+    AppendPrintf(Spec(*directive, "s"), text);
+  }
+
+  // Fetches the width and precision that are given as arguments.
+  void ReadStars(Directive* directive) {
+    if (directive->star_width) directive->width = va_arg(args_, int);
+    if (directive->star_precision) {
+      const int precision = va_arg(args_, int);
+      if (precision >= 0) directive->precision = precision;
+    }
+  }
+
+  static bool IsPlain(const Directive& directive) {
+    return directive.flags.empty() && !directive.width && !directive.precision;
+  }
+
+  intmax_t ReadSigned(Length length) {
+    switch (length) {
+      case Length::kInt:
+        return va_arg(args_, int);
+      case Length::kChar:
+        return static_cast<signed char>(va_arg(args_, int));
+      case Length::kShort:
+        return static_cast<short>(va_arg(args_, int));
+      case Length::kLong:
+        return va_arg(args_, long);
+      case Length::kLongLong:
+        return va_arg(args_, long long);
+      case Length::kMax:
+        return va_arg(args_, intmax_t);
+      case Length::kSize:
+        return va_arg(args_, ssize_t);
+      case Length::kDiff:
+        return va_arg(args_, ptrdiff_t);
+    }
+    return 0;
+  }
+
+  uintmax_t ReadUnsigned(Length length) {
+    switch (length) {
+      case Length::kInt:
+        return va_arg(args_, unsigned);
+      case Length::kChar:
+        return static_cast<unsigned char>(va_arg(args_, unsigned));
+      case Length::kShort:
+        return static_cast<unsigned short>(va_arg(args_, unsigned));
+      case Length::kLong:
+        return va_arg(args_, unsigned long);
+      case Length::kLongLong:
+        return va_arg(args_, unsigned long long);
+      case Length::kMax:
+        return va_arg(args_, uintmax_t);
+      case Length::kSize:
+        return va_arg(args_, size_t);
+      case Length::kDiff:
+        return static_cast<uintmax_t>(va_arg(args_, ptrdiff_t));
+    }
+    return 0;
+  }
+
+  static std::string Spec(const Directive& directive, const char* conversion) {
+    std::string spec = "%";
+    spec.append(directive.flags);
+    // A negative width spells the '-' flag by itself.
+    if (directive.width) AppendDecimal(&spec, *directive.width);
+    if (directive.precision) {
+      spec.push_back('.');
+      AppendDecimal(&spec, *directive.precision);
+    }
+    return spec.append(conversion);
+  }
+
+  template <typename T>
+  void AppendPrintf(const std::string& spec, T argument) {
+    const int length = std::snprintf(nullptr, 0, spec.c_str(), argument);
+    if (length < 0) Fail("a width that can be printed");
+    const size_t begin = out_.size();
+    const size_t end = begin + static_cast<size_t>(length);
+    out_.resize(end + 1);
+    std::snprintf(&out_[begin], end - begin + 1, spec.c_str(), argument);
+    out_.resize(end);
+  }
+
+  const std::string_view fmt_;
+  const EnumNamer& namer_;
+  va_list args_;
+  size_t pos_ = 0;
+  size_t directive_at_ = 0;  // its '%'
+  std::string out_;
+};
+
+}  // namespace
+
+std::string Format(const char* fmt, va_list args, const EnumNamer& namer) {
+  if (fmt == nullptr) throw SyntaxError("", 0, "a format other than NULL");
+  return Formatter(fmt, args, namer).Run();
+}
+
+}  // namespace kit::keypath

@@ -1,0 +1,136 @@
+#include "kit/confd/store/automatic_upgrade.h"
+
+#include <libyang/libyang.h>
+
+#include <cstring>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "kit/confd/store/error.h"
+
+namespace kit::store {
+namespace {
+
+// The node of the other model with the same name in the same namespace.
+const SchemaNode* Counterpart(const SchemaNode& node,
+                              const SchemaNode& other_parent) {
+  auto found = other_parent.by_name.find(node.name);
+  if (found == other_parent.by_name.end()) return nullptr;
+  for (const SchemaNode* other : found->second) {
+    if (std::strcmp(other->module->compiled->ns, node.module->compiled->ns) ==
+        0) {
+      return other;
+    }
+  }
+  return nullptr;
+}
+
+bool IsContainer(const SchemaNode& node) {
+  return node.kind == NodeKind::kContainer ||
+         node.kind == NodeKind::kPresenceContainer;
+}
+
+std::optional<Value> Convert(const Value& value, const SchemaNode& from,
+                             const SchemaNode& to) {
+  try {
+    return to.type->Parse(from.type->Print(value));
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+}
+
+void CarryOver(const Node& from, Node& to);
+
+void CarryOverLeaf(const Node& from, const SchemaNode& old_leaf, Node& to,
+                   const SchemaNode& new_leaf) {
+  const Value* value = from.SetValue(old_leaf);
+  if (value == nullptr) return;
+  if (old_leaf.default_value && *value == *old_leaf.default_value &&
+      new_leaf.default_value) {
+    return;
+  }
+  if (auto converted = Convert(*value, old_leaf, new_leaf)) {
+    to.SetLeaf(new_leaf, std::move(*converted));
+  }
+}
+
+void CarryOverLeafList(const Node& from, const SchemaNode& old_list, Node& to,
+                       const SchemaNode& new_list) {
+  if (!from.IsSet(old_list)) return;
+  const std::vector<Value>& values = *from.LeafListValues(old_list);
+  if (values == old_list.default_values && !new_list.default_values.empty()) {
+    return;
+  }
+  std::vector<Value> converted;
+  for (const Value& value : values) {
+    if (auto one = Convert(value, old_list, new_list)) {
+      converted.push_back(std::move(*one));
+    }
+  }
+  if (!converted.empty()) to.SetLeafList(new_list, std::move(converted));
+}
+
+// The keys that an entry has in the new model; nothing if one can't be had.
+std::optional<std::vector<Value>> ConvertKeys(const Node& entry,
+                                              const SchemaNode& new_list) {
+  std::vector<Value> keys;
+  for (size_t i = 0; i < new_list.key_count; ++i) {
+    const SchemaNode& new_key = *new_list.children[i];
+    const SchemaNode* old_key = Counterpart(new_key, *entry.schema);
+    if (old_key == nullptr || old_key->kind != NodeKind::kLeaf) {
+      return std::nullopt;
+    }
+    const Value* value = entry.LeafValue(*old_key);
+    if (value == nullptr) return std::nullopt;
+    auto converted = Convert(*value, *old_key, new_key);
+    if (!converted) return std::nullopt;
+    keys.push_back(std::move(*converted));
+  }
+  return keys;
+}
+
+void CarryOverList(const Node& from, const SchemaNode& old_list, Node& to,
+                   const SchemaNode& new_list) {
+  const List* list = from.ListAt(old_list);
+  if (list == nullptr) return;
+  for (const Node* entry = list->First(); entry != nullptr;
+       entry = list->Next(entry->Keys(), false)) {
+    auto keys = ConvertKeys(*entry, new_list);
+    if (!keys) continue;
+    auto [node, is_new] = to.MakeList(new_list).Insert(std::move(*keys));
+    if (is_new) CarryOver(*entry, *node);
+  }
+}
+
+void CarryOver(const Node& from, Node& to) {
+  for (const auto& child : to.schema->children) {
+    if (child->is_key()) continue;
+    const SchemaNode* old_child = Counterpart(*child, *from.schema);
+    if (old_child == nullptr) continue;
+    if (IsContainer(*child) && IsContainer(*old_child)) {
+      const Node* container = from.Container(*old_child);
+      if (container != nullptr && from.IsSet(*old_child)) {
+        CarryOver(*container, to.MakeContainer(*child));
+      }
+    } else if (child->kind != old_child->kind || old_child->is_key()) {
+      continue;
+    } else if (child->kind == NodeKind::kLeaf) {
+      CarryOverLeaf(from, *old_child, to, *child);
+    } else if (child->kind == NodeKind::kLeafList) {
+      CarryOverLeafList(from, *old_child, to, *child);
+    } else if (child->kind == NodeKind::kList) {
+      CarryOverList(from, *old_child, to, *child);
+    }
+  }
+}
+
+}  // namespace
+
+Data UpgradeAutomatically(const Data& old_data, const Schema& new_schema) {
+  Data data(new_schema);
+  CarryOver(old_data.root(), data.root());
+  return data;
+}
+
+}  // namespace kit::store

@@ -1,0 +1,316 @@
+#include "kit/confd/store/document.h"
+
+#include <libyang/libyang.h>
+
+#include <cerrno>
+#include <exception>
+#include <memory>
+#include <optional>
+
+#include "kit/confd/store/text_forms.h"
+
+namespace kit::store {
+namespace {
+
+struct TreeDeleter {
+  void operator()(lyd_node* node) const { lyd_free_all(node); }
+};
+using LibyangTree = std::unique_ptr<lyd_node, TreeDeleter>;
+
+// The text between `start` and the next quote, from libyang's description of a
+// place: `Data location "/a/b", line number 7.`
+std::string Quoted(std::string_view text, std::string_view start) {
+  size_t begin = text.find(start);
+  if (begin == std::string_view::npos) return "";
+  begin += start.size();
+  return std::string(text.substr(begin, text.find("\",", begin) - begin));
+}
+
+struct Place {
+  std::string path;
+  uint64_t line = 0;
+};
+
+Place PlaceOf(const ly_err_item& error) {
+  Place place;
+  if (error.path == nullptr) return place;
+  std::string text = error.path;
+  // A message may end in the path alone or in several parts with a period.
+  if (!text.empty() && text.back() == '.') text.back() = ',';
+  for (std::string_view start : {"ata location \"", "chema location \""}) {
+    if (place.path.empty()) place.path = Quoted(text, start);
+  }
+  constexpr std::string_view kLine = "ine number ";
+  if (size_t at = text.find(kLine); at != std::string::npos) {
+    std::string_view digits = std::string_view(text).substr(at + kLine.size());
+    digits = digits.substr(0, digits.find_first_not_of("0123456789"));
+    place.line = ParseNumber<uint64_t>(digits).value_or(0);
+  }
+  if (place.path.empty() && place.line == 0) place.path = error.path;
+  return place;
+}
+
+// ---- libyang's tree into ours ---------------------------------------------
+
+const SchemaNode* SchemaOf(const SchemaNode& parent, const lyd_node* node) {
+  auto found = parent.by_name.find(node->schema->name);
+  if (found == parent.by_name.end()) return nullptr;
+  for (const SchemaNode* child : found->second) {
+    if (child->compiled == node->schema) return child;
+  }
+  return nullptr;
+}
+
+void Import(const lyd_node* first, Node& parent);
+
+void ImportNode(const lyd_node* node, const SchemaNode& schema, Node& parent) {
+  switch (schema.kind) {
+    case NodeKind::kContainer:
+    case NodeKind::kPresenceContainer:
+      Import(lyd_child(node), parent.MakeContainer(schema));
+      return;
+    case NodeKind::kList: {
+      std::vector<Value> keys;
+      const lyd_node* child = lyd_child(node);
+      for (size_t i = 0; i < schema.key_count; ++i, child = child->next) {
+        keys.push_back(schema.children[i]->type->Parse(lyd_get_value(child)));
+      }
+      Node* entry = parent.MakeList(schema).Insert(std::move(keys)).first;
+      Import(child, *entry);
+      return;
+    }
+    case NodeKind::kLeaf:
+      parent.SetLeaf(schema, schema.type->Parse(lyd_get_value(node)));
+      return;
+    case NodeKind::kLeafList: {
+      std::vector<Value> values;
+      if (parent.IsSet(schema)) values = *parent.LeafListValues(schema);
+      values.push_back(schema.type->Parse(lyd_get_value(node)));
+      parent.SetLeafList(schema, std::move(values));
+      return;
+    }
+    default:
+      return;
+  }
+}
+
+void Import(const lyd_node* first, Node& parent) {
+  for (const lyd_node* node = first; node != nullptr; node = node->next) {
+    // Defaults come from the schema whenever they are asked for.
+    if ((node->flags & LYD_DEFAULT) != 0 || node->schema == nullptr) continue;
+    if (const SchemaNode* schema = SchemaOf(*parent.schema, node)) {
+      ImportNode(node, *schema, parent);
+    }
+  }
+}
+
+// ---- our tree into libyang's ----------------------------------------------
+
+class Exporter {
+ public:
+  explicit Exporter(const Data& data) : context_(data.schema().context()) {}
+
+  LibyangTree Export(const Node& root) {
+    Children(root, nullptr);
+    return std::move(tree_);
+  }
+
+ private:
+  void Check(LY_ERR result, const SchemaNode& schema) {
+    if (result == LY_SUCCESS) return;
+    const char* why = ly_errmsg(context_);
+    throw Error(ErrorCode::kInternal,
+                "libyang does not take " + schema.Path() + ": " +
+                    (why != nullptr ? why : "unknown reason"));
+  }
+
+  // Nodes at the top hang on each other, not on a parent.
+  void Adopt(lyd_node* node, lyd_node* parent, const SchemaNode& schema) {
+    if (parent != nullptr) return;
+    lyd_node* first = tree_.release();
+    Check(lyd_insert_sibling(first, node, &first), schema);
+    tree_.reset(first);
+  }
+
+  void Children(const Node& node, lyd_node* out) {
+    for (const auto& child : node.schema->children) {
+      if (child->is_key() || !node.IsSet(*child)) continue;
+      Child(node, *child, out);
+    }
+  }
+
+  void Term(const SchemaNode& schema, const Value& value, lyd_node* out) {
+    lyd_node* term = nullptr;
+    Check(lyd_new_term(out, schema.module->compiled, schema.name.c_str(),
+                       schema.type->Print(value).c_str(), 0, &term),
+          schema);
+    Adopt(term, out, schema);
+  }
+
+  void Child(const Node& node, const SchemaNode& schema, lyd_node* out) {
+    switch (schema.kind) {
+      case NodeKind::kLeaf:
+        Term(schema, *node.SetValue(schema), out);
+        return;
+      case NodeKind::kLeafList:
+        for (const Value& value : *node.LeafListValues(schema)) {
+          Term(schema, value, out);
+        }
+        return;
+      case NodeKind::kContainer:
+      case NodeKind::kPresenceContainer: {
+        lyd_node* inner = nullptr;
+        Check(lyd_new_inner(out, schema.module->compiled, schema.name.c_str(),
+                            0, &inner),
+              schema);
+        Adopt(inner, out, schema);
+        Children(*node.Container(schema), inner);
+        return;
+      }
+      case NodeKind::kList:
+        for (const Node* entry = node.ListAt(schema)->First(); entry != nullptr;
+             entry = node.ListAt(schema)->Next(entry->Keys(), false)) {
+          Entry(*entry, out);
+        }
+        return;
+      default:
+        return;
+    }
+  }
+
+  void Entry(const Node& entry, lyd_node* out) {
+    const SchemaNode& schema = *entry.schema;
+    // libyang takes as many arguments as the list has keys.
+    std::string keys[9];
+    for (size_t i = 0; i < entry.keys.size(); ++i) {
+      keys[i] = schema.children[i]->type->Print(entry.keys[i]);
+    }
+    lyd_node* list = nullptr;
+    Check(lyd_new_list(out, schema.module->compiled, schema.name.c_str(), 0,
+                       &list, keys[0].c_str(), keys[1].c_str(), keys[2].c_str(),
+                       keys[3].c_str(), keys[4].c_str(), keys[5].c_str(),
+                       keys[6].c_str(), keys[7].c_str(), keys[8].c_str()),
+          schema);
+    Adopt(list, out, schema);
+    Children(entry, list);
+  }
+
+  ly_ctx* context_;
+  LibyangTree tree_;
+};
+
+ErrorCode CodeOf(const ly_err_item& error) {
+  std::string_view tag = error.apptag != nullptr ? error.apptag : "";
+  std::string_view message = error.msg != nullptr ? error.msg : "";
+  if (tag == "instance-required") return ErrorCode::kBadKeyref;
+  if (tag == "must-violation" ||
+      message.find("Must condition") != std::string_view::npos) {
+    return ErrorCode::kMustFailed;
+  }
+  if (tag == "missing-choice" || tag == "too-few-elements" ||
+      message.find("andatory") != std::string_view::npos) {
+    return ErrorCode::kNotSet;
+  }
+  return ErrorCode::kBadType;
+}
+
+struct SinkState {
+  const std::function<void(std::string_view)>& sink;
+  std::exception_ptr failure;
+};
+
+// libyang is C: an exception waits in the state until it has returned.
+ssize_t CallSink(void* user_data, const void* buffer, size_t count) {
+  auto* state = static_cast<SinkState*>(user_data);
+  try {
+    state->sink({static_cast<const char*>(buffer), count});
+    return static_cast<ssize_t>(count);
+  } catch (...) {
+    state->failure = std::current_exception();
+    errno = EIO;
+    return -1;
+  }
+}
+
+}  // namespace
+
+Envelope ReadDocument(std::string text, Data& data) {
+  std::optional<Envelope> envelope;
+  try {
+    envelope = Unwrap(text);
+  } catch (const EnvelopeError& error) {
+    throw DocumentError(error.line, "", error.what());
+  }
+  ly_ctx* context = data.schema().context();
+  ly_err_clean(context, nullptr);
+  bool is_blank = text.find_first_not_of(" \t\r\n") == std::string::npos;
+  lyd_node* parsed = nullptr;
+  LY_ERR result = LY_SUCCESS;
+  if (is_blank) {
+    result = lyd_validate_all(&parsed, context, LYD_VALIDATE_NO_STATE, nullptr);
+  } else {
+    result = lyd_parse_data_mem(
+        context, text.c_str(),
+        envelope->syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
+        LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, LYD_VALIDATE_NO_STATE, &parsed);
+  }
+  LibyangTree tree(parsed);
+  if (result != LY_SUCCESS) {
+    const ly_err_item* error = ly_err_first(context);
+    if (error == nullptr) {
+      throw DocumentError(0, "", "libyang can't parse it");
+    }
+    Place place = PlaceOf(*error);
+    std::string reason = error->msg != nullptr ? error->msg : "it is invalid";
+    ly_err_clean(context, nullptr);
+    throw DocumentError(place.line, place.path, reason);
+  }
+  text = std::string();
+  Import(tree.get(), data.root());
+  return *envelope;
+}
+
+std::vector<BrokenConstraint> ValidateData(const Data& data) {
+  ly_ctx* context = data.schema().context();
+  ly_err_clean(context, nullptr);
+  lyd_node* tree = Exporter(data).Export(data.root()).release();
+  LY_ERR result =
+      lyd_validate_all(&tree, context, LYD_VALIDATE_NO_STATE, nullptr);
+  LibyangTree owner(tree);
+  std::vector<BrokenConstraint> broken;
+  if (result == LY_SUCCESS) return broken;
+  for (const ly_err_item* error = ly_err_first(context); error != nullptr;
+       error = error->next) {
+    if (error->level != LY_LLERR) continue;
+    broken.push_back({CodeOf(*error), PlaceOf(*error).path,
+                      error->msg != nullptr ? error->msg : "it is invalid"});
+  }
+  ly_err_clean(context, nullptr);
+  if (broken.empty()) {
+    broken.push_back({ErrorCode::kInternal, "", "libyang gave no reason"});
+  }
+  return broken;
+}
+
+void WriteDocument(const Data& data, const Envelope& envelope,
+                   const std::function<void(std::string_view)>& sink) {
+  LibyangTree tree = Exporter(data).Export(data.root());
+  SinkState state{sink, nullptr};
+  ly_out* raw = nullptr;
+  if (ly_out_new_clb(CallSink, &state, &raw) != LY_SUCCESS) {
+    throw Error(ErrorCode::kMalloc, "libyang can't open its output");
+  }
+  std::unique_ptr<ly_out, void (*)(ly_out*)> out(
+      raw, [](ly_out* o) { ly_out_free(o, nullptr, 0); });
+  bool xml = envelope.syntax == Syntax::kXml;
+  if (xml) sink(Opening(envelope));
+  LY_ERR result = lyd_print_all(out.get(), tree.get(), xml ? LYD_XML : LYD_JSON,
+                                LYD_PRINT_WD_EXPLICIT);
+  if (state.failure) std::rethrow_exception(state.failure);
+  if (result != LY_SUCCESS) {
+    throw Error(ErrorCode::kInternal, "libyang can't print the data");
+  }
+  if (xml) sink(Closing(envelope));
+}
+
+}  // namespace kit::store

@@ -1,0 +1,377 @@
+#include "kit/confd/store/envelope.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace kit::store {
+namespace {
+
+constexpr std::string_view kConfigNamespace = "http://tail-f.com/ns/config/1.0";
+constexpr std::string_view kNetconfNamespace =
+    "urn:ietf:params:xml:ns:netconf:base:1.0";
+// Data models nest a dozen levels; a parser's stack holds some thousands.
+constexpr size_t kMaxDepth = 500;
+constexpr std::string_view kBlanks = " \t\r\n";
+
+size_t LineOf(std::string_view text, size_t offset) {
+  offset = std::min(offset, text.size());
+  return 1 + static_cast<size_t>(std::count(
+                 text.begin(), text.begin() + static_cast<ptrdiff_t>(offset),
+                 '\n'));
+}
+
+[[noreturn]] void Fail(std::string_view text, size_t offset,
+                       const std::string& reason) {
+  throw EnvelopeError(LineOf(text, offset), reason);
+}
+
+// Everything but line ends becomes a blank, so that nothing moves.
+void BlankOut(std::string& text, size_t begin, size_t end) {
+  for (size_t i = begin; i < end; ++i) {
+    if (text[i] != '\n') text[i] = ' ';
+  }
+}
+
+// ---- XML ------------------------------------------------------------------
+
+struct Attribute {
+  std::string_view name;
+  std::string_view value;
+  std::string_view source;  // name, '=' and quoted value
+};
+
+struct Tag {
+  enum class Kind { kOpen, kClose, kEmpty } kind;
+  size_t begin;  // of '<'
+  size_t end;    // past '>'
+  std::string_view name;
+};
+
+// Goes from tag to tag. It checks no more than it needs to find them: libyang
+// parses the document afterwards.
+class TagScanner {
+ public:
+  explicit TagScanner(std::string_view text) : text_(text) {}
+
+  // Nothing at the end of the text.
+  std::optional<Tag> Next() {
+    while (true) {
+      size_t begin = text_.find('<', at_);
+      if (begin == std::string_view::npos) return std::nullopt;
+      std::string_view rest = text_.substr(begin);
+      if (StartsWith(rest, "<!--")) {
+        at_ = Past(begin, "-->", "comment");
+      } else if (StartsWith(rest, "<![CDATA[")) {
+        at_ = Past(begin, "]]>", "CDATA section");
+      } else if (StartsWith(rest, "<?")) {
+        at_ = Past(begin, "?>", "processing instruction");
+      } else if (StartsWith(rest, "<!")) {
+        Fail(text_, begin,
+             "a document type declaration is not part of a configuration; "
+             "remove it");
+      } else {
+        return ReadTag(begin);
+      }
+    }
+  }
+
+  std::vector<Attribute> Attributes(const Tag& tag) const {
+    std::vector<Attribute> attributes;
+    size_t at =
+        static_cast<size_t>(tag.name.data() - text_.data()) + tag.name.size();
+    while (true) {
+      at = text_.find_first_not_of(kBlanks, at);
+      if (at >= tag.end || text_[at] == '>' || text_[at] == '/') break;
+      size_t equals = text_.find('=', at);
+      if (equals >= tag.end) Fail(text_, at, "an attribute has no value");
+      size_t quote = text_.find_first_of("\"'", equals);
+      if (quote >= tag.end) Fail(text_, at, "an attribute has no value");
+      size_t close = text_.find(text_[quote], quote + 1);
+      std::string_view name = text_.substr(at, equals - at);
+      name = name.substr(0, name.find_last_not_of(kBlanks) + 1);
+      attributes.push_back({name, text_.substr(quote + 1, close - quote - 1),
+                            text_.substr(at, close + 1 - at)});
+      at = close + 1;
+    }
+    return attributes;
+  }
+
+ private:
+  static bool StartsWith(std::string_view text, std::string_view start) {
+    return text.compare(0, start.size(), start) == 0;
+  }
+
+  size_t Past(size_t begin, std::string_view terminator, const char* what) {
+    size_t end = text_.find(terminator, begin);
+    if (end == std::string_view::npos) {
+      Fail(text_, begin, std::string("the ") + what + " is not closed");
+    }
+    return end + terminator.size();
+  }
+
+  Tag ReadTag(size_t begin) {
+    size_t end = begin + 1;
+    char quote = '\0';
+    for (; end < text_.size(); ++end) {
+      char c = text_[end];
+      if (quote != '\0') {
+        if (c == quote) quote = '\0';
+      } else if (c == '"' || c == '\'') {
+        quote = c;
+      } else if (c == '>') {
+        break;
+      } else if (c == '<') {
+        Fail(text_, end, "unexpected '<' inside a tag");
+      }
+    }
+    if (end >= text_.size()) {
+      Fail(text_, begin, "the document ends inside a tag");
+    }
+    Tag tag{Tag::Kind::kOpen, begin, end + 1, {}};
+    size_t name = begin + 1;
+    if (text_[name] == '/') {
+      tag.kind = Tag::Kind::kClose;
+      ++name;
+    } else if (text_[end - 1] == '/') {
+      tag.kind = Tag::Kind::kEmpty;
+    }
+    size_t name_end = text_.find_first_of(" \t\r\n/>", name);
+    tag.name = text_.substr(name, name_end - name);
+    if (tag.name.empty()) Fail(text_, begin, "a tag has no name");
+    at_ = tag.end;
+    return tag;
+  }
+
+  std::string_view text_;
+  size_t at_ = 0;
+};
+
+struct WrapperTag {
+  Tag tag;
+  Wrapping wrapping;
+  std::vector<std::string> declarations;  // xmlns:p="..."
+};
+
+// What wraps the document, if its first element is a wrapper.
+std::optional<WrapperTag> AsWrapper(const TagScanner& scanner, const Tag& tag,
+                                    Wrapping inherited) {
+  size_t colon = tag.name.find(':');
+  std::string_view local =
+      tag.name.substr(colon == std::string_view::npos ? 0 : colon + 1);
+  std::string own_declaration = "xmlns";
+  if (colon != std::string_view::npos) {
+    own_declaration += ":" + std::string(tag.name.substr(0, colon));
+  }
+  WrapperTag wrapper{tag, inherited, {}};
+  for (const Attribute& attribute : scanner.Attributes(tag)) {
+    if (attribute.name == own_declaration) {
+      wrapper.wrapping = attribute.value == kConfigNamespace ? Wrapping::kConfig
+                         : attribute.value == kNetconfNamespace
+                             ? Wrapping::kNetconf
+                             : Wrapping::kNone;
+    }
+    if (attribute.name.substr(0, 6) == "xmlns:") {
+      wrapper.declarations.emplace_back(attribute.source);
+    }
+  }
+  bool fits = false;
+  if (wrapper.wrapping == Wrapping::kConfig) {
+    fits = local == "config";
+  } else if (wrapper.wrapping == Wrapping::kNetconf) {
+    fits = local == "rpc-reply" || local == "data" || local == "config";
+  }
+  if (!fits) return std::nullopt;
+  return wrapper;
+}
+
+Wrapping UnwrapXml(std::string& text) {
+  std::string_view view = text;
+  TagScanner scanner(view);
+  std::vector<std::string_view> open;  // names of open elements
+  std::vector<WrapperTag> wrappers;
+  std::vector<std::pair<size_t, size_t>> blanks;  // tags to overwrite
+  std::vector<size_t> insertions;  // where the top elements' names end
+  bool wrapping_ended = false;
+  size_t elements = 0;
+
+  while (auto tag = scanner.Next()) {
+    if (tag->kind == Tag::Kind::kClose) {
+      if (open.empty() || open.back() != tag->name) {
+        Fail(view, tag->begin,
+             "</" + std::string(tag->name) + "> closes " +
+                 (open.empty() ? "nothing"
+                               : "<" + std::string(open.back()) + ">"));
+      }
+      if (open.size() <= wrappers.size()) {
+        blanks.emplace_back(tag->begin, tag->end);
+      }
+      open.pop_back();
+      continue;
+    }
+    ++elements;
+    if (!wrapping_ended && open.size() == wrappers.size()) {
+      Wrapping inherited =
+          wrappers.empty() ? Wrapping::kNone : wrappers.back().wrapping;
+      if (auto wrapper = AsWrapper(scanner, *tag, inherited)) {
+        blanks.emplace_back(tag->begin, tag->end);
+        wrappers.push_back(*wrapper);
+        if (tag->kind == Tag::Kind::kEmpty) break;
+        open.push_back(tag->name);
+        continue;
+      }
+      wrapping_ended = true;
+    }
+    if (open.size() == wrappers.size()) {
+      insertions.push_back(static_cast<size_t>(tag->name.data() - view.data()) +
+                           tag->name.size());
+    }
+    if (tag->kind == Tag::Kind::kOpen) {
+      open.push_back(tag->name);
+      if (open.size() > kMaxDepth) {
+        Fail(view, tag->begin,
+             "the elements are nested more than " + std::to_string(kMaxDepth) +
+                 " deep, which no data model is");
+      }
+    }
+  }
+  if (!open.empty() && wrappers.empty() == false &&
+      wrappers.back().tag.kind == Tag::Kind::kEmpty) {
+    // <data/> inside a reply: what closes the reply was not read.
+    while (auto tag = scanner.Next()) {
+      blanks.emplace_back(tag->begin, tag->end);
+    }
+    open.clear();
+  }
+  if (!open.empty()) {
+    Fail(view, view.size(),
+         "the document ends before </" + std::string(open.back()) + ">");
+  }
+  if (elements == 0) Fail(view, 0, "there is no XML element in it");
+
+  std::string declarations;
+  for (const WrapperTag& wrapper : wrappers) {
+    for (const std::string& declaration : wrapper.declarations) {
+      declarations += " " + declaration;
+    }
+  }
+  Wrapping wrapping =
+      wrappers.empty() ? Wrapping::kNone : wrappers.front().wrapping;
+  for (const auto& [begin, end] : blanks) BlankOut(text, begin, end);
+  if (!declarations.empty()) {
+    for (auto it = insertions.rbegin(); it != insertions.rend(); ++it) {
+      text.insert(*it, declarations);
+    }
+  }
+  return wrapping;
+}
+
+// ---- JSON -----------------------------------------------------------------
+
+void CheckJsonNesting(std::string_view text) {
+  std::string open;
+  bool in_string = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (in_string) {
+      if (c == '\\') ++i;
+      if (c == '"') in_string = false;
+    } else if (c == '"') {
+      in_string = true;
+    } else if (c == '{' || c == '[') {
+      open.push_back(c);
+      if (open.size() > kMaxDepth) {
+        Fail(text, i,
+             "it is nested more than " + std::to_string(kMaxDepth) +
+                 " deep, which no data model is");
+      }
+    } else if (c == '}' || c == ']') {
+      if (open.empty() || open.back() != (c == '}' ? '{' : '[')) {
+        Fail(text, i, std::string("'") + c + "' closes nothing");
+      }
+      open.pop_back();
+    }
+  }
+  if (in_string) Fail(text, text.size(), "the document ends inside a string");
+  if (!open.empty()) {
+    Fail(text, text.size(),
+         std::string("the document ends before '") +
+             (open.back() == '{' ? '}' : ']') + "'");
+  }
+}
+
+// {"data": {...}} and its RESTCONF spelling.
+void UnwrapJson(std::string& text) {
+  CheckJsonNesting(text);
+  for (std::string_view name : {"\"data\"", "\"ietf-restconf:data\""}) {
+    size_t outer = text.find('{');
+    size_t key = text.find_first_not_of(kBlanks, outer + 1);
+    if (key == std::string::npos || text.compare(key, name.size(), name) != 0) {
+      continue;
+    }
+    size_t colon = text.find_first_not_of(kBlanks, key + name.size());
+    if (colon == std::string::npos || text[colon] != ':') continue;
+    size_t inner = text.find_first_not_of(kBlanks, colon + 1);
+    size_t outer_end = text.rfind('}');
+    size_t inner_end = text.find_last_not_of(kBlanks, outer_end - 1);
+    if (inner == std::string::npos || text[inner] != '{' ||
+        inner_end == std::string::npos || text[inner_end] != '}') {
+      continue;
+    }
+    BlankOut(text, outer, inner);
+    BlankOut(text, outer_end, outer_end + 1);
+    return;
+  }
+}
+
+}  // namespace
+
+Envelope Unwrap(std::string& text) {
+  constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+  if (text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
+    BlankOut(text, 0, kByteOrderMark.size());
+  }
+  if (size_t zero = text.find('\0'); zero != std::string::npos) {
+    Fail(text, zero, "it holds binary data; XML or JSON text is needed");
+  }
+  // A NETCONF session's end-of-message mark often stays in a capture.
+  constexpr std::string_view kEndOfMessage = "]]>]]>";
+  size_t last = text.find_last_not_of(kBlanks);
+  if (last != std::string::npos && last + 1 >= kEndOfMessage.size()) {
+    size_t mark = last + 1 - kEndOfMessage.size();
+    if (text.compare(mark, kEndOfMessage.size(), kEndOfMessage) == 0) {
+      BlankOut(text, mark, last + 1);
+    }
+  }
+  size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string::npos) {
+    Fail(text, 0, "it is empty; XML or JSON text is needed");
+  }
+  if (text[first] == '<') return {Syntax::kXml, UnwrapXml(text)};
+  if (text[first] == '{') {
+    UnwrapJson(text);
+    return {Syntax::kJson, Wrapping::kNone};
+  }
+  Fail(text, first,
+       "it is neither XML (which begins with '<') nor JSON (with '{')");
+}
+
+std::string_view Opening(const Envelope& envelope) {
+  switch (envelope.wrapping) {
+    case Wrapping::kConfig:
+      return "<config xmlns=\"http://tail-f.com/ns/config/1.0\">\n";
+    case Wrapping::kNetconf:
+      return "<config xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\">\n";
+    case Wrapping::kNone:
+      break;
+  }
+  return "";
+}
+
+std::string_view Closing(const Envelope& envelope) {
+  return envelope.wrapping == Wrapping::kNone ? "" : "</config>\n";
+}
+
+}  // namespace kit::store

@@ -1,0 +1,86 @@
+// The type of a leaf: which values it takes and how they read as text.
+#ifndef KIT_CONFD_STORE_LEAF_TYPE_H_
+#define KIT_CONFD_STORE_LEAF_TYPE_H_
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kit/confd/store/value.h"
+
+struct lysc_node;
+struct lysc_type;
+struct lysp_node;
+struct lysp_type;
+
+namespace kit::store {
+
+// Hash of an identity's name, as it stands in identityref values.
+uint32_t NameHash(std::string_view name);
+
+// Immutable; lives as long as the libyang context that it was made from.
+class LeafType {
+ public:
+  // Hash of the namespace of a module, by module name.
+  using NamespaceHashes = std::map<std::string, uint32_t>;
+
+  // The type of a leaf or leaf-list. libyang must have set the nodes' private
+  // pointers to the parsed nodes: only those know typedefs by name.
+  LeafType(const lysc_node* node, const NamespaceHashes& hashes);
+
+  // Takes over the type of the leaf that a leafref points to, which knows its
+  // typedef; false if this is no leafref or `target` not its target's type.
+  bool AdoptTarget(const LeafType& target);
+
+  // What values of this type carry as a tag; of a union, nothing.
+  std::optional<ValueType> value_type() const;
+
+  // Throws Error with kBadType for a text that is no value of the type.
+  Value Parse(std::string_view text) const;
+
+  // The value if the type has it (with what a program can't know filled in).
+  // Throws Error with kBadType for one of another type or out of its limits.
+  Value Check(const Value& value) const;
+
+  // The canonical text as libyang knows it. The value must be of the type.
+  std::string Print(const Value& value) const;
+
+  // The name of an enum constant.
+  std::optional<std::string> EnumName(int32_t number) const;
+
+ private:
+  struct Names {
+    std::map<std::string, int64_t, std::less<>> numbers;
+    std::map<int64_t, std::string> names;
+    void Add(std::string name, int64_t number);
+  };
+
+  LeafType() = default;
+  void Init(const lysc_node* node, const lysc_type* compiled,
+            const lysp_type* parsed, const lysp_node* scope,
+            const NamespaceHashes& hashes);
+  // Whether the machine type alone says which values there are.
+  bool IsUnrestricted() const;
+  Value ParseCanonical(std::string_view text) const;
+  Value ParseBits(std::string_view text) const;
+  std::string PrintBits(const Value& value) const;
+  [[noreturn]] void Reject(std::string_view text,
+                           const std::string& why = {}) const;
+
+  const lysc_node* node_ = nullptr;
+  const lysc_type* compiled_ = nullptr;
+  ValueType value_type_ = ValueType::kNoExists;
+  std::string name_;  // as the model writes it, for messages
+  bool is_leafref_ = false;
+  bool unrestricted_ = false;
+  uint8_t fraction_digits_ = 0;
+  Names names_;  // enums, bits by position, identities by hash pair
+  std::vector<LeafType> members_;  // of a union
+};
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_STORE_LEAF_TYPE_H_

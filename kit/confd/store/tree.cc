@@ -1,0 +1,217 @@
+#include "kit/confd/store/tree.h"
+
+#include <algorithm>
+
+namespace kit::store {
+namespace {
+
+template <typename T>
+T* Held(const Slot& slot) {
+  const auto* held = std::get_if<std::unique_ptr<T>>(&slot);
+  return held == nullptr ? nullptr : held->get();
+}
+
+bool IsSetSlot(const Slot& slot) {
+  if (const Node* node = Held<Node>(slot)) {
+    return node->schema->kind == NodeKind::kPresenceContainer ||
+           !node->IsEmpty();
+  }
+  if (const List* list = Held<List>(slot)) return list->size() > 0;
+  return !std::holds_alternative<std::monostate>(slot);
+}
+
+}  // namespace
+
+Node::Node(const SchemaNode& schema_node, Node* parent_node)
+    : schema(&schema_node),
+      parent(parent_node),
+      slots(schema_node.children.size()) {
+  for (const auto& child : schema_node.children) {
+    if (child->kind == NodeKind::kContainer) Clear(*child);
+  }
+}
+
+void Node::Clear(const SchemaNode& child) {
+  if (child.kind == NodeKind::kContainer) {
+    slots[child.slot] = std::make_unique<Node>(child, this);
+  } else {
+    slots[child.slot] = std::monostate();
+  }
+}
+
+void Node::SetLeaf(const SchemaNode& leaf, Value value) {
+  ClearOtherCases(leaf);
+  slots[leaf.slot] = std::move(value);
+}
+
+void Node::SetLeafList(const SchemaNode& leaf_list, std::vector<Value> values) {
+  ClearOtherCases(leaf_list);
+  slots[leaf_list.slot] =
+      std::make_unique<std::vector<Value>>(std::move(values));
+}
+
+const Value* Node::SetValue(const SchemaNode& leaf) const {
+  if (leaf.is_key() && !keys.empty()) return &keys[leaf.slot];
+  return std::get_if<Value>(&slots[leaf.slot]);
+}
+
+const Value* Node::LeafValue(const SchemaNode& leaf) const {
+  if (const Value* value = SetValue(leaf)) return value;
+  if (!leaf.default_value || !DefaultApplies(leaf)) return nullptr;
+  return &*leaf.default_value;
+}
+
+const std::vector<Value>* Node::LeafListValues(
+    const SchemaNode& leaf_list) const {
+  if (const auto* values = Held<std::vector<Value>>(slots[leaf_list.slot])) {
+    return values;
+  }
+  if (leaf_list.default_values.empty() || !DefaultApplies(leaf_list)) {
+    return nullptr;
+  }
+  return &leaf_list.default_values;
+}
+
+Node* Node::Container(const SchemaNode& container) const {
+  return Held<Node>(slots[container.slot]);
+}
+
+List* Node::ListAt(const SchemaNode& list) const {
+  return Held<List>(slots[list.slot]);
+}
+
+Node& Node::MakeContainer(const SchemaNode& container) {
+  Slot& slot = slots[container.slot];
+  if (Held<Node>(slot) == nullptr) {
+    ClearOtherCases(container);
+    slot = std::make_unique<Node>(container, this);
+  }
+  return *Held<Node>(slot);
+}
+
+List& Node::MakeList(const SchemaNode& list) {
+  Slot& slot = slots[list.slot];
+  if (Held<List>(slot) == nullptr) {
+    ClearOtherCases(list);
+    slot = std::make_unique<List>(list, this);
+  }
+  return *Held<List>(slot);
+}
+
+bool Node::IsSet(const SchemaNode& child) const {
+  return IsSetSlot(slots[child.slot]);
+}
+
+bool Node::IsEmpty() const {
+  return std::none_of(slots.begin(), slots.end(), IsSetSlot);
+}
+
+void Node::ClearOtherCases(const SchemaNode& child) {
+  if (parent != nullptr) parent->ClearOtherCases(*schema);
+  for (const auto& own : child.cases) {
+    for (const auto& other : schema->children) {
+      for (const auto& others : other->cases) {
+        if (others.choice == own.choice && others.chosen != own.chosen) {
+          Clear(*other);
+        }
+      }
+    }
+  }
+}
+
+bool Node::DefaultApplies(const SchemaNode& child) const {
+  for (const auto& own : child.cases) {
+    bool own_case_set = false;
+    bool other_case_set = false;
+    for (const auto& other : schema->children) {
+      for (const auto& others : other->cases) {
+        if (others.choice != own.choice || !IsSet(*other)) continue;
+        (others.chosen == own.chosen ? own_case_set : other_case_set) = true;
+      }
+    }
+    if (other_case_set || (!own_case_set && !own.is_default)) return false;
+  }
+  return true;
+}
+
+Node* List::Find(KeyView keys) const {
+  auto it = entries_.find(keys);
+  return it == entries_.end() ? nullptr : it->get();
+}
+
+std::pair<Node*, bool> List::Insert(std::vector<Value> keys) {
+  KeyView view{keys.data(), keys.size()};
+  auto place = entries_.lower_bound(view);
+  if (place != entries_.end() && Compare((*place)->Keys(), view) == 0) {
+    return {place->get(), false};
+  }
+  auto entry = std::make_unique<Node>(*schema_, holder_);
+  entry->keys = std::move(keys);
+  Node* node = entries_.insert(place, std::move(entry))->get();
+  if (schema_->user_ordered) {
+    places_[node] = order_.insert(order_.end(), node);
+  }
+  positions_.clear();
+  return {node, true};
+}
+
+bool List::Erase(KeyView keys) {
+  auto it = entries_.find(keys);
+  if (it == entries_.end()) return false;
+  if (auto place = places_.find(it->get()); place != places_.end()) {
+    order_.erase(place->second);
+    places_.erase(place);
+  }
+  entries_.erase(it);
+  positions_.clear();
+  return true;
+}
+
+Node* List::First() const {
+  if (schema_->user_ordered) return order_.empty() ? nullptr : order_.front();
+  return FirstByKey();
+}
+
+Node* List::Next(KeyView keys, bool or_same) const {
+  auto it = entries_.lower_bound(keys);
+  bool same = it != entries_.end() && Compare((*it)->Keys(), keys) == 0;
+  if (!schema_->user_ordered) {
+    if (same && !or_same) ++it;
+    return it == entries_.end() ? nullptr : it->get();
+  }
+  if (keys.size < schema_->key_count) {
+    // The user's order says nothing of keys: take the first that fits.
+    for (Node* node : order_) {
+      if (Compare({node->keys.data(), keys.size}, keys) == 0) return node;
+    }
+    return nullptr;
+  }
+  if (!same) return nullptr;
+  if (or_same) return it->get();
+  auto next = std::next(places_.at(it->get()));
+  return next == order_.end() ? nullptr : *next;
+}
+
+Node* List::FirstByKey() const {
+  return entries_.empty() ? nullptr : entries_.begin()->get();
+}
+
+Node* List::NextByKey(KeyView keys) const {
+  auto it = entries_.upper_bound(keys);
+  return it == entries_.end() ? nullptr : it->get();
+}
+
+Node* List::At(size_t position) const {
+  if (position >= size()) return nullptr;
+  if (positions_.empty()) {
+    positions_.reserve(size());
+    if (schema_->user_ordered) {
+      positions_.assign(order_.begin(), order_.end());
+    } else {
+      for (const auto& entry : entries_) positions_.push_back(entry.get());
+    }
+  }
+  return positions_[position];
+}
+
+}  // namespace kit::store

@@ -1,0 +1,103 @@
+#include "kit/confd/store/typedef_chain.h"
+
+#include <libyang/libyang.h>
+
+#include <string_view>
+#include <utility>
+
+namespace kit::store {
+namespace {
+
+constexpr std::pair<std::string_view, ValueType> kWellKnownTypedefs[] = {
+    {"ipv4-address", ValueType::kIpv4},
+    {"ipv4-address-no-zone", ValueType::kIpv4},
+    {"ipv6-address", ValueType::kIpv6},
+    {"ipv6-address-no-zone", ValueType::kIpv6},
+    {"ipv4-prefix", ValueType::kIpv4Prefix},
+    {"ipv6-prefix", ValueType::kIpv6Prefix},
+    {"ipv4-address-and-prefix-length", ValueType::kIpv4AndPlen},
+    {"ipv6-address-and-prefix-length", ValueType::kIpv6AndPlen},
+    {"dotted-quad", ValueType::kDquad},
+    {"date-and-time", ValueType::kDatetime},
+    {"hex-string", ValueType::kHexstr},
+};
+
+std::optional<ValueType> WellKnown(std::string_view name) {
+  for (const auto& [known, type] : kWellKnownTypedefs) {
+    if (name == known) return type;
+  }
+  return std::nullopt;
+}
+
+const lysp_tpdf* FindIn(const lysp_tpdf* typedefs, std::string_view name) {
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(typedefs, i) {
+    if (name == typedefs[i].name) return &typedefs[i];
+  }
+  return nullptr;
+}
+
+const lysp_tpdf* FindInModule(const lysp_module* module,
+                              std::string_view name) {
+  if (module == nullptr) return nullptr;
+  if (const lysp_tpdf* found = FindIn(module->typedefs, name)) return found;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(module->includes, i) {
+    const lysp_submodule* submodule = module->includes[i].submodule;
+    if (submodule == nullptr) continue;
+    if (const lysp_tpdf* found = FindIn(submodule->typedefs, name)) {
+      return found;
+    }
+  }
+  // A submodule sees what its module and the other submodules define.
+  if (module->is_submod && module->mod != nullptr) {
+    return FindInModule(module->mod->parsed, name);
+  }
+  return nullptr;
+}
+
+const lysp_module* ImportedModule(const lysp_module* module,
+                                  std::string_view prefix) {
+  if (prefix == module->mod->prefix) return module;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(module->imports, i) {
+    if (prefix == module->imports[i].prefix) {
+      const lys_module* imported = module->imports[i].module;
+      return imported == nullptr ? nullptr : imported->parsed;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+TypedefChain FollowTypedefs(const lysp_type* type, const lysp_node* scope) {
+  while (true) {
+    std::string_view name = type->name;
+    std::string_view prefix;
+    if (size_t colon = name.find(':'); colon != std::string_view::npos) {
+      prefix = name.substr(0, colon);
+      name.remove_prefix(colon + 1);
+    }
+    if (auto known = WellKnown(name)) return {known, type, scope};
+
+    const lysp_module* module = type->pmod;
+    if (module == nullptr) return {std::nullopt, type, scope};
+    const lysp_tpdf* next = nullptr;
+    if (!prefix.empty()) module = ImportedModule(module, prefix);
+    if (prefix.empty() || module == type->pmod) {
+      for (; scope != nullptr && next == nullptr; scope = scope->parent) {
+        next = FindIn(lysp_node_typedefs(scope), name);
+        if (next != nullptr) break;
+      }
+    }
+    if (next == nullptr) {
+      scope = nullptr;
+      next = FindInModule(module, name);
+    }
+    if (next == nullptr) return {std::nullopt, type, scope};
+    type = &next->type;
+  }
+}
+
+}  // namespace kit::store

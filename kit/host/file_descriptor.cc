@@ -1,0 +1,34 @@
+#include "kit/host/file_descriptor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace kit::host {
+
+void FileDescriptor::Close() {
+  if (fd_ >= 0) close(std::exchange(fd_, -1));
+}
+
+Pipe MakePipe() {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe2");
+  }
+  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+void WriteAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(fd, bytes.data(), bytes.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      throw std::system_error(errno, std::generic_category(), "write");
+    }
+    bytes.remove_prefix(static_cast<size_t>(written));
+  }
+}
+
+}  // namespace kit::host

@@ -1,0 +1,40 @@
+// What has to happen when a signal ends the program: the worker dies and the
+// unfinished output disappears.
+#ifndef KIT_HOST_INTERRUPT_H_
+#define KIT_HOST_INTERRUPT_H_
+
+#include <signal.h>
+#include <sys/types.h>
+
+#include <string>
+
+namespace kit::host {
+
+// Makes SIGHUP, SIGINT, SIGPIPE, SIGQUIT and SIGTERM clean up and exit with
+// 128 + the signal's number, unless the program was started with them ignored.
+void InstallInterruptHandlers();
+
+// What there is to clean up; 0 and "" are nothing.
+void SetInterruptWorker(pid_t pid);
+void SetInterruptFile(const std::string& path);
+
+// Kills a worker and what it started.
+void KillWorker(pid_t pid);
+
+// Holds these signals back while something to clean up comes into being.
+class InterruptBlock {
+ public:
+  InterruptBlock();
+  ~InterruptBlock();
+  InterruptBlock(const InterruptBlock&) = delete;
+  InterruptBlock& operator=(const InterruptBlock&) = delete;
+  // For a forked child: default handling and the mask of before the block.
+  void ResetInChild();
+
+ private:
+  sigset_t previous_;
+};
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_INTERRUPT_H_

@@ -1,0 +1,33 @@
+// The file of --log.
+#ifndef KIT_HOST_LOG_FILE_H_
+#define KIT_HOST_LOG_FILE_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "kit/host/failure.h"
+#include "kit/host/file_descriptor.h"
+
+namespace kit::host {
+
+class LogFile {
+ public:
+  // Truncates an existing file. Throws FailureError (kOutputFailed).
+  explicit LogFile(const std::string& path);
+
+  // Writes one line at once, so that it stays whatever happens next.
+  void Write(std::string_view record);
+
+  // Set once a line could not be written; later ones are dropped.
+  const std::optional<Failure>& failure() const { return failure_; }
+
+ private:
+  std::string path_;
+  FileDescriptor fd_;
+  std::optional<Failure> failure_;
+};
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_LOG_FILE_H_

@@ -1,0 +1,221 @@
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "kit/host/exit_code.h"
+#include "kit/host/failure.h"
+#include "kit/host/install_paths.h"
+#include "kit/host/interrupt.h"
+#include "kit/host/log_file.h"
+#include "kit/host/options.h"
+#include "kit/host/output_file.h"
+#include "kit/host/report.h"
+#include "kit/host/status_line.h"
+#include "kit/host/supervisor.h"
+#include "kit/host/text.h"
+
+namespace kit::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Keeps the log as it comes in and shows that something is happening.
+class RunListener : public Listener {
+ public:
+  // stream: where calls are printed as they happen, or null.
+  RunListener(LogFile* log, FILE* stream, bool show_status)
+      : log_(log), stream_(stream), status_(show_status) {}
+
+  void OnLog(const std::string& record) override {
+    if (log_ != nullptr) log_->Write(record);
+    if (stream_ != nullptr) Print(Indent(record, "log: "));
+  }
+  void OnCall(const std::string& call) override {
+    if (stream_ != nullptr) Print(OneLine(call) + "\n");
+  }
+  void OnTick(const Progress& progress) override {
+    if (stream_ != nullptr) std::fflush(stream_);
+    if (!status_.Due()) return;
+    status_.Show(fmt::format("{}, {}", Describe(progress.phase()),
+                             Counted(progress.calls(), "call", "calls")));
+  }
+
+ private:
+  void Print(const std::string& text) { std::fputs(text.c_str(), stream_); }
+
+  LogFile* log_;
+  FILE* stream_;
+  StatusLine status_;
+};
+
+FILE* ReportStream(const RunOptions& options) {
+  return options.output == "-" ? stderr : stdout;
+}
+
+WorkerTask MakeTask(const RunOptions& options) {
+  WorkerTask task;
+  task.config = options.config;
+  task.plugin = options.plugin ? *options.plugin : DefaultPlugin().string();
+  task.before = {options.yang_before ? fs::path(*options.yang_before)
+                                     : DefaultModels("before"),
+                 options.namespace_hashes};
+  task.after = {options.yang_after ? fs::path(*options.yang_after)
+                                   : DefaultModels("after"),
+                options.namespace_hashes};
+  task.format = options.format;
+  task.send_calls = options.verbose;
+  task.count_changes = !options.quiet;
+  task.send_entries = options.diff;
+  return task;
+}
+
+std::optional<struct stat> StatInput(const RunOptions& options) {
+  if (options.config != "-") return StatFile(options.config);
+  struct stat status = {};
+  if (fstat(STDIN_FILENO, &status) != 0) return std::nullopt;
+  return status;
+}
+
+std::optional<OutputFile> PrepareOutput(
+    const RunOptions& options, const std::optional<struct stat>& input) {
+  if (!options.output) return std::nullopt;
+  if (*options.output == "-") return OutputFile::ForStandardOutput();
+  return OutputFile::ForFile(*options.output, options.force, input);
+}
+
+[[noreturn]] void FailLog(const std::string& log, const char* reason) {
+  throw FailureError(
+      {ExitCode::kOutputFailed, reason, "name another file with --log", log});
+}
+
+std::optional<LogFile> OpenLog(const RunOptions& options,
+                               const std::optional<struct stat>& input) {
+  if (!options.log) return std::nullopt;
+  const auto existing = StatFile(*options.log);
+  if (existing && input && SameFile(*existing, *input)) {
+    FailLog(*options.log,
+            "is the configuration that is read, which is never changed");
+  }
+  if (options.output && *options.output != "-" &&
+      fs::weakly_canonical(*options.log) ==
+          fs::weakly_canonical(*options.output)) {
+    FailLog(*options.log, "cannot be both the log and the output");
+  }
+  return std::optional<LogFile>(*options.log);
+}
+
+void CommitOutput(const RunOptions& options, OutputFile& output,
+                  Report& report) {
+  try {
+    report.output_size = output.Commit();
+    report.output =
+        *options.output == "-" ? "standard output" : *options.output;
+  } catch (const FailureError& error) {
+    report.failure = error.failure();
+  }
+}
+
+void Upgrade(const RunOptions& options, Report& report) {
+  WorkerTask task = MakeTask(options);
+  report.plugin = task.plugin;
+  const auto input = StatInput(options);
+  std::optional<LogFile> log = OpenLog(options, input);
+  std::optional<OutputFile> output = PrepareOutput(options, input);
+  if (output) task.output_fd = output->fd();
+  {
+    RunListener listener(
+        log ? &*log : nullptr,
+        options.verbose && !options.json ? ReportStream(options) : nullptr,
+        !options.quiet && !options.verbose);
+    report = Supervise(
+        task, {options.timeout_s, options.verbose && options.json}, listener);
+  }
+  if (!report.failure && log) report.failure = log->failure();
+  if (!report.failure && output) CommitOutput(options, *output, report);
+}
+
+Report RunUpgrade(const RunOptions& options) {
+  Report report;
+  report.config = ConfigName(options.config);
+  try {
+    Upgrade(options, report);
+  } catch (const FailureError& error) {
+    report.failure = error.failure();
+  } catch (const std::exception& error) {
+    report.failure = {ExitCode::kInternal,
+                      fmt::format("internal error: {}", error.what()),
+                      "report this together with the command line"};
+  }
+  return report;
+}
+
+// Whether the report could be printed.
+bool PrintReport(const RunOptions& options, const Report& report,
+                 bool has_run) {
+  const ReportView view{options.verbose, options.diff};
+  FILE* stream = ReportStream(options);
+  if (options.json) {
+    std::fputs(RenderJson(report, view).c_str(), stream);
+  } else if (!options.quiet && has_run) {
+    std::fputs(RenderText(report, view).c_str(), stream);
+  }
+  return std::fflush(stream) == 0 && std::ferror(stream) == 0;
+}
+
+ExitCode Show(const RunOptions& options, const Report& report) {
+  // Without a single step of the plug-in the error message says it all.
+  const bool has_run = report.result || report.journal.calls() > 0 ||
+                       !report.journal.events().empty();
+  const bool printed = PrintReport(options, report, has_run);
+  if (report.failure) {
+    std::fputs(RenderFailure(*report.failure).c_str(), stderr);
+    if (options.quiet) {
+      std::fputs(RenderViolations(report.violations).c_str(), stderr);
+    }
+    return report.exit_code();
+  }
+  if (printed) return ExitCode::kSuccess;
+  std::fputs(
+      RenderFailure({ExitCode::kOutputFailed, "the report cannot be written",
+                     "make room where standard output goes"})
+          .c_str(),
+      stderr);
+  return ExitCode::kOutputFailed;
+}
+
+// A pipe must not end up as somebody's standard output.
+void OccupyStandardDescriptors() {
+  int fd = 0;
+  do {
+    fd = open("/dev/null", O_RDONLY);
+  } while (fd >= 0 && fd <= STDERR_FILENO);
+  if (fd > STDERR_FILENO) close(fd);
+}
+
+int Main(int argc, char** argv) {
+  OccupyStandardDescriptors();
+  const auto parsed = ParseCommandLine(argc, argv, std::cout, std::cerr);
+  if (const auto* code = std::get_if<ExitCode>(&parsed)) {
+    return static_cast<int>(*code);
+  }
+  InstallInterruptHandlers();
+  signal(SIGXFSZ, SIG_IGN);  // a write past a limit fails like any other
+  const auto& options = std::get<RunOptions>(parsed);
+  return static_cast<int>(Show(options, RunUpgrade(options)));
+}
+
+}  // namespace
+}  // namespace kit::host
+
+int main(int argc, char** argv) { return kit::host::Main(argc, argv); }

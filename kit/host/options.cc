@@ -1,0 +1,200 @@
+#include "kit/host/options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#ifndef KIT_VERSION
+#define KIT_VERSION "0.0.0"
+#endif
+
+namespace kit::host {
+namespace {
+
+constexpr char kExitCodes[] =
+    "Exit codes:\n"
+    "  0    success\n"
+    "  1    the plug-in returned -1 (or anything else but 0)\n"
+    "  2    the result breaks the new model\n"
+    "  3    bad usage, or an unreadable, malformed or invalid configuration "
+    "or\n"
+    "       data model\n"
+    "  4    the plug-in could not be loaded\n"
+    "  5    the plug-in aborted, crashed or hung\n"
+    "  6    the output, the log or the report could not be written\n"
+    "  70   internal error of this program\n"
+    "  128+N  ended by signal N\n"
+    "Nothing is written to the output unless the exit code is 0.";
+
+constexpr char kJsonKeys[] =
+    "Keys of the --json report: config, plugin, exit_code, outcome, error\n"
+    "(reason, advice, file, line, path; or null), result (of update, or "
+    "null),\n"
+    "log (records of the plug-in), calls (total, by_function, last,\n"
+    "open_cursors), changes (list, created, changed, deleted), valid,\n"
+    "violations (error, path, reason), plugin_output, output and format (or\n"
+    "null); with --diff also entries (change, list, path, leaves), with\n"
+    "--verbose also events (log records and calls in their order).";
+
+// The hashes that the device family's data-model compiler gave its modules.
+std::map<std::string, uint32_t> DeviceNamespaceHashes() {
+  return {{"VX-OSPF-MIB", 0x1AB53F7A},
+          {"VX-OSPF-V3-MIB", 0x0E52B437},
+          {"VX-RTM-MIB", 0x31635FA0}};
+}
+
+// A decimal number, or a hexadecimal one after 0x.
+std::optional<uint32_t> ParseHash(std::string_view text) {
+  const bool hex = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
+  if (hex) text.remove_prefix(2);
+  uint32_t hash = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] =
+      std::from_chars(text.data(), end, hash, hex ? 16 : 10);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return hash;
+}
+
+std::optional<std::pair<std::string, uint32_t>> ParseNamespace(
+    const std::string& text) {
+  const size_t equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) return std::nullopt;
+  const auto hash = ParseHash(std::string_view(text).substr(equals + 1));
+  if (!hash) return std::nullopt;
+  return std::pair(text.substr(0, equals), *hash);
+}
+
+std::string CheckNamespace(const std::string& text) {
+  if (ParseNamespace(text)) return "";
+  return "'" + text +
+         "' is not MODULE=HASH with a 32-bit hash such as 448085882 or "
+         "0x1AB53F7A";
+}
+
+std::string CheckTimeout(const std::string& text) {
+  double seconds = 0;
+  if (CLI::detail::lexical_cast(text, seconds) && std::isfinite(seconds) &&
+      seconds >= 0 && seconds <= 1e6) {
+    return "";
+  }
+  return "'" + text + "' is not a number of seconds from 0 to 1000000";
+}
+
+std::string CheckNotEmpty(const std::string& text) {
+  return text.empty() ? "an empty name names no file" : "";
+}
+
+void AddFiles(CLI::App& run, RunOptions& options) {
+  run.add_option("CONFIG", options.config,
+                 "Pre-upgrade configuration, XML or JSON (RFC 7951), plain or "
+                 "as saved or returned by NETCONF; - is standard input")
+      ->required()
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+  run.add_option("-o,--output", options.output,
+                 "Write the upgraded configuration to FILE; - is standard "
+                 "output, the report then goes to standard error")
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+  run.add_flag("--force", options.force, "Replace FILE if it exists");
+  run.add_option("--log", options.log,
+                 "Write the plug-in's log records to FILE, one per line, as "
+                 "they come; an existing FILE is overwritten")
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+}
+
+void AddUpgrade(CLI::App& run, RunOptions& options,
+                std::vector<std::string>& namespaces, std::string& format) {
+  run.add_option("--format", format,
+                 "Format of the output; the input's by default")
+      ->type_name("xml|json")
+      ->check(CLI::IsMember({"xml", "json"}).description(""));
+  run.add_option("--plugin", options.plugin,
+                 "Plug-in to run instead of the one installed beside this "
+                 "program")
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+  run.add_option("--yang-before", options.yang_before,
+                 "Folder with the data models before the upgrade")
+      ->type_name("DIR")
+      ->check(CheckNotEmpty);
+  run.add_option("--yang-after", options.yang_after,
+                 "Folder with the data models after the upgrade")
+      ->type_name("DIR")
+      ->check(CheckNotEmpty);
+  run.add_option("--namespace", namespaces,
+                 "Namespace hash of a module, decimal or 0x...; may be "
+                 "repeated")
+      ->type_name("MODULE=HASH")
+      ->allow_extra_args(false)
+      ->check(CheckNamespace);
+  run.add_option("--timeout", options.timeout_s,
+                 "Give the plug-in up after S seconds; 0 is never")
+      ->type_name("S")
+      ->capture_default_str()
+      ->check(CheckTimeout);
+}
+
+void AddReport(CLI::App& run, RunOptions& options) {
+  CLI::Option* quiet =
+      run.add_flag("--quiet", options.quiet, "Print errors only");
+  CLI::Option* verbose = run.add_flag(
+      "--verbose", options.verbose,
+      "Print every ConfD call as it happens, and how often each was made");
+  CLI::Option* diff =
+      run.add_flag("--diff", options.diff,
+                   "Print every entry that the plug-in created (+), deleted "
+                   "(-) or changed (~)");
+  CLI::Option* json = run.add_flag("--json", options.json,
+                                   "Print the report as one JSON object");
+  quiet->excludes(verbose)->excludes(diff)->excludes(json);
+}
+
+}  // namespace
+
+std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
+                                                    const char* const* argv,
+                                                    std::ostream& out,
+                                                    std::ostream& err) {
+  CLI::App app(
+      "Rehearses the upgrade of a router's OSPF configuration: runs the "
+      "upgrade plug-in on a copy of the configuration and reports what it did.",
+      "ospf-upgrade");
+  app.set_version_flag("--version", "ospf-upgrade " KIT_VERSION);
+  app.require_subcommand(1);
+  app.footer(kExitCodes);
+
+  RunOptions options;
+  std::vector<std::string> namespaces;
+  std::string format;
+  CLI::App* run =
+      app.add_subcommand("run", "Run the plug-in on one configuration");
+  run->footer(std::string(kExitCodes) + "\n\n" + kJsonKeys);
+  AddFiles(*run, options);
+  AddUpgrade(*run, options, namespaces, format);
+  AddReport(*run, options);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, out, err) == 0 ? ExitCode::kSuccess
+                                          : ExitCode::kBadInput;
+  }
+  if (!format.empty()) {
+    options.format =
+        format == "xml" ? control::Format::kXml : control::Format::kJson;
+  }
+  options.namespace_hashes = DeviceNamespaceHashes();
+  for (const std::string& text : namespaces) {
+    const auto hash = ParseNamespace(text);
+    options.namespace_hashes[hash->first] = hash->second;
+  }
+  return options;
+}
+
+}  // namespace kit::host

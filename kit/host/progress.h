@@ -1,0 +1,91 @@
+// How far the worker process has come, in memory that it shares with its
+// parent: it outlives whatever happens to the worker.
+#ifndef KIT_HOST_PROGRESS_H_
+#define KIT_HOST_PROGRESS_H_
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "kit/confd/control/control.h"
+
+namespace kit::host {
+
+enum class Phase : uint32_t {
+  kStarting,
+  kReading,
+  kParsing,
+  kLoading,
+  kUpdating,
+  kValidating,
+  kComparing,
+  kSaving,
+};
+
+// "reading the configuration", …
+const char* Describe(Phase phase);
+
+// Whether code of the plug-in runs in this phase.
+bool IsPluginPhase(Phase phase);
+
+// The worker writes it, the parent reads it. Counts and phase can be read at
+// any time, the last call once the worker is gone.
+class Progress {
+ public:
+  void SetPhase(Phase phase) { phase_ = phase; }
+  Phase phase() const { return phase_; }
+
+  void Record(const control::Call& call);
+  uint64_t calls() const { return calls_; }
+  std::map<std::string, uint64_t> CallsByFunction() const;
+  // The last call that returned, as one line.
+  std::optional<std::string> LastCall() const;
+
+ private:
+  template <size_t kSize>
+  struct Text {
+    std::array<char, kSize> bytes;
+    uint32_t length;
+
+    void Assign(std::string_view text);
+    std::string_view view() const { return {bytes.data(), length}; }
+  };
+  struct LastCallSlot {
+    Text<64> function;
+    Text<1024> path;
+    int result;
+    int error;
+  };
+  struct Count {
+    Text<64> function;
+    std::atomic<uint64_t> calls;
+  };
+  static constexpr size_t kMaxFunctions = 64;
+
+  Count* CountOf(std::string_view function);
+
+  std::atomic<Phase> phase_{Phase::kStarting};
+  std::atomic<uint64_t> calls_{0};
+  // Written in turns, so that one is whole when the worker dies in a write.
+  std::array<LastCallSlot, 2> last_;
+  std::atomic<uint32_t> last_index_{0};
+  std::array<Count, kMaxFunctions> counts_;
+  std::atomic<uint32_t> functions_{0};
+};
+
+struct UnmapProgress {
+  void operator()(Progress* progress) const;
+};
+using SharedProgress = std::unique_ptr<Progress, UnmapProgress>;
+
+// Throws std::system_error.
+SharedProgress MakeSharedProgress();
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_PROGRESS_H_

@@ -1,0 +1,303 @@
+#include "kit/host/report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "kit/host/text.h"
+
+namespace kit::host {
+namespace {
+
+// Keeps its keys in the order in which they are documented.
+using Json = nlohmann::ordered_json;
+
+const char* Name(ExitCode code) {
+  switch (code) {
+    case ExitCode::kSuccess:
+      return "success";
+    case ExitCode::kPluginFailed:
+      return "plugin-failed";
+    case ExitCode::kInvalidResult:
+      return "invalid-result";
+    case ExitCode::kBadInput:
+      return "bad-input";
+    case ExitCode::kNotLoaded:
+      return "plugin-not-loaded";
+    case ExitCode::kPluginDied:
+      return "plugin-died";
+    case ExitCode::kOutputFailed:
+      return "output-failed";
+    case ExitCode::kInternal:
+      return "internal-error";
+  }
+  return "unknown";
+}
+
+const char* Name(control::Format format) {
+  return format == control::Format::kXml ? "xml" : "json";
+}
+
+const char* Name(control::ChangeKind kind) {
+  switch (kind) {
+    case control::ChangeKind::kCreated:
+      return "created";
+    case control::ChangeKind::kChanged:
+      return "changed";
+    case control::ChangeKind::kDeleted:
+      return "deleted";
+  }
+  return "unknown";
+}
+
+char Mark(control::ChangeKind kind) {
+  switch (kind) {
+    case control::ChangeKind::kCreated:
+      return '+';
+    case control::ChangeKind::kChanged:
+      return '~';
+    case control::ChangeKind::kDeleted:
+      return '-';
+  }
+  return '?';
+}
+
+void AppendLog(const Report& report, std::string& text) {
+  const std::vector<std::string> records = report.journal.LogRecords();
+  if (records.empty()) {
+    text += "Log: no records\n";
+    return;
+  }
+  text +=
+      fmt::format("Log ({}):\n", Counted(records.size(), "record", "records"));
+  for (const std::string& record : records) text += Indent(record, "  ");
+}
+
+void AppendPluginOutput(const Report& report, std::string& text) {
+  if (report.plugin_output.empty()) return;
+  text += "Printed by the plug-in:\n";
+  text += Indent(report.plugin_output, "  ");
+}
+
+void AppendResult(const Report& report, std::string& text) {
+  if (report.result) {
+    text += fmt::format("Result: update returned {}\n", *report.result);
+  } else {
+    text += "Result: none, update did not return\n";
+  }
+}
+
+void AppendCalls(const Report& report, bool by_function, std::string& text) {
+  const Journal& journal = report.journal;
+  text += fmt::format("ConfD calls: {}\n", journal.calls());
+  if (by_function) {
+    for (const auto& [function, calls] : journal.calls_by_function()) {
+      text += fmt::format("  {:<24} {:>10}\n", function, calls);
+    }
+    text += fmt::format("Cursors left open: {}\n", report.open_cursors);
+  }
+  if (!report.result && journal.last_call()) {
+    text += fmt::format("Last ConfD call: {}\n", *journal.last_call());
+  }
+}
+
+void AppendChanges(const Report& report, std::string& text) {
+  if (!report.compared) return;
+  if (report.changes.empty()) {
+    text += "Changes: none\n";
+    return;
+  }
+  size_t width = 4;
+  for (const ListTotals& totals : report.changes) {
+    width = std::max(width, totals.list.size());
+  }
+  text += fmt::format("Changes:\n  {:<{}} {:>9} {:>9} {:>9}\n", "list", width,
+                      "created", "changed", "deleted");
+  for (const ListTotals& totals : report.changes) {
+    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9}\n", totals.list, width,
+                        totals.created, totals.changed, totals.deleted);
+  }
+}
+
+void AppendValidation(const Report& report, std::string& text) {
+  if (!report.validated) return;
+  if (report.violations.empty()) {
+    text += "Validation: the result is valid under the new model\n";
+    return;
+  }
+  text += fmt::format("Validation: the result breaks the new model in {}\n",
+                      Counted(report.violations.size(), "place", "places"));
+  text += RenderViolations(report.violations);
+}
+
+void AppendOutput(const Report& report, std::string& text) {
+  if (report.output) {
+    text +=
+        fmt::format("Written: {} ({}, {})\n", *report.output,
+                    report.format == control::Format::kJson ? "JSON" : "XML",
+                    Counted(report.output_size, "byte", "bytes"));
+  } else if (report.failure) {
+    text += "Nothing was written.\n";
+  } else {
+    text += "Nothing was written: -o FILE keeps the upgraded configuration.\n";
+  }
+}
+
+template <typename T>
+Json OrNull(const std::optional<T>& value) {
+  return value ? Json(*value) : Json();
+}
+
+Json FailureJson(const std::optional<Failure>& failure) {
+  if (!failure) return nullptr;
+  return {{"reason", failure->reason},
+          {"advice", failure->advice},
+          {"file", failure->file},
+          {"line", failure->line},
+          {"path", failure->path}};
+}
+
+Json CallsJson(const Report& report) {
+  Json by_function = Json::object();
+  for (const auto& [function, calls] : report.journal.calls_by_function()) {
+    by_function[function] = calls;
+  }
+  return {{"total", report.journal.calls()},
+          {"by_function", std::move(by_function)},
+          {"last", OrNull(report.journal.last_call())},
+          {"open_cursors", report.open_cursors}};
+}
+
+Json ChangesJson(const Report& report) {
+  Json changes = Json::array();
+  for (const ListTotals& totals : report.changes) {
+    changes.push_back({{"list", totals.list},
+                       {"created", totals.created},
+                       {"changed", totals.changed},
+                       {"deleted", totals.deleted}});
+  }
+  return changes;
+}
+
+Json EntriesJson(const Report& report) {
+  Json entries = Json::array();
+  for (const control::EntryChange& entry : report.entries) {
+    Json leaves = Json::array();
+    for (const control::LeafChange& leaf : entry.leaves) {
+      leaves.push_back({{"leaf", leaf.leaf},
+                        {"before", OrNull(leaf.before)},
+                        {"after", OrNull(leaf.after)}});
+    }
+    entries.push_back({{"change", Name(entry.kind)},
+                       {"list", entry.list},
+                       {"path", entry.path},
+                       {"leaves", std::move(leaves)}});
+  }
+  return entries;
+}
+
+Json ViolationsJson(const Report& report) {
+  Json violations = Json::array();
+  for (const control::Violation& violation : report.violations) {
+    violations.push_back({{"error", violation.error},
+                          {"path", violation.path},
+                          {"reason", violation.reason}});
+  }
+  return violations;
+}
+
+Json EventsJson(const Report& report) {
+  Json events = Json::array();
+  for (const Event& event : report.journal.events()) {
+    events.push_back(
+        {{"kind", event.kind == Event::Kind::kLog ? "log" : "call"},
+         {"text", event.text}});
+  }
+  return events;
+}
+
+}  // namespace
+
+std::string RenderFailure(const Failure& failure) {
+  std::string where;
+  if (!failure.file.empty()) where += OneLine(failure.file) + ": ";
+  if (failure.line > 0) where += fmt::format("line {}: ", failure.line);
+  if (!failure.path.empty()) where += OneLine(failure.path) + ": ";
+  std::string text = Indent(where + failure.reason, "");
+  text.insert(0, "ospf-upgrade: ");
+  if (!failure.advice.empty()) {
+    text += fmt::format("  What to do: {}.\n", OneLine(failure.advice));
+  }
+  return text;
+}
+
+std::string RenderViolations(
+    const std::vector<control::Violation>& violations) {
+  std::string text;
+  for (const control::Violation& violation : violations) {
+    text += fmt::format(
+        "  {}: {} (ConfD error {})\n",
+        violation.path.empty() ? "(unknown node)" : OneLine(violation.path),
+        OneLine(violation.reason), violation.error);
+  }
+  return text;
+}
+
+std::string RenderEntry(const control::EntryChange& entry) {
+  std::string text =
+      fmt::format("{} {}\n", Mark(entry.kind), OneLine(entry.path));
+  const bool both = entry.kind == control::ChangeKind::kChanged;
+  for (const control::LeafChange& leaf : entry.leaves) {
+    const std::string before = OneLine(leaf.before.value_or("(none)"));
+    const std::string after = OneLine(leaf.after.value_or("(none)"));
+    text += fmt::format("    {}: ", leaf.leaf);
+    text += both ? fmt::format("{} -> {}\n", before, after)
+                 : (leaf.after ? after : before) + "\n";
+  }
+  return text;
+}
+
+std::string RenderText(const Report& report, const ReportView& view) {
+  std::string text =
+      fmt::format("Configuration: {}\nPlug-in: {}\n", OneLine(report.config),
+                  OneLine(report.plugin));
+  AppendLog(report, text);
+  AppendPluginOutput(report, text);
+  AppendResult(report, text);
+  AppendCalls(report, view.verbose, text);
+  AppendChanges(report, text);
+  if (view.diff) {
+    for (const control::EntryChange& entry : report.entries) {
+      text += RenderEntry(entry);
+    }
+  }
+  AppendValidation(report, text);
+  AppendOutput(report, text);
+  return text;
+}
+
+std::string RenderJson(const Report& report, const ReportView& view) {
+  Json json = {
+      {"config", report.config},
+      {"plugin", report.plugin},
+      {"exit_code", static_cast<int>(report.exit_code())},
+      {"outcome", Name(report.exit_code())},
+      {"error", FailureJson(report.failure)},
+      {"result", OrNull(report.result)},
+      {"log", report.journal.LogRecords()},
+      {"calls", CallsJson(report)},
+      {"changes", ChangesJson(report)},
+      {"valid", report.validated ? Json(report.violations.empty()) : Json()},
+      {"violations", ViolationsJson(report)},
+      {"plugin_output", report.plugin_output},
+      {"output", OrNull(report.output)},
+      {"format", report.format ? Json(Name(*report.format)) : Json()}};
+  if (view.diff) json["entries"] = EntriesJson(report);
+  if (view.verbose) json["events"] = EventsJson(report);
+  // Bytes that are not UTF-8 become replacement characters.
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace kit::host

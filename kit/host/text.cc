@@ -1,0 +1,41 @@
+#include "kit/host/text.h"
+
+#include <fmt/format.h>
+
+namespace kit::host {
+
+std::string OneLine(std::string_view text) {
+  std::string line;
+  line.reserve(text.size());
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '\n') {
+      line += "\\n";
+    } else if (c == '\t') {
+      line += c;
+    } else if (byte < 0x20 || byte == 0x7f) {
+      line += fmt::format("\\x{:02x}", byte);
+    } else {
+      line += c;
+    }
+  }
+  return line;
+}
+
+std::string Indent(std::string_view text, std::string_view margin) {
+  if (!text.empty() && text.back() == '\n') text.remove_suffix(1);
+  std::string indented;
+  while (true) {
+    const size_t end = text.find('\n');
+    indented += fmt::format("{}{}\n", margin, OneLine(text.substr(0, end)));
+    if (end == std::string_view::npos) return indented;
+    text.remove_prefix(end + 1);
+  }
+}
+
+std::string Counted(size_t number, std::string_view one,
+                    std::string_view many) {
+  return fmt::format("{} {}", number, number == 1 ? one : many);
+}
+
+}  // namespace kit::host
