@@ -2,7 +2,7 @@
 # plug-in and the models relative to itself in both.
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 set(models_subdir share/ospf-upgrade/yang)

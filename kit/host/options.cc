@@ -166,7 +166,7 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
       "upgrade plug-in on a copy of the configuration and reports what it did.",
       "ospf-upgrade");
   app.set_version_flag("--version", "ospf-upgrade " KIT_VERSION);
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);  // checked below, with a better message
   app.footer(kExitCodes);
 
   RunOptions options;
@@ -184,6 +184,11 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
   } catch (const CLI::ParseError& error) {
     return app.exit(error, out, err) == 0 ? ExitCode::kSuccess
                                           : ExitCode::kBadInput;
+  }
+  if (!run->parsed()) {
+    err << "A subcommand is required: run\n"
+           "Run with --help for more information.\n";
+    return ExitCode::kBadInput;
   }
   if (!format.empty()) {
     options.format =

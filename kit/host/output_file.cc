@@ -129,6 +129,8 @@ OutputFile OutputFile::ForFile(const std::string& target, bool force,
   if (const auto existing = StatFile(resolved)) {
     CheckReplaceable(target, *existing, force, input);
     mode = existing->st_mode & kPermissions;
+  } else if (errno != ENOENT) {
+    FailWithErrno(target, "cannot be written", errno);
   }
   const std::string stem = resolved.filename().string().substr(0, kMaxStem);
   std::string pattern =

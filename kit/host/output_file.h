@@ -13,7 +13,7 @@
 
 namespace kit::host {
 
-// What a name stands for, if anything.
+// What a name stands for, if anything; errno says why there is nothing.
 std::optional<struct stat> StatFile(const std::string& path);
 
 // Whether both are one regular file.

@@ -1,6 +1,5 @@
 #include "kit/host/progress.h"
 
-#include <fmt/format.h>
 #include <sys/mman.h>
 
 #include <algorithm>
@@ -63,6 +62,7 @@ void Progress::Record(const control::Call& call) {
   slot.path.Assign(call.path);
   slot.result = call.result;
   slot.error = call.error;
+  slot.reason.Assign(call.reason);
   last_index_ = next;
   if (Count* count = CountOf(call.function)) ++count->calls;
   ++calls_;
@@ -79,13 +79,13 @@ std::map<std::string, uint64_t> Progress::CallsByFunction() const {
 std::optional<std::string> Progress::LastCall() const {
   if (calls_ == 0) return std::nullopt;
   const LastCallSlot& slot = last_[last_index_];
-  std::string line(slot.function.view());
-  if (slot.path.length > 0) {
-    line += fmt::format(" \"{}\"", OneLine(slot.path.view()));
-  }
-  line += fmt::format(" -> {}", slot.result);
-  if (slot.error != 0) line += fmt::format(" (ConfD error {})", slot.error);
-  return line;
+  control::Call call = {};
+  call.function = slot.function.view();
+  call.path = slot.path.view();
+  call.result = slot.result;
+  call.error = slot.error;
+  call.reason = slot.reason.view();
+  return OneLine(control::ToString(call));
 }
 
 void UnmapProgress::operator()(Progress* progress) const {

@@ -60,6 +60,7 @@ class Progress {
     Text<1024> path;
     int result;
     int error;
+    Text<256> reason;
   };
   struct Count {
     Text<64> function;

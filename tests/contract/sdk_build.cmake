@@ -3,6 +3,8 @@
 #
 # SOURCE_DIR, BUILD_DIR, WORK_DIR, C_COMPILER, CXX_COMPILER
 
+cmake_minimum_required(VERSION 3.25)
+
 function(run)
   execute_process(
     COMMAND ${ARGV}

@@ -3,6 +3,8 @@
 #
 # SOURCE_DIR, WORK_DIR, C_COMPILER, CXX_COMPILER
 
+cmake_minimum_required(VERSION 3.25)
+
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR}/empty-sdk)
 execute_process(

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/line_diff.h"
+
 namespace test_support {
 
 void ExpectGolden(const std::string& file, const std::string& actual) {
@@ -20,11 +22,18 @@ void ExpectGolden(const std::string& file, const std::string& actual) {
     return;
   }
   std::ifstream stream(path, std::ios::binary);
-  ASSERT_TRUE(stream) << path << " can't be read";
+  if (!stream) {
+    ADD_FAILURE() << path << " can't be read; UPDATE_GOLDEN=1 writes it";
+    return;
+  }
   std::ostringstream expected;
   expected << stream.rdbuf();
-  EXPECT_EQ(expected.str(), actual)
-      << "expected: " << path << "\nactual: the second value";
+  std::string difference = LineDiff(expected.str(), actual);
+  if (!difference.empty()) {
+    ADD_FAILURE() << "--- tests/" << file << " (expected)\n"
+                  << "+++ what the program gave\n"
+                  << difference;
+  }
 }
 
 }  // namespace test_support

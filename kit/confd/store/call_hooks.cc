@@ -5,7 +5,8 @@
 namespace kit::store {
 
 CallHooks& CallHooks::Instance() {
-  static CallHooks instance;
+  // Never destroyed, so that calls at a process's end still find it.
+  static auto& instance = *new CallHooks();
   return instance;
 }
 

@@ -13,7 +13,8 @@
 namespace kit::store {
 
 Sessions& Sessions::Instance() {
-  static Sessions instance;
+  // Never destroyed: a static Database may outlive any static of ours.
+  static auto& instance = *new Sessions();
   return instance;
 }
 

@@ -1,0 +1,161 @@
+// Runs each case below this folder through the plug-in as devices load it. A
+// case's folder holds
+//   case.json     see upgrade_case.h
+//   before.xml    the configuration before the upgrade
+//   expected.xml  the whole configuration after it
+//   expected.log  all that was logged
+// A case in which the process aborts has no expected.xml.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zqconfd_sink.h>
+
+#include <csignal>
+#include <cstdio>
+#include <memory>
+
+#include "tests/cases/upgrade_case.h"
+#include "tests/support/golden.h"
+
+namespace cases {
+namespace {
+
+using test_support::Upgrade;
+
+using UpdateFunction = int (*)(int maapi_sock, int thandle, int cdb_sock);
+
+// Loaded once and kept, as on a device.
+UpdateFunction Update() {
+  static const UpdateFunction update = [] {
+    void* plugin = dlopen(TEST_PLUGIN, RTLD_NOW);
+    if (plugin == nullptr) throw std::runtime_error(dlerror());
+    return reinterpret_cast<UpdateFunction>(dlsym(plugin, "update"));
+  }();
+  if (update == nullptr) throw std::runtime_error("no function \"update\"");
+  return update;
+}
+
+// A file that vanishes with the process; what a child writes stays readable.
+class ScratchFile {
+ public:
+  ScratchFile() : file_(std::tmpfile(), &std::fclose) {
+    if (!file_) throw std::runtime_error("no temporary file");
+  }
+  int descriptor() const { return fileno(file_.get()); }
+  std::string Text() const {
+    std::string text;
+    std::rewind(file_.get());
+    for (int c; (c = std::fgetc(file_.get())) != EOF;) {
+      text += static_cast<char>(c);
+    }
+    return text;
+  }
+
+ private:
+  std::unique_ptr<FILE, int (*)(FILE*)> file_;
+};
+
+void WriteRecord(void* context, const char* text, size_t length) {
+  int descriptor = *static_cast<int*>(context);
+  if (write(descriptor, text, length) < 0 || write(descriptor, "\n", 1) < 0) {
+    _exit(2);
+  }
+}
+
+class UpgradeCaseTest : public testing::Test {
+ public:
+  explicit UpgradeCaseTest(std::string name) : name_(std::move(name)) {}
+
+  void TestBody() override {
+    UpgradeCase the_case = ReadCase(name_);
+    SCOPED_TRACE(name_ + ": " + the_case.description);
+    Upgrade upgrade(ReadText(the_case.configuration), the_case.models);
+    for (const kit::control::Fault& fault : the_case.faults) {
+      upgrade.Inject(fault);
+    }
+    if (the_case.abort_text.empty()) {
+      CheckOutcome(the_case, upgrade);
+    } else {
+      CheckAbort(the_case, upgrade);
+    }
+  }
+
+ private:
+  void ExpectFile(const std::string& file, const std::string& actual) const {
+    test_support::ExpectGolden("cases/" + name_ + "/" + file, actual);
+  }
+
+  void CheckOutcome(const UpgradeCase& the_case, Upgrade& upgrade) const {
+    EXPECT_EQ(
+        Update()(upgrade.maapi_sock(), upgrade.thandle(), upgrade.cdb_sock()),
+        the_case.status);
+    ExpectFile("expected.log", upgrade.Log());
+    ExpectFile("expected.xml", upgrade.Saved());
+    if (the_case.status == 0) CheckValidity(the_case, upgrade);
+  }
+
+  static void CheckValidity(const UpgradeCase& the_case, Upgrade& upgrade) {
+    std::vector<std::string> found;
+    for (const auto& violation : upgrade.database().Validate()) {
+      found.push_back(violation.path + ": " + violation.reason);
+    }
+    EXPECT_EQ(found.size(), the_case.violations.size());
+    for (size_t i = 0; i < found.size(); ++i) {
+      std::string wanted =
+          i < the_case.violations.size() ? the_case.violations[i] : "(none)";
+      EXPECT_NE(found[i].find(wanted), std::string::npos)
+          << "found:    " << found[i] << "\nexpected: " << wanted;
+    }
+  }
+
+  void CheckAbort(const UpgradeCase& the_case, Upgrade& upgrade) const {
+    ScratchFile log;
+    ScratchFile errors;
+    UpdateFunction update = Update();
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      int log_descriptor = log.descriptor();
+      zqconfd_set_sink(&WriteRecord, &log_descriptor);
+      dup2(errors.descriptor(), STDERR_FILENO);
+      update(upgrade.maapi_sock(), upgrade.thandle(), upgrade.cdb_sock());
+      _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT)
+        << "the process ended with wait status " << status;
+    EXPECT_NE(errors.Text().find(the_case.abort_text), std::string::npos)
+        << errors.Text();
+    ExpectFile("expected.log", log.Text());
+  }
+
+  const std::string name_;
+};
+
+int RegisterCases() {
+  int count = 0;
+  for (const std::string& name : CaseNames()) {
+    testing::RegisterTest("UpgradeCase", name.c_str(), nullptr, nullptr,
+                          __FILE__, __LINE__,
+                          [name] { return new UpgradeCaseTest(name); });
+    ++count;
+  }
+  return count;
+}
+
+const int registered = RegisterCases();
+
+TEST(UpgradeCasesTest, EachFolderHoldsACase) {
+  int folders = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(CasesFolder())) {
+    if (entry.is_directory()) ++folders;
+  }
+  EXPECT_GT(registered, 0);
+  EXPECT_EQ(folders, registered) << "a folder of tests/cases has no case.json";
+}
+
+}  // namespace
+}  // namespace cases

@@ -1,0 +1,305 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include "host_test.h"
+
+namespace host_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+constexpr char kResultJson[] =
+    R"({"demo:demo":{"item":[{"id":1,"label":"uno","size":10},)"
+    R"({"id":9,"label":"nine"}]}})";
+
+class OutputTest : public HostTest {
+ protected:
+  std::string Config() { return Write("demo.xml", kDemoXml); }
+  std::string ReadJson(const std::string& name) {
+    return nlohmann::json::parse(Read(name), nullptr, false).dump();
+  }
+  mode_t Mode(const std::string& name) {
+    struct stat status = {};
+    EXPECT_EQ(stat(Path(name).c_str(), &status), 0);
+    return status.st_mode & 0777;
+  }
+};
+
+TEST_F(OutputTest, TheResultIsWrittenInTheFormatOfTheInput) {
+  const Outcome outcome =
+      RunDemo("well_behaved", {Config(), "-o", Path("out")});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_THAT(Read("out"),
+              AllOf(StartsWith("<"), HasSubstr("<label>uno</label>"),
+                    HasSubstr("<label>nine</label>"), Not(HasSubstr("two")),
+                    Not(HasSubstr("obsolete"))));
+  EXPECT_THAT(outcome.out, HasSubstr("Written: " + Path("out") + " (XML, "));
+  EXPECT_THAT(NewFiles(), ElementsAre("out"));
+
+  EXPECT_EQ(RunDemo("well_behaved",
+                    {Write("demo.json", kDemoJson), "-o", Path("out.json")})
+                .exit_code,
+            0);
+  EXPECT_EQ(ReadJson("out.json"), kResultJson);
+}
+
+TEST_F(OutputTest, TheFormatCanBeChosen) {
+  EXPECT_EQ(
+      RunDemo("well_behaved", {Config(), "-o", Path("out"), "--format", "json"})
+          .exit_code,
+      0);
+  EXPECT_EQ(ReadJson("out"), kResultJson);
+  EXPECT_EQ(RunDemo("well_behaved", {Write("demo.json", kDemoJson), "-o",
+                                     Path("out.xml"), "--format", "xml"})
+                .exit_code,
+            0);
+  EXPECT_THAT(Read("out.xml"), StartsWith("<"));
+}
+
+TEST_F(OutputTest, WrittenConfigurationsCanBeReadAgain) {
+  ASSERT_EQ(RunDemo("well_behaved", {Config(), "-o", Path("out")}).exit_code,
+            0);
+  const std::string models = std::string(TEST_DEMO_MODELS) + "/after";
+  const Outcome outcome =
+      Run({"run", Path("out"), "--plugin", PluginPath("idle"), "--yang-before",
+           models, "--yang-after", models});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+}
+
+TEST_F(OutputTest, TheInputIsNeverTouched) {
+  const std::string config = Config();
+  RunDemo("well_behaved", {config, "-o", Path("out")});
+  EXPECT_EQ(Read("demo.xml"), kDemoXml);
+}
+
+TEST_F(OutputTest, ANewFileHasThePermissionsOfTheUmask) {
+  const mode_t mask = umask(027);
+  RunDemo("idle", {Config(), "-o", Path("out")});
+  umask(mask);
+  EXPECT_EQ(Mode("out"), 0640U);
+}
+
+TEST_F(OutputTest, AReplacedFileKeepsItsPermissions) {
+  Write("out", "old");
+  chmod(Path("out").c_str(), 0600);
+  RunDemo("idle", {Config(), "-o", Path("out"), "--force"});
+  EXPECT_EQ(Mode("out"), 0600U);
+}
+
+TEST_F(OutputTest, AnExistingFileIsOnlyReplacedWithForce) {
+  Write("out", "old");
+  const Outcome refused = RunDemo("idle", {Config(), "-o", Path("out")});
+  EXPECT_EQ(refused.exit_code, 6) << refused;
+  EXPECT_THAT(refused.err, AllOf(HasSubstr(Path("out") + ": exists already"),
+                                 HasSubstr("--force")));
+  EXPECT_EQ(Read("out"), "old");
+
+  const Outcome forced =
+      RunDemo("idle", {Config(), "-o", Path("out"), "--force"});
+  EXPECT_EQ(forced.exit_code, 0) << forced;
+  EXPECT_THAT(Read("out"), HasSubstr("<label>one</label>"));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+TEST_F(OutputTest, AFailedRunKeepsTheExistingFileEvenWithForce) {
+  Write("out", "old");
+  for (const char* plugin :
+       {"fails", "aborts", "breaks_mandatory", "no_update", "exits"}) {
+    EXPECT_NE(
+        RunDemo(plugin, {Config(), "-o", Path("out"), "--force"}).exit_code, 0);
+    EXPECT_EQ(Read("out"), "old") << plugin;
+    EXPECT_THAT(NewFiles(), IsEmpty()) << plugin;
+  }
+}
+
+TEST_F(OutputTest, AFileThatAppearsDuringTheRunIsNotReplaced) {
+  Launch launch;
+  launch.environment = {"RACING_FILE=" + Path("out")};
+  const Outcome outcome =
+      RunDemo("creates_output", {Config(), "-o", Path("out")}, launch);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.err, HasSubstr("come into existence"));
+  EXPECT_EQ(Read("out"), "somebody else's");
+  EXPECT_THAT(NewFiles(), ElementsAre("out"));
+}
+
+TEST_F(OutputTest, TheInputIsRefusedAsOutputUnderAnyName) {
+  const std::string config = Config();
+  fs::create_hard_link(config, Path("hard"));
+  fs::create_symlink("demo.xml", Path("soft"));
+  for (const char* name : {"demo.xml", "./demo.xml", "hard", "soft"}) {
+    const Outcome outcome = RunDemo("idle", {config, "-o", name, "--force"});
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr("never changed")) << name;
+  }
+  Launch launch;
+  launch.stdin_path = config;
+  EXPECT_EQ(RunDemo("idle", {"-", "-o", config, "--force"}, launch).exit_code,
+            6);
+  EXPECT_EQ(Read("demo.xml"), kDemoXml);
+}
+
+TEST_F(OutputTest, ALinkIsFollowedAndStays) {
+  Write("target", "old");
+  fs::create_symlink("target", Path("link"));
+  const Outcome outcome =
+      RunDemo("idle", {Config(), "-o", Path("link"), "--force"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_TRUE(fs::is_symlink(Path("link")));
+  EXPECT_THAT(Read("target"), HasSubstr("<label>one</label>"));
+}
+
+TEST_F(OutputTest, PlacesThatCannotBeWrittenAreFoundBeforeThePluginRuns) {
+  const std::string config = Config();
+  fs::create_directory(Path("folder"));
+  fs::create_symlink("nowhere", Path("dangling"));
+  Write("file", "");
+  struct Row {
+    std::string output;
+    std::string reason;
+  };
+  const std::vector<Row> rows = {
+      {Path("missing/out"), "No such file or directory"},
+      {Path("file/out"), "Not a directory"},
+      {"/proc/self/out", "cannot be created in its folder"},
+      {Path("folder"), "is a folder"},
+      {Path("folder/"), "is a folder"},
+      {Path("dangling"), "leads nowhere"},
+      {"/dev/null", "is not a regular file"},
+      {Path(std::string(300, 'n')), "File name too long"},
+  };
+  for (const Row& row : rows) {
+    const Outcome outcome =
+        RunDemo("hangs", {config, "-o", row.output, "--force"});
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err,
+                AllOf(HasSubstr(row.output), HasSubstr(row.reason)));
+  }
+}
+
+TEST_F(OutputTest, ALongNameLeavesRoomForTheTemporaryOne) {
+  const std::string name(255, 'n');
+  const Outcome outcome = RunDemo("idle", {Config(), "-o", Path(name)});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_THAT(NewFiles(), ElementsAre(name));
+}
+
+TEST_F(OutputTest, AFullDiskIsExitCode6AndLeavesNothing) {
+  std::string config = "<demo xmlns=\"urn:demo\">";
+  for (int i = 1; i <= 5000; ++i) {
+    config += "<item><id>" + std::to_string(i) + "</id><label>a</label></item>";
+  }
+  Write("big.xml", config + "</demo>");
+  Launch launch;
+  launch.max_file_size = 100'000;
+  const Outcome outcome =
+      RunDemo("idle", {Path("big.xml"), "-o", Path("out")}, launch);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.err, HasSubstr("File too large"));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+TEST_F(OutputTest, AMinusIsStandardOutputAndTheReportGoesElsewhere) {
+  const Outcome outcome =
+      RunDemo("well_behaved", {Config(), "-o", "-", "--format", "json"});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_EQ(nlohmann::json::parse(outcome.out, nullptr, false).dump(),
+            kResultJson);
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("update returned 0"),
+                                 HasSubstr("Written: standard output")));
+}
+
+TEST_F(OutputTest, NothingReachesStandardOutputAfterAFailure) {
+  for (const char* plugin : {"fails", "breaks_mandatory", "aborts"}) {
+    EXPECT_THAT(RunDemo(plugin, {Config(), "-o", "-"}).out, IsEmpty());
+  }
+}
+
+TEST_F(OutputTest, AFullStandardOutputIsExitCode6) {
+  Launch launch;
+  launch.stdout_path = "/dev/full";
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{Config(), "-o", "-"},
+        {Config()},
+        {Config(), "--json"}}) {
+    const Outcome outcome = RunDemo("idle", args, launch);
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr("cannot be written"));
+  }
+}
+
+TEST_F(OutputTest, ASignalDuringTheRunLeavesNothingBehind) {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+    const pid_t host = Start(
+        DemoArgs("hangs", {Config(), "-o", Path("out"), "--log", Path("log")}),
+        {});
+    ASSERT_TRUE(WaitFor("log", "started "));
+    EXPECT_EQ(NewFiles().size(), 2U);  // the log and the temporary file
+    kill(host, signal);
+    EXPECT_EQ(Finish(host).exit_code, 128 + signal);
+    EXPECT_THAT(NewFiles(), ElementsAre("log"));
+    fs::remove(Path("log"));
+  }
+}
+
+TEST_F(OutputTest, ASignalEndsThePluginAndWhatItStarted) {
+  const pid_t host = Start(
+      DemoArgs("hangs", {Config(), "--log", Path("log"), "--timeout", "0"}),
+      {});
+  ASSERT_TRUE(WaitFor("log", "started "));
+  kill(host, SIGTERM);
+  Finish(host);
+  EXPECT_FALSE(IsRunning(std::stoi(Read("log").substr(8))));
+}
+
+TEST_F(OutputTest, RecordsBeforeACrashAreInTheLog) {
+  const Outcome outcome = RunDemo("aborts", {Config(), "--log", Path("log")});
+  EXPECT_EQ(outcome.exit_code, 5) << outcome;
+  EXPECT_EQ(Read("log"), "before the assertion\n");
+}
+
+TEST_F(OutputTest, EachRecordIsOneLineOfTheLog) {
+  RunDemo("many_records", {Config(), "--log", Path("log")});
+  const std::string log = Read("log");
+  EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2001);
+  EXPECT_THAT(log, StartsWith("record 0\nrecord 1\n"));
+  EXPECT_THAT(log, HasSubstr("two\\nlines and an \\x1b[31mescape\xff\n"));
+
+  RunDemo("well_behaved", {Config(), "--log", Path("log")});
+  EXPECT_EQ(Read("log"), "2 items\ndone\n");
+}
+
+TEST_F(OutputTest, ALogThatCannotBeWrittenIsExitCode6) {
+  struct Row {
+    std::string log;
+    std::string reason;
+  };
+  const std::vector<Row> rows = {
+      {Path("missing/log"), "No such file"},
+      {Path(""), "Is a directory"},
+      {Config(), "never changed"},
+      {Path("out"), "both the log and the output"},
+      {Path("./out"), "both the log and the output"},
+      {"/dev/full", "No space left"},
+  };
+  for (const Row& row : rows) {
+    const Outcome outcome =
+        RunDemo("well_behaved",
+                {Path("demo.xml"), "--log", row.log, "-o", Path("out")});
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err, AllOf(HasSubstr(row.log), HasSubstr(row.reason)));
+    EXPECT_THAT(NewFiles(), IsEmpty());
+  }
+  EXPECT_EQ(Read("demo.xml"), kDemoXml);
+}
+
+}  // namespace
+}  // namespace host_test

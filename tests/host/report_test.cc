@@ -1,0 +1,198 @@
+#include <gmock/gmock.h>
+
+#include "host_test.h"
+
+namespace host_test {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+using Json = nlohmann::json;
+
+class ReportTest : public HostTest {
+ protected:
+  std::string Config() { return Write("demo.xml", kDemoXml); }
+};
+
+TEST_F(ReportTest, TheSummaryHasLogResultCallsAndChanges) {
+  const Outcome outcome = RunDemo("well_behaved", {Config()});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_EQ(outcome.out, "Configuration: " + Path("demo.xml") +
+                             "\n"
+                             "Plug-in: " +
+                             PluginPath("well_behaved") +
+                             "\n"
+                             "Log (2 records):\n"
+                             "  2 items\n"
+                             "  done\n"
+                             "Result: update returned 0\n"
+                             "ConfD calls: 5\n"
+                             "Changes:\n"
+                             "  list         created   changed   deleted\n"
+                             "  /demo/item         1         1         1\n"
+                             "Validation: the result is valid under the new "
+                             "model\n"
+                             "Nothing was written: -o FILE keeps the upgraded "
+                             "configuration.\n");
+  EXPECT_THAT(outcome.err, IsEmpty());
+}
+
+TEST_F(ReportTest, APluginThatDoesNothingChangesNothing) {
+  const Outcome outcome = RunDemo("idle", {Config()});
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("Log: no records\n"),
+                                 HasSubstr("ConfD calls: 0\n"),
+                                 HasSubstr("Changes: none\n")));
+}
+
+TEST_F(ReportTest, QuietPrintsNothingOnSuccess) {
+  const Outcome outcome =
+      RunDemo("well_behaved", {Config(), "-o", Path("out"), "--quiet"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.out, IsEmpty());
+  EXPECT_THAT(outcome.err, IsEmpty());
+  EXPECT_TRUE(Exists("out"));
+}
+
+TEST_F(ReportTest, QuietPrintsOnlyTheErrorOfAFailure) {
+  const Outcome outcome = RunDemo("fails", {Config(), "--quiet"});
+  EXPECT_THAT(outcome.out, IsEmpty());
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("update returned -1"),
+                                 Not(HasSubstr("cannot go on"))));
+}
+
+TEST_F(ReportTest, VerbosePrintsCallsAndRecordsInTheirOrder) {
+  const Outcome outcome = RunDemo("well_behaved", {Config(), "--verbose"});
+  EXPECT_THAT(outcome.out, StartsWith("cdb_num_instances /demo/item -> 2\n"
+                                      "log: 2 items\n"
+                                      "maapi_create /demo/item{9} -> 0\n"
+                                      "maapi_set_elem /demo/item{9}/label "));
+  EXPECT_THAT(outcome.out, ContainsRegex("maapi_set_elem +2\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("Cursors left open: 0\n"));
+}
+
+TEST_F(ReportTest, VerboseShowsTheCallsBeforeACrash) {
+  const Outcome outcome = RunDemo("segfaults", {Config(), "--verbose"});
+  EXPECT_EQ(outcome.exit_code, 5);
+  EXPECT_THAT(outcome.out, StartsWith("maapi_delete /demo/item{77}"));
+}
+
+TEST_F(ReportTest, DiffShowsEveryChangedEntryWithItsLeaves) {
+  const Outcome outcome = RunDemo("well_behaved", {Config(), "--diff"});
+  EXPECT_THAT(outcome.out, HasSubstr("~ /demo/item{1}\n"
+                                     "    label: one -> uno\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("- /demo/item{2}\n"
+                                     "    label: two\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("+ /demo/item{9}\n"
+                                     "    label: nine\n"));
+}
+
+TEST_F(ReportTest, JsonReportsASuccess) {
+  const Outcome outcome =
+      RunDemo("well_behaved", {Config(), "--json", "-o", Path("out")});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  const Json report = Json::parse(outcome.out);
+  EXPECT_EQ(report["config"], Path("demo.xml"));
+  EXPECT_EQ(report["plugin"], PluginPath("well_behaved"));
+  EXPECT_EQ(report["exit_code"], 0);
+  EXPECT_EQ(report["outcome"], "success");
+  EXPECT_EQ(report["error"], Json());
+  EXPECT_EQ(report["result"], 0);
+  EXPECT_EQ(report["log"], Json::array({"2 items", "done\n"}));
+  EXPECT_EQ(report["calls"]["total"], 5);
+  EXPECT_EQ(report["calls"]["by_function"]["maapi_set_elem"], 2);
+  EXPECT_EQ(report["calls"]["last"], "maapi_delete /demo/item{2} -> 0");
+  EXPECT_EQ(report["calls"]["open_cursors"], 0);
+  EXPECT_EQ(report["changes"], Json::array({{{"list", "/demo/item"},
+                                             {"created", 1},
+                                             {"changed", 1},
+                                             {"deleted", 1}}}));
+  EXPECT_EQ(report["valid"], true);
+  EXPECT_EQ(report["violations"], Json::array());
+  EXPECT_EQ(report["output"], Path("out"));
+  EXPECT_EQ(report["format"], "xml");
+  EXPECT_FALSE(report.contains("entries"));
+  EXPECT_FALSE(report.contains("events"));
+}
+
+TEST_F(ReportTest, JsonHasEntriesWithDiffAndEventsWithVerbose) {
+  const Json report = Json::parse(
+      RunDemo("well_behaved", {Config(), "--json", "--diff", "--verbose"}).out);
+  ASSERT_EQ(report["entries"].size(), 3U);
+  EXPECT_EQ(report["entries"][0]["change"], "changed");
+  EXPECT_EQ(report["entries"][0]["path"], "/demo/item{1}");
+  EXPECT_EQ(
+      report["entries"][0]["leaves"],
+      Json::array({{{"leaf", "label"}, {"before", "one"}, {"after", "uno"}}}));
+  ASSERT_EQ(report["events"].size(), 7U);
+  EXPECT_EQ(report["events"][0]["kind"], "call");
+  EXPECT_EQ(report["events"][1], Json({{"kind", "log"}, {"text", "2 items"}}));
+}
+
+TEST_F(ReportTest, JsonReportsEveryKindOfFailure) {
+  struct Row {
+    std::string plugin;
+    int exit_code;
+    std::string outcome;
+  };
+  const std::vector<Row> rows = {
+      {"fails", 1, "plugin-failed"},
+      {"breaks_mandatory", 2, "invalid-result"},
+      {"no_update", 4, "plugin-not-loaded"},
+      {"aborts", 5, "plugin-died"},
+      {"throws", 5, "plugin-died"},
+  };
+  for (const Row& row : rows) {
+    const Outcome outcome = RunDemo(row.plugin, {Config(), "--json"});
+    EXPECT_EQ(outcome.exit_code, row.exit_code) << outcome;
+    const Json report = Json::parse(outcome.out);
+    EXPECT_EQ(report["exit_code"], row.exit_code);
+    EXPECT_EQ(report["outcome"], row.outcome);
+    EXPECT_NE(report["error"]["reason"], "") << row.plugin;
+    EXPECT_NE(report["error"]["advice"], "") << row.plugin;
+    EXPECT_EQ(report["output"], Json());
+  }
+}
+
+TEST_F(ReportTest, JsonLocatesAFaultOfTheInput) {
+  const std::string config =
+      Write("bad.xml",
+            "<demo xmlns=\"urn:demo\">\n<item><id>1</id>"
+            "<label>a</label>\n<size>0</size></item></demo>");
+  const Outcome outcome = RunDemo("idle", {config, "--json"});
+  EXPECT_EQ(outcome.exit_code, 3) << outcome;
+  const Json error = Json::parse(outcome.out)["error"];
+  EXPECT_EQ(error["file"], config);
+  EXPECT_EQ(error["line"], 3);
+  EXPECT_EQ(error["path"], "/demo:demo/item[id='1']/size");
+}
+
+TEST_F(ReportTest, JsonListsTheBrokenConstraints) {
+  const Json report =
+      Json::parse(RunDemo("breaks_reference", {Config(), "--json"}).out);
+  EXPECT_EQ(report["valid"], false);
+  ASSERT_EQ(report["violations"].size(), 1U);
+  const Json violation = report["violations"][0];
+  EXPECT_EQ(violation["error"], 14);
+  EXPECT_EQ(violation["path"], "/demo:demo/item[id='1']/twin");
+  EXPECT_THAT(violation["reason"], HasSubstr("1234"));
+}
+
+TEST_F(ReportTest, JsonSurvivesRecordsThatAreNotText) {
+  const Outcome outcome = RunDemo("many_records", {Config(), "--json"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_EQ(Json::parse(outcome.out)["log"].size(), 2001U);
+}
+
+TEST_F(ReportTest, ControlCharactersOfRecordsDoNotReachTheTerminal) {
+  const Outcome outcome = RunDemo("many_records", {Config()});
+  EXPECT_THAT(outcome.out, AllOf(Not(HasSubstr("\x1b")),
+                                 HasSubstr("lines and an \\x1b[31mescape")));
+}
+
+}  // namespace
+}  // namespace host_test

@@ -1,0 +1,142 @@
+#include <gmock/gmock.h>
+
+#include "host_test.h"
+
+namespace host_test {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+using UsageTest = HostTest;
+
+TEST_F(UsageTest, HelpListsEveryExitCode) {
+  for (const std::vector<std::string>& args :
+       std::vector<std::vector<std::string>>{{"--help"}, {"run", "--help"}}) {
+    const Outcome outcome = Run(args);
+    EXPECT_EQ(outcome.exit_code, 0) << outcome;
+    for (const char* code : {"\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ",
+                             "\n  5 ", "\n  6 ", "\n  70 ", "\n  128+N"}) {
+      EXPECT_THAT(outcome.out, HasSubstr(code));
+    }
+  }
+}
+
+TEST_F(UsageTest, HelpOfRunListsEveryOption) {
+  const Outcome outcome = Run({"run", "--help"});
+  for (const char* option :
+       {"CONFIG", "-o,", "--force", "--format", "--plugin", "--yang-before",
+        "--yang-after", "--namespace", "--timeout", "--log", "--quiet",
+        "--verbose", "--diff", "--json"}) {
+    EXPECT_THAT(outcome.out, HasSubstr(option));
+  }
+}
+
+TEST_F(UsageTest, VersionNamesTheProgram) {
+  const Outcome outcome = Run({"--version"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_THAT(outcome.out, StartsWith("ospf-upgrade "));
+}
+
+TEST_F(UsageTest, BadUsageIsExitCode3AndSaysWhatIsWrong) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  struct Row {
+    std::vector<std::string> args;
+    std::string message;
+  };
+  const std::vector<Row> rows = {
+      {{}, "subcommand is required"},
+      {{"walk"}, "walk"},
+      {{"run"}, "CONFIG is required"},
+      {{"run", ""}, "empty name"},
+      {{"run", config, "second.xml"}, "second.xml"},
+      {{"run", config, "--no-such-option"}, "--no-such-option"},
+      {{"run", config, "-o"}, "--output"},
+      {{"run", config, "-o", ""}, "empty name"},
+      {{"run", config, "--format", "yaml"}, "yaml"},
+      {{"run", config, "--timeout", "soon"}, "soon"},
+      {{"run", config, "--timeout", "-1"}, "-1"},
+      {{"run", config, "--timeout", "nan"}, "nan"},
+      {{"run", config, "--timeout", "inf"}, "inf"},
+      {{"run", config, "--namespace", "demo"}, "MODULE=HASH"},
+      {{"run", config, "--namespace", "=1"}, "MODULE=HASH"},
+      {{"run", config, "--namespace", "demo="}, "MODULE=HASH"},
+      {{"run", config, "--namespace", "demo=0x"}, "MODULE=HASH"},
+      {{"run", config, "--namespace", "demo=1x"}, "MODULE=HASH"},
+      {{"run", config, "--namespace", "demo=-1"}, "MODULE=HASH"},
+      {{"run", config, "--namespace", "demo=4294967296"}, "MODULE=HASH"},
+      {{"run", config, "--quiet", "--verbose"}, "--quiet"},
+      {{"run", config, "--quiet", "--json"}, "--quiet"},
+  };
+  for (const Row& row : rows) {
+    const Outcome outcome = Run(row.args);
+    EXPECT_EQ(outcome.exit_code, 3) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr(row.message));
+    EXPECT_THAT(outcome.out, IsEmpty());
+  }
+}
+
+TEST_F(UsageTest, NamespaceHashesAreDecimalOrHexadecimal) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  for (const char* hash : {"demo=1", "demo=4294967295", "demo=0xDEADbeef"}) {
+    const Outcome outcome = RunDemo("idle", {config, "--namespace", hash});
+    EXPECT_EQ(outcome.exit_code, 0) << hash << "\n" << outcome;
+  }
+}
+
+TEST_F(UsageTest, ANamespaceHashIsKnownToThePlugin) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  EXPECT_EQ(RunDemo("selects_namespace", {config}).exit_code, 1);
+  EXPECT_EQ(RunDemo("selects_namespace", {"--namespace", "other=5",
+                                          "--namespace", "demo=0x1234", config})
+                .exit_code,
+            0);
+}
+
+TEST_F(UsageTest, ModelsThatAreMissingOrBrokenAreExitCode3) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  const Outcome missing = Run({"run", config, "--plugin", PluginPath("idle"),
+                               "--yang-before", Path("nowhere")});
+  EXPECT_EQ(missing.exit_code, 3) << missing;
+  EXPECT_THAT(missing.err,
+              AllOf(HasSubstr("data models"), HasSubstr("nowhere")));
+
+  std::filesystem::create_directory(Path("models"));
+  Write("models/broken.yang", "module broken {\n  leaf\n}\n");
+  const Outcome broken =
+      Run({"run", config, "--plugin", PluginPath("idle"), "--yang-before",
+           Path("models"), "--yang-after", Path("models")});
+  EXPECT_EQ(broken.exit_code, 3) << broken;
+  EXPECT_THAT(broken.err, HasSubstr("broken"));
+}
+
+// A copy of the executable has neither plug-in nor models beside it.
+TEST_F(UsageTest, WithoutAnInstalledPluginTheMessageNamesThePathsLookedAt) {
+  std::filesystem::create_directory(Path("bin"));
+  std::filesystem::copy_file(TEST_HOST, Path("bin/ospf-upgrade"));
+  Launch launch;
+  launch.executable = Path("bin/ospf-upgrade");
+  launch.environment = {
+      "LD_LIBRARY_PATH=" +
+      std::filesystem::path(TEST_PLUGIN).parent_path().string()};
+  const std::string config = Write("demo.xml", kDemoXml);
+
+  const Outcome no_plugin = Run({"run", config}, launch);
+  EXPECT_EQ(no_plugin.exit_code, 4) << no_plugin;
+  EXPECT_THAT(no_plugin.err,
+              AllOf(HasSubstr(Path("lib/libquellix_ext_ospf_prot_update.so")),
+                    HasSubstr(Path("bin/libquellix_ext_ospf_prot_update.so")),
+                    HasSubstr("--plugin")));
+
+  const Outcome no_models =
+      Run({"run", config, "--plugin", PluginPath("idle")}, launch);
+  EXPECT_EQ(no_models.exit_code, 3) << no_models;
+  EXPECT_THAT(no_models.err,
+              AllOf(HasSubstr(Path("share/ospf-upgrade/yang/before")),
+                    HasSubstr("--yang-before")));
+}
+
+}  // namespace
+}  // namespace host_test
