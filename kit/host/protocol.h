@@ -70,8 +70,6 @@ class MessageReader {
   void Append(std::string_view bytes) { buffer_ += bytes; }
   // The next whole message, if there is one. Throws ProtocolError.
   std::optional<Message> Next();
-  // Whether part of a message is left over.
-  bool Incomplete() const { return start_ < buffer_.size(); }
 
  private:
   std::string buffer_;

@@ -93,6 +93,9 @@ class UpgradeCaseTest : public testing::Test {
         the_case.status);
     ExpectFile("expected.log", upgrade.Log());
     ExpectFile("expected.xml", upgrade.Saved());
+    if (the_case.unchanged) {
+      EXPECT_EQ(upgrade.Changes(), "");
+    }
     if (the_case.status == 0) CheckValidity(the_case, upgrade);
   }
 

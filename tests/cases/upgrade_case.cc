@@ -47,7 +47,7 @@ kit::control::Fault ToFault(const json& object) {
 
 UpgradeCase FromJson(const json& object, const std::filesystem::path& folder) {
   CheckKeys(object, {"description", "before", "models", "status", "aborts",
-                     "violations", "faults"});
+                     "violations", "unchanged", "faults"});
   UpgradeCase upgrade_case;
   upgrade_case.description = object.at("description");
   upgrade_case.configuration =
@@ -62,6 +62,7 @@ UpgradeCase FromJson(const json& object, const std::filesystem::path& folder) {
   upgrade_case.abort_text = object.value("aborts", "");
   upgrade_case.violations =
       object.value("violations", std::vector<std::string>());
+  upgrade_case.unchanged = object.value("unchanged", false);
   for (const json& fault : object.value("faults", json::array())) {
     upgrade_case.faults.push_back(ToFault(fault));
   }

@@ -30,6 +30,9 @@ struct UpgradeCase {
   // part of its path and reason ("path: reason"); none without it. Not looked
   // at unless `update` returns 0, as nobody would commit.
   std::vector<std::string> violations;
+  // "unchanged": the plug-in changes no value of the transaction, though it may
+  // write the value that is there; false without it.
+  bool unchanged = false;
   // "faults": calls that do not go as the data would have it.
   std::vector<kit::control::Fault> faults;
 };

@@ -123,7 +123,7 @@ pid_t HostTest::Start(const std::vector<std::string>& args,
   std::ofstream(outside / kStdin, std::ios::binary) << launch.input;
   const std::string in = launch.stdin_path.value_or(outside / kStdin);
   const std::string out = launch.stdout_path.value_or(outside / kStdout);
-  const std::string err = outside / kStderr;
+  const std::string err = launch.stderr_path.value_or(outside / kStderr);
   std::vector<char*> argv = {const_cast<char*>(launch.executable.c_str())};
   for (const std::string& arg : args) {
     argv.push_back(const_cast<char*>(arg.c_str()));

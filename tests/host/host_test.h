@@ -24,6 +24,7 @@ struct Launch {
   std::string executable = TEST_HOST;
   std::optional<std::string> stdin_path;   // instead of input
   std::optional<std::string> stdout_path;  // instead of being captured
+  std::optional<std::string> stderr_path;
   std::optional<unsigned long> max_file_size;
   std::vector<std::string> environment;  // NAME=VALUE
 };

@@ -260,6 +260,19 @@ TEST_F(OutputTest, ASignalEndsThePluginAndWhatItStarted) {
   EXPECT_FALSE(IsRunning(std::stoi(Read("log").substr(8))));
 }
 
+TEST_F(OutputTest, AReaderThatGoesAwayLeavesNothingBehind) {
+  std::string command = TEST_HOST;
+  for (const std::string& arg :
+       DemoArgs("many_calls", {Config(), "--verbose", "-o", Path("out")})) {
+    command += " '" + arg + "'";
+  }
+  Launch launch;
+  launch.executable = "/bin/sh";
+  const Outcome outcome = Run({"-c", command + " | head -n 1"}, launch);
+  EXPECT_EQ(outcome.out, "maapi_exists /demo/item{1} -> 1\n") << outcome;
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
 TEST_F(OutputTest, RecordsBeforeACrashAreInTheLog) {
   const Outcome outcome = RunDemo("aborts", {Config(), "--log", Path("log")});
   EXPECT_EQ(outcome.exit_code, 5) << outcome;

@@ -1,4 +1,7 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <stdlib.h>
+#include <unistd.h>
 
 #include "host_test.h"
 
@@ -7,6 +10,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::ContainsRegex;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -89,6 +93,56 @@ TEST_F(ReportTest, DiffShowsEveryChangedEntryWithItsLeaves) {
                                      "    label: two\n"));
   EXPECT_THAT(outcome.out, HasSubstr("+ /demo/item{9}\n"
                                      "    label: nine\n"));
+}
+
+class Terminal {
+ public:
+  Terminal() : fd_(posix_openpt(O_RDWR | O_NOCTTY)) {
+    grantpt(fd_);
+    unlockpt(fd_);
+    path_ = ptsname(fd_);
+    // Without it the master can't be read once the host has closed its end.
+    own_end_ = open(path_.c_str(), O_RDWR | O_NOCTTY);
+    fcntl(fd_, F_SETFL, O_NONBLOCK);
+  }
+  ~Terminal() {
+    close(own_end_);
+    close(fd_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string Read() const {
+    std::string text(1 << 16, '\0');
+    const ssize_t size = read(fd_, text.data(), text.size());
+    text.resize(size > 0 ? static_cast<size_t>(size) : 0);
+    return text;
+  }
+
+ private:
+  int fd_;
+  int own_end_;
+  std::string path_;
+};
+
+TEST_F(ReportTest, ATerminalSeesTheProgressOfALongRunWhichIsErasedAtItsEnd) {
+  const Terminal terminal;
+  Launch launch;
+  launch.stderr_path = terminal.path();
+  EXPECT_EQ(RunDemo("slow", {Config()}, launch).exit_code, 0);
+  const std::string seen = terminal.Read();
+  EXPECT_THAT(seen, StartsWith("\r\x1b[Krunning the plug-in, 1 call\r"));
+  EXPECT_THAT(seen, EndsWith("1 call\r\x1b[K"));
+}
+
+TEST_F(ReportTest, QuietAndShortRunsShowNoProgress) {
+  const Terminal terminal;
+  Launch launch;
+  launch.stderr_path = terminal.path();
+  EXPECT_EQ(RunDemo("idle", {Config()}, launch).exit_code, 0);
+  EXPECT_EQ(RunDemo("slow", {Config(), "--quiet"}, launch).exit_code, 0);
+  EXPECT_EQ(terminal.Read(), "");
 }
 
 TEST_F(ReportTest, JsonReportsASuccess) {

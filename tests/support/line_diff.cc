@@ -92,9 +92,9 @@ std::vector<Edit> Edits(const Lines& a, const Lines& b) {
     if (i < middle.a_end && j < middle.b_end && a[i] == b[j]) {
       edits.push_back({' ', a[i++]});
       ++j;
-    } else if (j == middle.b_end || (i < middle.a_end &&
-                                     common.At(row + 1, column) >=
-                                         common.At(row, column + 1))) {
+    } else if (j == middle.b_end ||
+               (i < middle.a_end &&
+                common.At(row + 1, column) >= common.At(row, column + 1))) {
       edits.push_back({'-', a[i++]});
     } else {
       edits.push_back({'+', b[j++]});

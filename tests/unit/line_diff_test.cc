@@ -29,10 +29,9 @@ TEST(LineDiffTest, KeepsWhatIsCommonBetweenTwoChanges) {
 }
 
 TEST(LineDiffTest, ChangesFarApartStandInHunksOfTheirOwn) {
-  EXPECT_EQ(
-      LineDiff(Numbers(1, 20), "x\n" + Numbers(2, 19)),
-      "@@ -1,4 +1,4 @@\n-1\n+x\n 2\n 3\n 4\n@@ -17,4 +17,3 @@\n 17\n 18\n"
-      " 19\n-20\n");
+  EXPECT_EQ(LineDiff(Numbers(1, 20), "x\n" + Numbers(2, 19)),
+            "@@ -1,4 +1,4 @@\n-1\n+x\n 2\n 3\n 4\n@@ -17,4 +17,3 @@\n 17\n 18\n"
+            " 19\n-20\n");
 }
 
 TEST(LineDiffTest, ShowsAMissingNewlineAtTheEnd) {

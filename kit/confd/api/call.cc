@@ -1,5 +1,6 @@
 #include "kit/confd/api/call.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <system_error>
@@ -91,6 +92,13 @@ int SelectNamespace(const Scope& scope, int hashed_ns) {
   return CONFD_OK;
 }
 
+void RequirePointer(const void* pointer, const char* what) {
+  if (pointer == nullptr) {
+    throw Error(ErrorCode::kProtoUsage,
+                std::string("NULL was given for ") + what);
+  }
+}
+
 int SetError(int error, const std::string& text) {
   LastError& last = ThisThreadsError();
   last.number = error;
@@ -131,24 +139,45 @@ void Call::MeetFault() {
 int Call::AfterSuccess(int result) {
   if (fault_) {
     for (const store::ValueSubstitute& substitute : fault_->substitutes) {
-      if (substitute.slot >= value_count_) continue;
+      if (substitute.slot >= width_ * filled_.size()) continue;
       confd_value_t& value = values_[substitute.slot];
-      Release(value);
+      if (releases_ && IsFilled(substitute.slot)) Release(value);
       value = {};
       value.type = static_cast<confd_vtype>(substitute.tag);
       std::memcpy(&value.val, &substitute.bits, sizeof substitute.bits);
     }
     if (fault_->result) result = *fault_->result;
   }
-  if (wants_values_ && value_count_ > 0) {
-    output_ = Describe(values_, value_count_);
-  }
+  if (wants_values_ && width_ * filled_.size() > 0) output_ = DescribeOutput();
   return result;
 }
 
+bool Call::IsFilled(size_t slot) const {
+  return slot % width_ < filled_[slot / width_];
+}
+
+std::string Call::DescribeOutput() const {
+  // What was not written may never have been initialised.
+  const confd_value_t nothing = {C_NOEXISTS, {}};
+  std::string text;
+  for (size_t slot = 0; slot < width_ * filled_.size(); ++slot) {
+    if (slot > 0) text += ", ";
+    bool substituted =
+        fault_ &&
+        std::any_of(fault_->substitutes.begin(), fault_->substitutes.end(),
+                    [&](const auto& s) { return s.slot == slot; });
+    text += Describe(IsFilled(slot) || substituted ? values_[slot] : nothing);
+  }
+  return text;
+}
+
 int Call::Fail(int error, const std::string& reason) {
+  return FailWithoutPath(error, path_.empty() ? reason : path_ + ": " + reason);
+}
+
+int Call::FailWithoutPath(int error, const std::string& reason) {
   error_ = error;
-  reason_ = path_.empty() ? reason : path_ + ": " + reason;
+  reason_ = reason;
   return SetError(error_, reason_);
 }
 
@@ -163,15 +192,12 @@ int FailByException(Call& call) {
     throw;
   } catch (const InjectedFailure& failure) {
     // The text of a fault is what confd_lasterr() gives, to the letter.
-    std::string path = call.path();
-    call.SetPath("");
-    int result = call.Fail(failure.error, failure.text);
-    call.SetPath(std::move(path));
-    return result;
+    return call.FailWithoutPath(failure.error, failure.text);
   } catch (const Error& error) {
     return call.Fail(static_cast<int>(error.code()), error.what());
   } catch (const keypath::SyntaxError& error) {
-    return call.Fail(CONFD_ERR_BADPATH, error.what());
+    // It quotes the path, or the format that gives none.
+    return call.FailWithoutPath(CONFD_ERR_BADPATH, error.what());
   } catch (const std::bad_alloc&) {
     return call.Fail(CONFD_ERR_MALLOC, "out of memory");
   } catch (const std::system_error& error) {

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kit/confd/api/values.h"
 #include "kit/confd/keypath/keypath.h"
@@ -39,6 +40,9 @@ const store::Value& ReadLeaf(const Scope& scope, const store::Target& target,
 int SelectNamespace(const Scope& scope, int hashed_ns);
 std::string DescribeNamespace(int hashed_ns);
 
+// Throws Error with kProtoUsage for a NULL where a program has to give `what`.
+void RequirePointer(const void* pointer, const char* what);
+
 // Records this thread's last error and returns CONFD_ERR.
 int SetError(int error, const std::string& text);
 
@@ -55,32 +59,47 @@ class Call {
   void Input(const Describe& describe) {
     if (wants_values_) input_ = describe();
   }
-  // The values handed out, which a fault may change after the call.
-  void Output(confd_value_t* values, size_t count) {
+  // The values handed out, which a fault may change after the call: objects
+  // of `width` slots each, of which the first `filled[i]` were written.
+  void Output(confd_value_t* values, size_t width, std::vector<size_t> filled) {
     values_ = values;
-    value_count_ = count;
+    width_ = width;
+    filled_ = std::move(filled);
   }
+  void Output(confd_value_t* values, size_t count) {
+    Output(values, count, {count});
+  }
+  // The values stay the library's, which releases them by itself.
+  void KeepOwnership() { releases_ = false; }
   void OutputText(std::string text) {
     if (wants_values_) output_ = std::move(text);
   }
 
   void SetPath(std::string path) { path_ = std::move(path); }
   const std::string& path() const { return path_; }
+  bool wants_values() const { return wants_values_; }
   // Throws the error of a fault that says the call fails.
   void MeetFault();
   // Applies what a fault says of a call that succeeded; the final result.
   int AfterSuccess(int result);
   int Fail(int error, const std::string& reason);
+  // The reason says by itself what it is about.
+  int FailWithoutPath(int error, const std::string& reason);
   void Report(int result);
 
  private:
+  bool IsFilled(size_t slot) const;
+  std::string DescribeOutput() const;
+
   const char* function_;
   bool wants_values_;
   std::string path_;
   std::string input_;
   std::string output_;
   confd_value_t* values_ = nullptr;
-  size_t value_count_ = 0;
+  size_t width_ = 0;
+  std::vector<size_t> filled_;
+  bool releases_ = true;
   std::optional<store::FaultRule> fault_;
   int error_ = 0;
   std::string reason_;
@@ -112,10 +131,10 @@ int RunCall(const char* function, const Prepare& prepare, const Body& body) {
 }
 
 // For calls that take nothing but a path.
-inline std::string NoInput() { return {}; }
+inline std::string NoInput(const Call&, const Scope&) { return {}; }
 
-// A call on a key path: body(call, scope, target). `input` describes the other
-// arguments.
+// A call on a key path: body(call, scope, target). `input(call, scope)`
+// describes the other arguments.
 template <typename MakeScope, typename Body, typename Input>
 int RunPathCall(const char* function, const MakeScope& make_scope,
                 const char* fmt, va_list args, const Body& body,
@@ -124,9 +143,9 @@ int RunPathCall(const char* function, const MakeScope& make_scope,
   return RunCall(
       function,
       [&](Call& call) {
-        call.Input(input);
         scope = make_scope();
         call.SetPath(FormatPath(&*scope, fmt, args));
+        call.Input([&] { return input(call, *scope); });
       },
       [&](Call& call) {
         store::Target target =

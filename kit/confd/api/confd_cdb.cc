@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kit/confd/api/call.h"
@@ -15,6 +16,7 @@ using kit::api::Describe;
 using kit::api::DescribeNamespace;
 using kit::api::NoInput;
 using kit::api::ReadLeaf;
+using kit::api::RequirePointer;
 using kit::api::RunCall;
 using kit::api::RunPathCall;
 using kit::api::Scope;
@@ -25,22 +27,24 @@ namespace {
 using kit::store::Error;
 using kit::store::ErrorCode;
 
-template <typename Body, typename Input = std::string (*)()>
+template <typename Body,
+          typename Input = std::string (*)(const Call&, const Scope&)>
 int CdbCall(const char* function, int sock, const char* fmt, va_list args,
             const Body& body, const Input& input = NoInput) {
   return RunPathCall(
       function, [&] { return CdbScope(sock); }, fmt, args, body, input);
 }
 
-// Reads a leaf of one type; `store_value` takes it out of the union.
-template <typename StoreValue>
-int GetScalar(const char* function, int sock, store::ValueType type,
-              const char* fmt, va_list args, const StoreValue& store_value) {
+// Reads a leaf of one type into *rval; `member` takes it out of the union.
+template <typename T, typename Member>
+int GetScalar(const char* function, int sock, T* rval, store::ValueType type,
+              const char* fmt, va_list args, const Member& member) {
   return CdbCall(function, sock, fmt, args,
                  [&](Call& call, Scope& scope, const store::Target& target) {
+                   RequirePointer(rval, "the result");
                    confd_value_t value = ToC(ReadLeaf(scope, target, type));
-                   call.OutputText(Describe(value));
-                   store_value(value);
+                   if (call.wants_values()) call.OutputText(Describe(value));
+                   *rval = member(value);
                    return CONFD_OK;
                  });
 }
@@ -75,8 +79,8 @@ int cdb_get_u_int32(int sock, uint32_t* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
   int result =
-      GetScalar("cdb_get_u_int32", sock, store::ValueType::kUint32, fmt, args,
-                [&](const confd_value_t& value) { *rval = value.val.u32; });
+      GetScalar("cdb_get_u_int32", sock, rval, store::ValueType::kUint32, fmt,
+                args, [](const confd_value_t& value) { return value.val.u32; });
   va_end(args);
   return result;
 }
@@ -85,8 +89,8 @@ int cdb_get_int32(int sock, int32_t* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
   int result =
-      GetScalar("cdb_get_int32", sock, store::ValueType::kInt32, fmt, args,
-                [&](const confd_value_t& value) { *rval = value.val.i32; });
+      GetScalar("cdb_get_int32", sock, rval, store::ValueType::kInt32, fmt,
+                args, [](const confd_value_t& value) { return value.val.i32; });
   va_end(args);
   return result;
 }
@@ -95,8 +99,8 @@ int cdb_get_enum_value(int sock, int32_t* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
   int result = GetScalar(
-      "cdb_get_enum_value", sock, store::ValueType::kEnum, fmt, args,
-      [&](const confd_value_t& value) { *rval = value.val.enumvalue; });
+      "cdb_get_enum_value", sock, rval, store::ValueType::kEnum, fmt, args,
+      [](const confd_value_t& value) { return value.val.enumvalue; });
   va_end(args);
   return result;
 }
@@ -105,8 +109,8 @@ int cdb_get_ipv4(int sock, struct in_addr* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
   int result =
-      GetScalar("cdb_get_ipv4", sock, store::ValueType::kIpv4, fmt, args,
-                [&](const confd_value_t& value) { *rval = value.val.ip; });
+      GetScalar("cdb_get_ipv4", sock, rval, store::ValueType::kIpv4, fmt, args,
+                [](const confd_value_t& value) { return value.val.ip; });
   va_end(args);
   return result;
 }
@@ -116,8 +120,8 @@ int cdb_get_ipv4_and_plen(int sock, struct confd_ipv4_prefix* rval,
   va_list args;
   va_start(args, fmt);
   int result = GetScalar(
-      "cdb_get_ipv4_and_plen", sock, store::ValueType::kIpv4AndPlen, fmt, args,
-      [&](const confd_value_t& value) { *rval = value.val.ipv4prefix; });
+      "cdb_get_ipv4_and_plen", sock, rval, store::ValueType::kIpv4AndPlen, fmt,
+      args, [](const confd_value_t& value) { return value.val.ipv4prefix; });
   va_end(args);
   return result;
 }
@@ -128,6 +132,7 @@ int cdb_get_str(int sock, char* rval, int n, const char* fmt, ...) {
   int result = CdbCall(
       "cdb_get_str", sock, fmt, args,
       [&](Call& call, Scope& scope, const store::Target& target) {
+        RequirePointer(rval, "the buffer");
         const std::string& text =
             ReadLeaf(scope, target, store::ValueType::kBuf).text();
         if (n < 0 || text.size() >= static_cast<size_t>(n)) {
@@ -137,7 +142,7 @@ int cdb_get_str(int sock, char* rval, int n, const char* fmt, ...) {
                           std::to_string(n));
         }
         std::memcpy(rval, text.c_str(), text.size() + 1);
-        call.OutputText("\"" + text + "\"");
+        if (call.wants_values()) call.OutputText("\"" + text + "\"");
         return CONFD_OK;
       });
   va_end(args);
@@ -163,22 +168,25 @@ int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj,
                           " pass the end of " + std::to_string(count) +
                           " entries");
         }
+        if (n > 0 && nobj > 0) RequirePointer(values, "the values");
         auto width = static_cast<size_t>(n);
         size_t most = 0;
+        std::vector<size_t> filled;
         std::vector<store::Element> elements;
         for (size_t i = 0; i < static_cast<size_t>(nobj); ++i) {
           elements.clear();
           store::Data::ReadObject(*list->At(static_cast<size_t>(ix) + i),
                                   elements);
           most = std::max(most, elements.size());
-          for (size_t k = 0; k < std::min(width, elements.size()); ++k) {
+          filled.push_back(std::min(width, elements.size()));
+          for (size_t k = 0; k < filled.back(); ++k) {
             values[i * width + k] = ToC(elements[k]);
           }
         }
-        call.Output(values, static_cast<size_t>(nobj) * width);
+        call.Output(values, width, std::move(filled));
         return static_cast<int>(most);
       },
-      [&] {
+      [&](const Call&, const Scope&) {
         return "n " + std::to_string(n) + " ix " + std::to_string(ix) +
                " nobj " + std::to_string(nobj);
       });

@@ -20,6 +20,7 @@ using kit::api::MaapiScope;
 using kit::api::NoInput;
 using kit::api::ReadLeaf;
 using kit::api::Release;
+using kit::api::RequirePointer;
 using kit::api::RunCall;
 using kit::api::RunPathCall;
 using kit::api::Scope;
@@ -30,7 +31,8 @@ namespace {
 using kit::store::Error;
 using kit::store::ErrorCode;
 
-template <typename Body, typename Input = std::string (*)()>
+template <typename Body,
+          typename Input = std::string (*)(const Call&, const Scope&)>
 int MaapiCall(const char* function, int sock, int thandle, const char* fmt,
               va_list args, const Body& body, const Input& input = NoInput) {
   return RunPathCall(
@@ -69,26 +71,26 @@ class VisibleKeys {
   std::vector<confd_value_t> keys_;
 };
 
+[[noreturn]] void FailWithoutCursor() {
+  throw Error(ErrorCode::kProtoUsage,
+              "the cursor was not initialised, or was destroyed");
+}
+
 store::Cursor& FindCursor(const Scope& scope, const maapi_cursor& mc) {
   auto it = scope.session->cursors.find(mc.impl);
-  if (it == scope.session->cursors.end()) {
-    throw Error(ErrorCode::kProtoUsage,
-                "the cursor was not initialised, or was destroyed");
-  }
+  if (it == scope.session->cursors.end()) FailWithoutCursor();
   return *it->second;
 }
 
-// Moves to the entry after `from`, or at it, and shows its keys.
-int MoveCursor(Call& call, const Scope& scope, store::Cursor& cursor,
-               const std::vector<store::Value>& from, bool or_same,
-               maapi_cursor& mc) {
-  const store::List* list = store::Data::ListOf(
+// The list as it stands now; null when it has no entries.
+const store::List* ListOf(const Scope& scope, const store::Cursor& cursor) {
+  return store::Data::ListOf(
       scope.data->Find(cursor.list_path, {false, cursor.selected}));
-  const store::Node* entry = nullptr;
-  if (list != nullptr) {
-    entry = from.empty() ? list->First()
-                         : list->Next({from.data(), from.size()}, or_same);
-  }
+}
+
+// Moves to an entry, or past the end without one, and shows its keys.
+int MoveCursor(Call& call, store::Cursor& cursor, const store::Node* entry,
+               maapi_cursor& mc) {
   auto& visible = *static_cast<VisibleKeys*>(cursor.attachment.get());
   cursor.started = true;
   cursor.ended = entry == nullptr;
@@ -97,10 +99,28 @@ int MoveCursor(Call& call, const Scope& scope, store::Cursor& cursor,
     return CONFD_OK;
   }
   cursor.keys = entry->keys;
+  cursor.place = entry->place;
   visible.Set(entry->keys);
   visible.Show(mc);
   call.Output(mc.keys, entry->keys.size());
+  call.KeepOwnership();
   return CONFD_OK;
+}
+
+// How many values of an array of n that a program gives may be looked at: no
+// more than the path's entries take.
+size_t ReadableValues(const Call& call, const Scope& scope,
+                      const confd_value_t* values, int n) {
+  if (values == nullptr || n < 0) return 0;
+  try {
+    store::Target target =
+        scope.data->Find(keypath::Parse(call.path()), scope.rules);
+    auto count = static_cast<size_t>(n);
+    return count > target.schema->width ? 0 : count;
+  } catch (const std::exception&) {
+    // The call itself will say what is wrong with the path.
+    return 0;
+  }
 }
 
 // A call on a cursor: body(call, scope, cursor). A failed call leaves n at 0,
@@ -112,9 +132,8 @@ int CursorCall(const char* function, maapi_cursor* mc, const Body& body) {
   int result = RunCall(
       function,
       [&](Call& call) {
-        if (mc == nullptr) {
-          throw Error(ErrorCode::kProtoUsage, "no cursor was given");
-        }
+        RequirePointer(mc, "the cursor");
+        if (mc->impl == nullptr) FailWithoutCursor();
         scope = MaapiScope(mc->sock, mc->thandle);
         cursor = &FindCursor(*scope, *mc);
         call.SetPath(cursor->path_text);
@@ -170,6 +189,7 @@ int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt,
   int result =
       MaapiCall("maapi_get_elem", sock, thandle, fmt, args,
                 [&](Call& call, Scope& scope, const store::Target& target) {
+                  RequirePointer(v, "the value");
                   *v = ToC(scope.data->Get(target));
                   call.Output(v, 1);
                   return CONFD_OK;
@@ -185,9 +205,10 @@ int maapi_get_u_int32_elem(int sock, int thandle, uint32_t* rval,
   int result =
       MaapiCall("maapi_get_u_int32_elem", sock, thandle, fmt, args,
                 [&](Call& call, Scope& scope, const store::Target& target) {
+                  RequirePointer(rval, "the result");
                   confd_value_t value =
                       ToC(ReadLeaf(scope, target, store::ValueType::kUint32));
-                  call.OutputText(Describe(value));
+                  if (call.wants_values()) call.OutputText(Describe(value));
                   *rval = value.val.u32;
                   return CONFD_OK;
                 });
@@ -205,13 +226,14 @@ int maapi_get_object(int sock, int thandle, confd_value_t* values, int n,
         if (n < 0) {
           throw Error(ErrorCode::kProtoUsage, "a negative number of values");
         }
+        if (n > 0) RequirePointer(values, "the values");
         std::vector<store::Element> elements = scope.data->GetObject(target);
         size_t count = std::min(static_cast<size_t>(n), elements.size());
         for (size_t i = 0; i < count; ++i) values[i] = ToC(elements[i]);
         call.Output(values, count);
         return static_cast<int>(elements.size());
       },
-      [&] { return "n " + std::to_string(n); });
+      [&](const Call&, const Scope&) { return "n " + std::to_string(n); });
   va_end(args);
   return result;
 }
@@ -223,11 +245,13 @@ int maapi_set_elem(int sock, int thandle, confd_value_t* v, const char* fmt,
   int result = MaapiCall(
       "maapi_set_elem", sock, thandle, fmt, args,
       [&](Call&, Scope& scope, const store::Target& target) {
-        if (v == nullptr) throw Error(ErrorCode::kProtoUsage, "no value");
+        RequirePointer(v, "the value");
         Transaction(scope).Set(target, ElementFromC(*v));
         return CONFD_OK;
       },
-      [&] { return v == nullptr ? std::string("none") : Describe(*v); });
+      [&](const Call&, const Scope&) {
+        return v == nullptr ? std::string("NULL") : Describe(*v);
+      });
   va_end(args);
   return result;
 }
@@ -243,7 +267,14 @@ int maapi_set_object(int sock, int thandle, const confd_value_t* values, int n,
           throw Error(ErrorCode::kProtoUsage,
                       std::to_string(n) + " is no number of values");
         }
+        if (n > 0) RequirePointer(values, "the values");
         auto count = static_cast<size_t>(n);
+        // Before the values are looked at: there may be fewer than it says.
+        if (count > target.schema->width) {
+          throw Error(ErrorCode::kProtoUsage,
+                      std::to_string(n) + " values for an entry that takes " +
+                          std::to_string(target.schema->width));
+        }
         std::vector<store::NewElement> elements;
         elements.reserve(count);
         for (size_t i = 0; i < count; ++i) {
@@ -252,9 +283,9 @@ int maapi_set_object(int sock, int thandle, const confd_value_t* values, int n,
         Transaction(scope).SetObject(target, std::move(elements));
         return CONFD_OK;
       },
-      [&] {
+      [&](const Call& call, const Scope& scope) {
         return "n " + std::to_string(n) + " " +
-               Describe(values, static_cast<size_t>(n < 0 ? 0 : n));
+               Describe(values, ReadableValues(call, scope, values, n));
       });
   va_end(args);
   return result;
@@ -278,6 +309,7 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc,
   int result =
       MaapiCall("maapi_init_cursor", sock, thandle, fmt, args,
                 [&](Call& call, Scope& scope, const store::Target& target) {
+                  RequirePointer(mc, "the cursor");
                   store::Data::ListOf(target);  // it must be a list
                   auto cursor = std::make_unique<store::Cursor>();
                   cursor->list_path = keypath::Parse(call.path());
@@ -298,16 +330,23 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc,
 }
 
 int maapi_get_next(struct maapi_cursor* mc) {
-  return CursorCall("maapi_get_next", mc,
-                    [&](Call& call, Scope& scope, store::Cursor& cursor) {
-                      if (cursor.ended) {
-                        mc->n = 0;
-                        return CONFD_OK;
-                      }
-                      std::vector<store::Value> from;
-                      if (cursor.started) from = cursor.keys;
-                      return MoveCursor(call, scope, cursor, from, false, *mc);
-                    });
+  return CursorCall(
+      "maapi_get_next", mc,
+      [&](Call& call, Scope& scope, store::Cursor& cursor) {
+        if (cursor.ended) {
+          mc->n = 0;
+          return CONFD_OK;
+        }
+        const store::List* list = ListOf(scope, cursor);
+        const store::Node* entry = nullptr;
+        if (list != nullptr) {
+          entry = cursor.started
+                      ? list->After({cursor.keys.data(), cursor.keys.size()},
+                                    cursor.place)
+                      : list->First();
+        }
+        return MoveCursor(call, cursor, entry, *mc);
+      });
 }
 
 int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
@@ -323,17 +362,29 @@ int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
                       std::to_string(n_inkeys) + " keys for a list with " +
                           std::to_string(list.key_count));
         }
+        if (n_inkeys > 0) RequirePointer(inkeys, "the keys");
+        if (type != CONFD_FIND_NEXT && type != CONFD_FIND_SAME_OR_NEXT) {
+          throw Error(ErrorCode::kProtoUsage,
+                      std::to_string(type) + " is no way to find an entry");
+        }
         auto count = static_cast<size_t>(n_inkeys);
         call.Input([&] {
           return std::string(type == CONFD_FIND_NEXT ? "after " : "from ") +
                  Describe(inkeys, count);
         });
         std::vector<store::Value> from;
+        from.reserve(count);
         for (size_t i = 0; i < count; ++i) {
           from.push_back(list.children[i]->type->Check(FromC(inkeys[i])));
         }
-        return MoveCursor(call, scope, cursor, from,
-                          type == CONFD_FIND_SAME_OR_NEXT, *mc);
+        const store::List* entries = ListOf(scope, cursor);
+        const store::Node* entry = nullptr;
+        if (entries != nullptr) {
+          entry = from.empty() ? entries->First()
+                               : entries->Next({from.data(), from.size()},
+                                               type == CONFD_FIND_SAME_OR_NEXT);
+        }
+        return MoveCursor(call, cursor, entry, *mc);
       });
 }
 

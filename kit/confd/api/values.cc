@@ -91,8 +91,18 @@ confd_buf_t CopyBytes(std::string_view bytes) {
 }
 
 std::string_view BytesOf(const confd_value_t& value) {
+  if (value.val.c_buf.ptr == nullptr) return {};
   return {reinterpret_cast<const char*>(value.val.c_buf.ptr),
           value.val.c_buf.size};
+}
+
+unsigned int ListSize(const confd_value_t& value) {
+  return value.val.list.ptr == nullptr ? 0 : value.val.list.size;
+}
+
+[[noreturn]] void FailForNull(const char* type) {
+  throw Error(ErrorCode::kBadType,
+              std::string("a ") + type + " value has a NULL pointer");
 }
 
 in_addr ToInAddr(uint64_t host_order) {
@@ -256,6 +266,7 @@ confd_value_t ToC(const Value& value) {
     case ValueType::kBinary:
     case ValueType::kHexstr:
     case ValueType::kBitbig:
+    case ValueType::kObjectRef:
       c.val.buf = CopyBytes(value.text());
       break;
     case ValueType::kEmpty:
@@ -302,6 +313,7 @@ void Release(confd_value_t& value) {
     case C_BINARY:
     case C_HEXSTR:
     case C_BITBIG:
+    case C_OBJECTREF:
       std::free(value.val.buf.ptr);
       value.val.buf = {0, nullptr};
       break;
@@ -311,7 +323,7 @@ void Release(confd_value_t& value) {
       value.val.qname = {};
       break;
     case C_LIST:
-      for (unsigned int i = 0; i < value.val.list.size; ++i) {
+      for (unsigned int i = 0; i < ListSize(value); ++i) {
         Release(value.val.list.ptr[i]);
       }
       std::free(value.val.list.ptr);
@@ -376,13 +388,16 @@ Value FromC(const confd_value_t& value) {
     case C_DATETIME:
       return Value::Text(type, PrintDatetime(value.val.datetime));
     case C_STR:
-      if (value.val.c_s == nullptr) break;
+      if (value.val.c_s == nullptr) FailForNull("C_STR");
       return Value::Text(ValueType::kBuf, value.val.c_s);
     case C_BUF:
     case C_BINARY:
     case C_HEXSTR:
     case C_BITBIG:
-      if (value.val.c_buf.ptr == nullptr && value.val.c_buf.size != 0) break;
+    case C_OBJECTREF:
+      if (value.val.c_buf.ptr == nullptr && value.val.c_buf.size != 0) {
+        FailForNull(store::TypeName(type));
+      }
       return Value::Text(type, BytesOf(value));
     case C_EMPTY:
       return Value::Number(type, 0);
@@ -400,6 +415,7 @@ NewElement ElementFromC(const confd_value_t& value) {
     element.is_container = true;
   } else if (value.type == C_LIST) {
     element.items.emplace();
+    if (ListSize(value) != value.val.list.size) FailForNull("C_LIST");
     for (unsigned int i = 0; i < value.val.list.size; ++i) {
       element.items->push_back(FromC(value.val.list.ptr[i]));
     }
@@ -410,8 +426,9 @@ NewElement ElementFromC(const confd_value_t& value) {
 }
 
 std::string Describe(const confd_value_t& value) {
-  std::string text = value.type == C_STR
-                         ? "C_STR"
+  std::string text = value.type == C_STR ? "C_STR"
+                     : value.type > C_MAXTYPE
+                         ? "C_?"
                          : store::TypeName(static_cast<ValueType>(value.type));
   switch (value.type) {
     case C_NOEXISTS:
@@ -419,12 +436,13 @@ std::string Describe(const confd_value_t& value) {
     case C_XMLTAG:
       return text;
     case C_LIST:
-      return text + " [" + Describe(value.val.list.ptr, value.val.list.size) +
-             "]";
+      return text + " [" + Describe(value.val.list.ptr, ListSize(value)) + "]";
     case C_BUF:
+    case C_OBJECTREF:
       return text + " " + Quote(BytesOf(value));
     case C_STR:
-      return text + " " + Quote(value.val.c_s);
+      return text + " " +
+             (value.val.c_s == nullptr ? "NULL" : Quote(value.val.c_s));
     case C_DATETIME:
       return text + " " + PrintDatetime(value.val.datetime);
     default:

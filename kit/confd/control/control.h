@@ -151,11 +151,11 @@ class KIT_CONTROL_EXPORT Observer {
 KIT_CONTROL_EXPORT void SetObserver(Observer* observer);
 
 // One line for people and golden files:
-// `maapi_set_elem "/a/b{1}/c" C_UINT32 1 -> 0`.
+// `maapi_set_elem /a/b{1}/c C_UINT32 1 -> 0`.
 KIT_CONTROL_EXPORT std::string ToString(const Call& call);
 
 // Overwrites the value in one slot of what a call hands out (element of a
-// value array, the value read, or a cursor's key).
+// value array, the value that maapi_get_elem reads, or a cursor's key).
 struct Substitute {
   size_t slot;
   int tag;        // a C_* type number of a fixed-size type

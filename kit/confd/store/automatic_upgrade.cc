@@ -26,11 +26,6 @@ const SchemaNode* Counterpart(const SchemaNode& node,
   return nullptr;
 }
 
-bool IsContainer(const SchemaNode& node) {
-  return node.kind == NodeKind::kContainer ||
-         node.kind == NodeKind::kPresenceContainer;
-}
-
 std::optional<Value> Convert(const Value& value, const SchemaNode& from,
                              const SchemaNode& to) {
   try {
@@ -95,7 +90,7 @@ void CarryOverList(const Node& from, const SchemaNode& old_list, Node& to,
   const List* list = from.ListAt(old_list);
   if (list == nullptr) return;
   for (const Node* entry = list->First(); entry != nullptr;
-       entry = list->Next(entry->Keys(), false)) {
+       entry = list->After(entry->Keys(), entry->place)) {
     auto keys = ConvertKeys(*entry, new_list);
     if (!keys) continue;
     auto [node, is_new] = to.MakeList(new_list).Insert(std::move(*keys));
@@ -108,12 +103,12 @@ void CarryOver(const Node& from, Node& to) {
     if (child->is_key()) continue;
     const SchemaNode* old_child = Counterpart(*child, *from.schema);
     if (old_child == nullptr) continue;
-    if (IsContainer(*child) && IsContainer(*old_child)) {
+    if (child->IsContainer() && old_child->IsContainer()) {
       const Node* container = from.Container(*old_child);
       if (container != nullptr && from.IsSet(*old_child)) {
         CarryOver(*container, to.MakeContainer(*child));
       }
-    } else if (child->kind != old_child->kind || old_child->is_key()) {
+    } else if (child->kind != old_child->kind) {
       continue;
     } else if (child->kind == NodeKind::kLeaf) {
       CarryOverLeaf(from, *old_child, to, *child);

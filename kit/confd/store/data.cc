@@ -62,26 +62,36 @@ class ObjectWriter {
   explicit ObjectWriter(std::vector<NewElement>& elements)
       : elements_(elements) {}
 
-  void Check(const SchemaNode& schema) {
+  // `entry` is null where it is yet to be created.
+  void Check(const SchemaNode& schema, Node* entry) {
+    writes_ = false;
     next_ = schema.key_count;
-    Walk(schema, nullptr);
+    Walk(schema, entry);
+    for (; next_ < elements_.size(); ++next_) {
+      const NewElement& left = elements_[next_];
+      if (left.value || left.items || left.is_container) {
+        Fail(ErrorCode::kProtoUsage, "value " + std::to_string(next_) +
+                                         " of the array stands behind the "
+                                         "entry's last node");
+      }
+    }
   }
   void Write(Node& entry) {
+    writes_ = true;
     next_ = entry.schema->key_count;
     Walk(*entry.schema, &entry);
   }
 
  private:
-  // `node` is null while checking.
   void Walk(const SchemaNode& schema, Node* node) {
     for (size_t i = schema.key_count;
          i < schema.children.size() && next_ < elements_.size(); ++i) {
       const SchemaNode& child = *schema.children[i];
       NewElement& element = elements_[next_++];
-      if (node == nullptr) {
-        CheckElement(child, element);
-      } else {
+      if (writes_) {
         WriteElement(child, element, *node);
+      } else {
+        CheckElement(child, element, node);
       }
       if (element.is_container) {
         Walk(child, node == nullptr ? nullptr : node->Container(child));
@@ -89,15 +99,14 @@ class ObjectWriter {
     }
   }
 
-  void CheckElement(const SchemaNode& child, NewElement& element) const {
+  void CheckElement(const SchemaNode& child, NewElement& element,
+                    const Node* node) const {
     bool is_leaf = child.kind == NodeKind::kLeaf;
     bool is_leaf_list = child.kind == NodeKind::kLeafList;
     bool is_container = child.kind == NodeKind::kContainer;
-    bool may_be_container =
-        is_container || child.kind == NodeKind::kPresenceContainer;
     // A list inside takes one empty element and is written by itself.
     if ((element.value && !is_leaf) || (element.items && !is_leaf_list) ||
-        (element.is_container && !may_be_container) ||
+        (element.is_container && !child.IsContainer()) ||
         (is_container && !element.is_container)) {
       Fail(ErrorCode::kBadType, "value " + std::to_string(next_ - 1) +
                                     " of the array does not fit the node \"" +
@@ -105,6 +114,12 @@ class ObjectWriter {
     }
     if (element.value) element.value = Checked(child, *element.value);
     if (element.items) element.items = Checked(child, *element.items);
+    bool deletes = !element.value && !element.items && !element.is_container;
+    if (deletes && child.mandatory && node != nullptr && node->IsSet(child)) {
+      Fail(ErrorCode::kNotDeletable, "value " + std::to_string(next_ - 1) +
+                                         " of the array deletes \"" +
+                                         child.name + "\", which is mandatory");
+    }
   }
 
   static void WriteElement(const SchemaNode& child, NewElement& element,
@@ -121,12 +136,14 @@ class ObjectWriter {
   }
 
   std::vector<NewElement>& elements_;
+  bool writes_ = false;
   size_t next_ = 0;
 };
 
 void RequireHolder(const Target& target) {
   if (target.holder == nullptr) {
-    Fail(ErrorCode::kNoExists, "the entry above it does not exist");
+    Fail(ErrorCode::kNoExists,
+         "a list entry or presence container above it does not exist");
   }
 }
 
@@ -135,16 +152,17 @@ void RequireHolder(const Target& target) {
 std::vector<Value> Data::ParseKeys(const SchemaNode& list,
                                    const std::vector<std::string>& keys) const {
   if (keys.size() != list.key_count) {
-    Fail(ErrorCode::kBadPath,
-         "list " + list.Path() + " has " + store::Count(list.key_count, "key") +
-             ", the path gives " + std::to_string(keys.size()));
+    Fail(ErrorCode::kBadPath, "list \"" + list.name + "\" has " +
+                                  store::Count(list.key_count, "key") +
+                                  ", the path gives " +
+                                  std::to_string(keys.size()));
   }
   std::vector<Value> values;
   values.reserve(keys.size());
   for (size_t i = 0; i < keys.size(); ++i) {
     const SchemaNode& key = *list.children[i];
     try {
-      values.push_back(key.type->Parse(keys[i]));
+      values.push_back(key.type->ParseKey(keys[i]));
     } catch (const Error& error) {
       Fail(ErrorCode::kBadPath, "key \"" + key.name + "\": " + error.what());
     }
@@ -159,24 +177,23 @@ Target Data::Find(const keypath::Path& path, const PathRules& rules) const {
   for (const keypath::Step& step : path.steps) {
     const SchemaNode& parent = *target.schema;
     if (parent.kind == NodeKind::kList && !target.is_entry) {
-      Fail(ErrorCode::kBadPath, "list " + parent.Path() +
-                                    " needs its keys before \"" + step.name +
+      Fail(ErrorCode::kBadPath, "list \"" + parent.name +
+                                    "\" needs its keys before \"" + step.name +
                                     "\"");
     }
     if (IsLeafKind(parent)) {
-      Fail(ErrorCode::kBadPath, parent.Path() + " is a leaf, nothing is below");
+      Fail(ErrorCode::kBadPath,
+           "\"" + parent.name + "\" is a leaf, nothing is below");
     }
-    const SchemaNode& child = schema_->Child(
-        parent, step.prefix, step.name,
-        parent.kind == NodeKind::kRoot || step.prefix.empty() ? rules.selected
-                                                              : nullptr);
+    const SchemaNode& child =
+        schema_->Child(parent, step.prefix, step.name, rules.selected);
     target.schema = &child;
     target.holder = current;
     target.keys.clear();
     target.entry = nullptr;
     target.is_entry = step.selector != keypath::Selector::kNone;
     if (target.is_entry && child.kind != NodeKind::kList) {
-      Fail(ErrorCode::kBadPath, child.Path() + " is not a list");
+      Fail(ErrorCode::kBadPath, "\"" + child.name + "\" is not a list");
     }
     if (step.selector == keypath::Selector::kPosition) {
       if (!rules.positions_allowed) {
@@ -196,9 +213,7 @@ Target Data::Find(const keypath::Path& path, const PathRules& rules) const {
         target.entry = list->Find({target.keys.data(), target.keys.size()});
       }
       current = target.entry;
-    } else if (current != nullptr &&
-               (child.kind == NodeKind::kContainer ||
-                child.kind == NodeKind::kPresenceContainer)) {
+    } else if (current != nullptr && child.IsContainer()) {
       current = current->Container(child);
     }
   }
@@ -221,7 +236,7 @@ bool Data::Exists(const Target& target) const {
     case NodeKind::kPresenceContainer:
       return target.holder->Container(schema) != nullptr;
     default:
-      return true;
+      return schema.kind == NodeKind::kContainer;
   }
 }
 
@@ -265,8 +280,7 @@ void Data::ReadObject(const Node& entry, std::vector<Element>& elements) {
 
 std::vector<Element> Data::GetObject(const Target& target) const {
   const SchemaNode& schema = *target.schema;
-  bool is_container = schema.kind == NodeKind::kContainer ||
-                      schema.kind == NodeKind::kPresenceContainer;
+  bool is_container = schema.IsContainer();
   if (!target.is_entry && !is_container) {
     Fail(ErrorCode::kBadPath, "it names neither a list entry nor a container");
   }
@@ -378,7 +392,10 @@ void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
     }
   }
   ObjectWriter writer(elements);
-  writer.Check(schema);
+  List* existing = target.holder->ListAt(schema);
+  writer.Check(schema, existing == nullptr
+                           ? nullptr
+                           : existing->Find({keys.data(), keys.size()}));
   List& list = target.holder->MakeList(schema);
   writer.Write(*list.Insert(std::move(keys)).first);
 }

@@ -44,17 +44,11 @@ class Comparison {
     return node == nullptr ? nullptr : node->Container(schema);
   }
 
-  static std::string Name(const SchemaNode& node) {
-    bool other_module =
-        node.parent->module != nullptr && node.module != node.parent->module;
-    return other_module ? node.module->prefix + ":" + node.name : node.name;
-  }
-
   static void Leaves(const SchemaNode& schema, const Node* before,
                      const Node* after, const std::string& prefix,
                      std::vector<LeafDifference>& leaves) {
     for (const auto& child : schema.children) {
-      std::string name = prefix + Name(*child);
+      std::string name = prefix + child->PathName();
       if (child->kind == NodeKind::kLeaf ||
           child->kind == NodeKind::kLeafList) {
         if (child->is_key()) continue;
@@ -64,8 +58,7 @@ class Comparison {
           leaves.push_back(
               {std::move(name), std::move(old_text), std::move(new_text)});
         }
-      } else if (child->kind == NodeKind::kContainer ||
-                 child->kind == NodeKind::kPresenceContainer) {
+      } else if (child->IsContainer()) {
         const Node* old_container = ContainerOf(before, *child);
         const Node* new_container = ContainerOf(after, *child);
         if (child->kind == NodeKind::kPresenceContainer &&
@@ -84,13 +77,12 @@ class Comparison {
   void Lists(const SchemaNode& schema, const Node* before, const Node* after,
              const std::string& path) {
     for (const auto& child : schema.children) {
-      std::string child_path = path + "/" + Name(*child);
+      std::string child_path = path + "/" + child->PathName();
       if (child->kind == NodeKind::kList) {
         ListEntries(before == nullptr ? nullptr : before->ListAt(*child),
                     after == nullptr ? nullptr : after->ListAt(*child),
                     child_path);
-      } else if (child->kind == NodeKind::kContainer ||
-                 child->kind == NodeKind::kPresenceContainer) {
+      } else if (child->IsContainer()) {
         const Node* old_container = ContainerOf(before, *child);
         const Node* new_container = ContainerOf(after, *child);
         if (old_container != nullptr || new_container != nullptr) {

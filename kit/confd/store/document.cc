@@ -2,7 +2,9 @@
 
 #include <libyang/libyang.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -50,6 +52,17 @@ Place PlaceOf(const ly_err_item& error) {
   return place;
 }
 
+// The first error; warnings may stand before it. Null without one.
+const ly_err_item* FirstError(const ly_ctx* context) {
+  const ly_err_item* error = ly_err_first(context);
+  while (error != nullptr && error->level != LY_LLERR) error = error->next;
+  return error;
+}
+
+std::string ReasonOf(const ly_err_item& error) {
+  return error.msg != nullptr ? error.msg : "it is invalid";
+}
+
 // ---- libyang's tree into ours ---------------------------------------------
 
 const SchemaNode* SchemaOf(const SchemaNode& parent, const lyd_node* node) {
@@ -63,6 +76,17 @@ const SchemaNode* SchemaOf(const SchemaNode& parent, const lyd_node* node) {
 
 void Import(const lyd_node* first, Node& parent);
 
+// libyang's tree knows no lines any more.
+Value ImportValue(const SchemaNode& schema, const lyd_node* node) {
+  try {
+    return schema.type->Parse(lyd_get_value(node));
+  } catch (const Error& error) {
+    std::unique_ptr<char, void (*)(void*)> path(
+        lyd_path(node, LYD_PATH_STD, nullptr, 0), std::free);
+    throw DocumentError(0, path ? path.get() : "", error.what());
+  }
+}
+
 void ImportNode(const lyd_node* node, const SchemaNode& schema, Node& parent) {
   switch (schema.kind) {
     case NodeKind::kContainer:
@@ -73,22 +97,18 @@ void ImportNode(const lyd_node* node, const SchemaNode& schema, Node& parent) {
       std::vector<Value> keys;
       const lyd_node* child = lyd_child(node);
       for (size_t i = 0; i < schema.key_count; ++i, child = child->next) {
-        keys.push_back(schema.children[i]->type->Parse(lyd_get_value(child)));
+        keys.push_back(ImportValue(*schema.children[i], child));
       }
       Node* entry = parent.MakeList(schema).Insert(std::move(keys)).first;
       Import(child, *entry);
       return;
     }
     case NodeKind::kLeaf:
-      parent.SetLeaf(schema, schema.type->Parse(lyd_get_value(node)));
+      parent.SetLeaf(schema, ImportValue(schema, node));
       return;
-    case NodeKind::kLeafList: {
-      std::vector<Value> values;
-      if (parent.IsSet(schema)) values = *parent.LeafListValues(schema);
-      values.push_back(schema.type->Parse(lyd_get_value(node)));
-      parent.SetLeafList(schema, std::move(values));
+    case NodeKind::kLeafList:
+      parent.AddToLeafList(schema, ImportValue(schema, node));
       return;
-    }
     default:
       return;
   }
@@ -169,7 +189,7 @@ class Exporter {
       }
       case NodeKind::kList:
         for (const Node* entry = node.ListAt(schema)->First(); entry != nullptr;
-             entry = node.ListAt(schema)->Next(entry->Keys(), false)) {
+             entry = node.ListAt(schema)->After(entry->Keys(), entry->place)) {
           Entry(*entry, out);
         }
         return;
@@ -199,19 +219,99 @@ class Exporter {
   LibyangTree tree_;
 };
 
+bool StartsWith(std::string_view text, std::string_view start) {
+  return text.compare(0, start.size(), start) == 0;
+}
+
+// What a commit checks besides the types, which every write has met already. A
+// must constraint may bring a tag and a message of the model's own.
 ErrorCode CodeOf(const ly_err_item& error) {
   std::string_view tag = error.apptag != nullptr ? error.apptag : "";
   std::string_view message = error.msg != nullptr ? error.msg : "";
   if (tag == "instance-required") return ErrorCode::kBadKeyref;
-  if (tag == "must-violation" ||
-      message.find("Must condition") != std::string_view::npos) {
-    return ErrorCode::kMustFailed;
-  }
   if (tag == "missing-choice" || tag == "too-few-elements" ||
-      message.find("andatory") != std::string_view::npos) {
+      StartsWith(message, "Mandatory ")) {
     return ErrorCode::kNotSet;
   }
-  return ErrorCode::kBadType;
+  bool is_other = tag == "too-many-elements" || tag == "data-not-unique" ||
+                  StartsWith(message, "When condition") ||
+                  StartsWith(message, "Duplicate instance") ||
+                  StartsWith(message, "Data for both cases");
+  if (is_other) return ErrorCode::kBadType;
+  return ErrorCode::kMustFailed;
+}
+
+// libyang says of a missing node only which one of the model it is; this finds
+// where. Empty if nothing is found.
+class MissingNode {
+ public:
+  MissingNode(const lyd_node* tree, std::string schema_path)
+      : tree_(tree), schema_path_(std::move(schema_path)) {}
+
+  std::vector<std::string> Paths(const SchemaNode& root) {
+    Search(root);
+    return std::move(paths_);
+  }
+
+ private:
+  static std::string Owned(char* text) {
+    std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
+    return text != nullptr ? text : "";
+  }
+
+  void Search(const SchemaNode& parent) {
+    for (const auto& child : parent.children) {
+      std::string path =
+          Owned(lysc_path(child->compiled, LYSC_PATH_LOG, nullptr, 0));
+      if (path == schema_path_) {
+        Report(*child);
+      } else if (StartsWith(schema_path_, path + "/")) {
+        Search(*child);
+      }
+    }
+  }
+
+  void Report(const SchemaNode& missing) {
+    std::string own = missing.module->name + ":" + missing.name;
+    if (missing.parent->parent == nullptr) {
+      paths_.push_back("/" + own);
+      return;
+    }
+    std::string holder =
+        Owned(lysc_path(missing.parent->compiled, LYSC_PATH_DATA, nullptr, 0));
+    ly_set* found = nullptr;
+    std::string xpath = holder + "[not(" + own + ")]";
+    if (tree_ == nullptr ||
+        lyd_find_xpath(tree_, xpath.c_str(), &found) != LY_SUCCESS) {
+      return;
+    }
+    for (uint32_t i = 0; i < found->count; ++i) {
+      paths_.push_back(
+          Owned(lyd_path(found->dnodes[i], LYD_PATH_STD, nullptr, 0)) + "/" +
+          (missing.module == missing.parent->module ? missing.name : own));
+    }
+    ly_set_free(found, nullptr);
+  }
+
+  const lyd_node* tree_;
+  const std::string schema_path_;
+  std::vector<std::string> paths_;
+};
+
+// A broken constraint of `tree`, once for each place.
+std::vector<BrokenConstraint> ToBroken(const ly_err_item& error,
+                                       const Schema& schema,
+                                       const lyd_node* tree) {
+  BrokenConstraint broken{CodeOf(error), PlaceOf(error).path, ReasonOf(error)};
+  std::vector<BrokenConstraint> all;
+  if (broken.code == ErrorCode::kNotSet) {
+    for (std::string& path :
+         MissingNode(tree, broken.path).Paths(schema.root())) {
+      all.push_back({broken.code, std::move(path), broken.reason});
+    }
+  }
+  if (all.empty()) all.push_back(std::move(broken));
+  return all;
 }
 
 struct SinkState {
@@ -243,25 +343,40 @@ Envelope ReadDocument(std::string text, Data& data) {
   }
   ly_ctx* context = data.schema().context();
   ly_err_clean(context, nullptr);
-  bool is_blank = text.find_first_not_of(" \t\r\n") == std::string::npos;
-  lyd_node* parsed = nullptr;
-  LY_ERR result = LY_SUCCESS;
-  if (is_blank) {
-    result = lyd_validate_all(&parsed, context, LYD_VALIDATE_NO_STATE, nullptr);
-  } else {
-    result = lyd_parse_data_mem(
-        context, text.c_str(),
-        envelope->syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
-        LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, LYD_VALIDATE_NO_STATE, &parsed);
-  }
-  LibyangTree tree(parsed);
+  // libyang counts blank lines at the beginning twice.
+  size_t begin = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+  auto skipped = static_cast<uint64_t>(std::count(
+      text.begin(), text.begin() + static_cast<ptrdiff_t>(begin), '\n'));
+  bool is_blank = begin == text.size();
+  auto parse = [&](uint32_t options) {
+    lyd_node* parsed = nullptr;
+    LY_ERR result =
+        is_blank
+            ? lyd_validate_all(&parsed, context, LYD_VALIDATE_NO_STATE, nullptr)
+            : lyd_parse_data_mem(
+                  context, text.c_str() + begin,
+                  envelope->syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
+                  options | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE,
+                  LYD_VALIDATE_NO_STATE, &parsed);
+    return std::make_pair(result, LibyangTree(parsed));
+  };
+  auto [result, tree] = parse(0);
   if (result != LY_SUCCESS) {
-    const ly_err_item* error = ly_err_first(context);
+    const ly_err_item* error = FirstError(context);
     if (error == nullptr) {
       throw DocumentError(0, "", "libyang can't parse it");
     }
     Place place = PlaceOf(*error);
-    std::string reason = error->msg != nullptr ? error->msg : "it is invalid";
+    std::string reason = ReasonOf(*error);
+    if (place.line > 0) place.line += skipped;
+    if (place.line == 0 && CodeOf(*error) == ErrorCode::kNotSet) {
+      // Only the model's node is known: find the place in the data.
+      ly_err_clean(context, nullptr);
+      LibyangTree unchecked = parse(LYD_PARSE_ONLY).second;
+      auto paths =
+          MissingNode(unchecked.get(), place.path).Paths(data.schema().root());
+      if (!paths.empty()) place.path = paths.front();
+    }
     ly_err_clean(context, nullptr);
     throw DocumentError(place.line, place.path, reason);
   }
@@ -282,8 +397,9 @@ std::vector<BrokenConstraint> ValidateData(const Data& data) {
   for (const ly_err_item* error = ly_err_first(context); error != nullptr;
        error = error->next) {
     if (error->level != LY_LLERR) continue;
-    broken.push_back({CodeOf(*error), PlaceOf(*error).path,
-                      error->msg != nullptr ? error->msg : "it is invalid"});
+    for (BrokenConstraint& one : ToBroken(*error, data.schema(), tree)) {
+      broken.push_back(std::move(one));
+    }
   }
   ly_err_clean(context, nullptr);
   if (broken.empty()) {

@@ -1,7 +1,7 @@
 #include "kit/confd/store/envelope.h"
 
 #include <algorithm>
-#include <cstring>
+#include <map>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -40,7 +40,6 @@ void BlankOut(std::string& text, size_t begin, size_t end) {
 struct Attribute {
   std::string_view name;
   std::string_view value;
-  std::string_view source;  // name, '=' and quoted value
 };
 
 struct Tag {
@@ -92,8 +91,7 @@ class TagScanner {
       size_t close = text_.find(text_[quote], quote + 1);
       std::string_view name = text_.substr(at, equals - at);
       name = name.substr(0, name.find_last_not_of(kBlanks) + 1);
-      attributes.push_back({name, text_.substr(quote + 1, close - quote - 1),
-                            text_.substr(at, close + 1 - at)});
+      attributes.push_back({name, text_.substr(quote + 1, close - quote - 1)});
       at = close + 1;
     }
     return attributes;
@@ -149,51 +147,68 @@ class TagScanner {
   size_t at_ = 0;
 };
 
-struct WrapperTag {
-  Tag tag;
-  Wrapping wrapping;
-  std::vector<std::string> declarations;  // xmlns:p="..."
-};
+// Namespace declarations in scope: prefix ("" for the default) to namespace.
+using Namespaces = std::map<std::string_view, std::string_view>;
 
-// What wraps the document, if its first element is a wrapper.
-std::optional<WrapperTag> AsWrapper(const TagScanner& scanner, const Tag& tag,
-                                    Wrapping inherited) {
-  size_t colon = tag.name.find(':');
-  std::string_view local =
-      tag.name.substr(colon == std::string_view::npos ? 0 : colon + 1);
-  std::string own_declaration = "xmlns";
-  if (colon != std::string_view::npos) {
-    own_declaration += ":" + std::string(tag.name.substr(0, colon));
-  }
-  WrapperTag wrapper{tag, inherited, {}};
+// The prefix that an attribute declares; nothing for an ordinary attribute.
+std::optional<std::string_view> DeclaredPrefix(std::string_view attribute) {
+  constexpr std::string_view kPrefixed = "xmlns:";
+  if (attribute == "xmlns") return "";
+  if (attribute.substr(0, kPrefixed.size()) != kPrefixed) return std::nullopt;
+  return attribute.substr(kPrefixed.size());
+}
+
+// What wraps the document's data, if the element does. Adds what it declares.
+std::optional<Wrapping> AsWrapper(const TagScanner& scanner, const Tag& tag,
+                                  Namespaces& in_scope) {
+  Namespaces inner = in_scope;
   for (const Attribute& attribute : scanner.Attributes(tag)) {
-    if (attribute.name == own_declaration) {
-      wrapper.wrapping = attribute.value == kConfigNamespace ? Wrapping::kConfig
-                         : attribute.value == kNetconfNamespace
-                             ? Wrapping::kNetconf
-                             : Wrapping::kNone;
-    }
-    if (attribute.name.substr(0, 6) == "xmlns:") {
-      wrapper.declarations.emplace_back(attribute.source);
+    if (auto prefix = DeclaredPrefix(attribute.name)) {
+      inner[*prefix] = attribute.value;
     }
   }
-  bool fits = false;
-  if (wrapper.wrapping == Wrapping::kConfig) {
-    fits = local == "config";
-  } else if (wrapper.wrapping == Wrapping::kNetconf) {
-    fits = local == "rpc-reply" || local == "data" || local == "config";
+  size_t colon = std::min(tag.name.find(':'), tag.name.size());
+  bool prefixed = colon < tag.name.size();
+  std::string_view prefix = prefixed ? tag.name.substr(0, colon) : "";
+  std::string_view local = prefixed ? tag.name.substr(colon + 1) : tag.name;
+  auto ns = inner.find(prefix);
+  if (ns == inner.end()) return std::nullopt;
+  std::optional<Wrapping> wrapping;
+  if (ns->second == kConfigNamespace && local == "config") {
+    wrapping = Wrapping::kConfig;
+  } else if (ns->second == kNetconfNamespace &&
+             (local == "rpc-reply" || local == "data" || local == "config")) {
+    wrapping = Wrapping::kNetconf;
   }
-  if (!fits) return std::nullopt;
-  return wrapper;
+  if (wrapping) in_scope = std::move(inner);
+  return wrapping;
+}
+
+// What the wrappers declared and the element itself does not.
+std::string MissingDeclarations(const TagScanner& scanner, const Tag& tag,
+                                Namespaces in_scope) {
+  for (const Attribute& attribute : scanner.Attributes(tag)) {
+    if (auto prefix = DeclaredPrefix(attribute.name)) in_scope.erase(*prefix);
+  }
+  std::string text;
+  for (const auto& [prefix, ns] : in_scope) {
+    if (ns == kConfigNamespace || ns == kNetconfNamespace) continue;
+    char quote = ns.find('"') == std::string_view::npos ? '"' : '\'';
+    text += prefix.empty() ? " xmlns=" : " xmlns:" + std::string(prefix) + "=";
+    text += quote + std::string(ns) + quote;
+  }
+  return text;
 }
 
 Wrapping UnwrapXml(std::string& text) {
   std::string_view view = text;
   TagScanner scanner(view);
   std::vector<std::string_view> open;  // names of open elements
-  std::vector<WrapperTag> wrappers;
+  size_t wrappers = 0;                 // how many of the first of them wrap
+  Wrapping wrapping = Wrapping::kNone;
+  Namespaces in_scope;
   std::vector<std::pair<size_t, size_t>> blanks;  // tags to overwrite
-  std::vector<size_t> insertions;  // where the top elements' names end
+  std::vector<std::pair<size_t, std::string>> insertions;
   bool wrapping_ended = false;
   size_t elements = 0;
 
@@ -205,28 +220,34 @@ Wrapping UnwrapXml(std::string& text) {
                  (open.empty() ? "nothing"
                                : "<" + std::string(open.back()) + ">"));
       }
-      if (open.size() <= wrappers.size()) {
+      if (open.size() <= wrappers) {
         blanks.emplace_back(tag->begin, tag->end);
+        wrapping_ended = true;
+        wrappers = open.size() - 1;
       }
       open.pop_back();
       continue;
     }
     ++elements;
-    if (!wrapping_ended && open.size() == wrappers.size()) {
-      Wrapping inherited =
-          wrappers.empty() ? Wrapping::kNone : wrappers.back().wrapping;
-      if (auto wrapper = AsWrapper(scanner, *tag, inherited)) {
+    if (!wrapping_ended) {
+      if (auto wrapper = AsWrapper(scanner, *tag, in_scope)) {
+        if (wrapping == Wrapping::kNone) wrapping = *wrapper;
         blanks.emplace_back(tag->begin, tag->end);
-        wrappers.push_back(*wrapper);
-        if (tag->kind == Tag::Kind::kEmpty) break;
-        open.push_back(tag->name);
+        if (tag->kind == Tag::Kind::kEmpty) {
+          wrapping_ended = true;
+        } else {
+          open.push_back(tag->name);
+          ++wrappers;
+        }
         continue;
       }
       wrapping_ended = true;
     }
-    if (open.size() == wrappers.size()) {
-      insertions.push_back(static_cast<size_t>(tag->name.data() - view.data()) +
-                           tag->name.size());
+    if (open.size() == wrappers) {
+      size_t name_end = static_cast<size_t>(tag->name.data() - view.data()) +
+                        tag->name.size();
+      insertions.emplace_back(name_end,
+                              MissingDeclarations(scanner, *tag, in_scope));
     }
     if (tag->kind == Tag::Kind::kOpen) {
       open.push_back(tag->name);
@@ -237,33 +258,16 @@ Wrapping UnwrapXml(std::string& text) {
       }
     }
   }
-  if (!open.empty() && wrappers.empty() == false &&
-      wrappers.back().tag.kind == Tag::Kind::kEmpty) {
-    // <data/> inside a reply: what closes the reply was not read.
-    while (auto tag = scanner.Next()) {
-      blanks.emplace_back(tag->begin, tag->end);
-    }
-    open.clear();
-  }
   if (!open.empty()) {
     Fail(view, view.size(),
          "the document ends before </" + std::string(open.back()) + ">");
   }
   if (elements == 0) Fail(view, 0, "there is no XML element in it");
 
-  std::string declarations;
-  for (const WrapperTag& wrapper : wrappers) {
-    for (const std::string& declaration : wrapper.declarations) {
-      declarations += " " + declaration;
-    }
-  }
-  Wrapping wrapping =
-      wrappers.empty() ? Wrapping::kNone : wrappers.front().wrapping;
+  // The views end here: the text changes.
   for (const auto& [begin, end] : blanks) BlankOut(text, begin, end);
-  if (!declarations.empty()) {
-    for (auto it = insertions.rbegin(); it != insertions.rend(); ++it) {
-      text.insert(*it, declarations);
-    }
+  for (auto it = insertions.rbegin(); it != insertions.rend(); ++it) {
+    if (!it->second.empty()) text.insert(it->first, it->second);
   }
   return wrapping;
 }
@@ -292,6 +296,11 @@ void CheckJsonNesting(std::string_view text) {
         Fail(text, i, std::string("'") + c + "' closes nothing");
       }
       open.pop_back();
+      // libyang would not read on.
+      size_t rest = text.find_first_not_of(kBlanks, i + 1);
+      if (open.empty() && rest != std::string_view::npos) {
+        Fail(text, rest, "there is more text behind the JSON object");
+      }
     }
   }
   if (in_string) Fail(text, text.size(), "the document ends inside a string");

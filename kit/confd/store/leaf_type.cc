@@ -82,7 +82,17 @@ std::optional<Value> ParseIpv4Value(ValueType type, std::string_view text) {
   }
   auto address = ParseIpv4(text);
   if (!address) return std::nullopt;
+  if (type == ValueType::kIpv4Prefix) {
+    *address &= static_cast<uint32_t>(~(~uint64_t{0} >> 32 >> length));
+  }
   return Value::Number(type, *address, length);
+}
+
+// Clears the bits behind the first `length` of an address's 16 bytes.
+void MaskIpv6(std::string& bytes, uint8_t length) {
+  for (size_t bit = length; bit < kIpv6Bits; ++bit) {
+    bytes[bit / 8] = static_cast<char>(bytes[bit / 8] & ~(0x80 >> bit % 8));
+  }
 }
 
 std::optional<Value> ParseIpv6Value(ValueType type, std::string_view text) {
@@ -94,6 +104,7 @@ std::optional<Value> ParseIpv6Value(ValueType type, std::string_view text) {
   }
   auto address = ParseIpv6(text);
   if (!address) return std::nullopt;
+  if (type == ValueType::kIpv6Prefix) MaskIpv6(*address, length);
   return Value::Text(type, *address, length);
 }
 
@@ -105,6 +116,91 @@ std::optional<Value> TextValue(ValueType type,
 
 uint64_t IdentityBits(uint32_t ns, uint32_t id) {
   return uint64_t{ns} << 32 | id;
+}
+
+const lysc_type* CompiledType(const lysc_node* node) {
+  return node->nodetype == LYS_LEAF
+             ? reinterpret_cast<const lysc_node_leaf*>(node)->type
+             : reinterpret_cast<const lysc_node_leaflist*>(node)->type;
+}
+
+// The type as written, null where the parsed model is not at hand.
+const lysp_type* ParsedType(const lysc_node* node) {
+  if (node->priv == nullptr) return nullptr;
+  return node->nodetype == LYS_LEAF
+             ? &static_cast<const lysp_node_leaf*>(node->priv)->type
+             : &static_cast<const lysp_node_leaflist*>(node->priv)->type;
+}
+
+const lysp_node* Scope(const lysc_node* node) {
+  return static_cast<const lysp_node*>(node->priv);
+}
+
+const lysc_type* RealType(const lysc_type* type) {
+  return type->basetype == LY_TYPE_LEAFREF
+             ? reinterpret_cast<const lysc_type_leafref*>(type)->realtype
+             : type;
+}
+
+// The leaf that a leafref used at `node` points to; null if it can't be told.
+const lysc_node* LeafrefTarget(const lysc_node* node,
+                               const lysc_type_leafref* type) {
+  ly_set* atoms = nullptr;
+  if (lys_find_expr_atoms(node, node->module, type->path, type->prefixes, 0,
+                          &atoms) != LY_SUCCESS) {
+    return nullptr;
+  }
+  // The path's last step comes last; predicates may name other leaves.
+  const lysc_node* target = nullptr;
+  for (uint32_t i = 0; i < atoms->count; ++i) {
+    const lysc_node* atom = atoms->snodes[i];
+    if (atom != node && (atom->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0 &&
+        RealType(CompiledType(atom)) == type->realtype) {
+      target = atom;
+    }
+  }
+  ly_set_free(atoms, nullptr);
+  return target;
+}
+
+struct TypeUse {
+  const lysp_type* type;
+  const lysp_node* scope;
+};
+
+// The members of a union as written, those of unions inside it in their place,
+// as libyang compiles them.
+void FlattenUnion(const lysp_type* type, const lysp_node* scope,
+                  std::vector<TypeUse>& members) {
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(type->types, i) {
+    TypedefChain chain = FollowTypedefs(&type->types[i], scope);
+    if (chain.last->types != nullptr) {
+      FlattenUnion(chain.last, chain.scope, members);
+    } else {
+      members.push_back({&type->types[i], scope});
+    }
+  }
+}
+
+// A text for a message, whatever it holds.
+std::string Excerpt(std::string_view text) {
+  constexpr size_t kLongest = 200;
+  std::string excerpt = "\"";
+  for (char c : text.substr(0, kLongest)) {
+    excerpt += static_cast<uint8_t>(c) < ' ' ? '?' : c;
+  }
+  return excerpt + (text.size() > kLongest ? "...\"" : "\"");
+}
+
+// "7:9", as an identity's hashes stand in a key.
+std::optional<uint64_t> ParsePair(std::string_view text) {
+  size_t colon = text.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  auto ns = ParseNumber<uint32_t>(text.substr(0, colon));
+  auto id = ParseNumber<uint32_t>(text.substr(colon + 1));
+  if (!ns || !id) return std::nullopt;
+  return IdentityBits(*ns, *id);
 }
 
 }  // namespace
@@ -124,32 +220,28 @@ void LeafType::Names::Add(std::string name, int64_t number) {
 }
 
 LeafType::LeafType(const lysc_node* node, const NamespaceHashes& hashes) {
-  const auto* scope = static_cast<const lysp_node*>(node->priv);
-  bool is_leaf = node->nodetype == LYS_LEAF;
-  const lysc_type* compiled =
-      is_leaf ? reinterpret_cast<const lysc_node_leaf*>(node)->type
-              : reinterpret_cast<const lysc_node_leaflist*>(node)->type;
-  const lysp_type* parsed = nullptr;
-  if (scope != nullptr) {
-    parsed = is_leaf
-                 ? &reinterpret_cast<const lysp_node_leaf*>(scope)->type
-                 : &reinterpret_cast<const lysp_node_leaflist*>(scope)->type;
-  }
-  Init(node, compiled, parsed, scope, hashes);
+  Init(node, CompiledType(node), ParsedType(node), Scope(node), hashes);
 }
 
 void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
                     const lysp_type* parsed, const lysp_node* scope,
                     const NamespaceHashes& hashes) {
   node_ = node;
-  name_ = parsed != nullptr ? parsed->name : "?";
-  if (compiled->basetype == LY_TYPE_LEAFREF) {
-    is_leafref_ = true;
-    compiled = reinterpret_cast<const lysc_type_leafref*>(compiled)->realtype;
+  compiled_ = RealType(compiled);
+  // A leafref has its target's type, typedef and all.
+  const lysc_node* user = node;
+  while (compiled->basetype == LY_TYPE_LEAFREF) {
+    user = LeafrefTarget(user,
+                         reinterpret_cast<const lysc_type_leafref*>(compiled));
+    if (user == nullptr) break;
+    compiled = CompiledType(user);
+    parsed = ParsedType(user);
+    scope = Scope(user);
   }
-  compiled_ = compiled;
+  compiled = compiled_;
+  name_ = parsed != nullptr ? parsed->name : "?";
 
-  TypedefChain chain{std::nullopt, nullptr, nullptr};
+  TypedefChain chain{std::nullopt, false, nullptr, nullptr};
   if (parsed != nullptr) chain = FollowTypedefs(parsed, scope);
   value_type_ = TypeOfBase(compiled);
   // A model may use a well-known name for something else that is no string.
@@ -169,46 +261,50 @@ void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
     fraction_digits_ =
         reinterpret_cast<const lysc_type_dec*>(compiled)->fraction_digits;
   } else if (compiled->basetype == LY_TYPE_IDENT) {
-    const auto* type = reinterpret_cast<const lysc_type_identityref*>(compiled);
-    std::vector<const lysc_ident*> pending;
-    LY_ARRAY_FOR(type->bases, i) pending.push_back(type->bases[i]);
-    while (!pending.empty()) {
-      const lysc_ident* identity = pending.back();
-      pending.pop_back();
-      LY_ARRAY_FOR(identity->derived, i)
-      pending.push_back(identity->derived[i]);
-      std::string module = identity->module->name;
-      auto hash = hashes.find(module);
-      uint32_t ns = hash != hashes.end() ? hash->second : NameHash(module);
-      names_.Add(
-          module + ":" + identity->name,
-          static_cast<int64_t>(IdentityBits(ns, NameHash(identity->name))));
-    }
+    AddIdentities(hashes);
   } else if (compiled->basetype == LY_TYPE_UNION) {
-    const auto* types =
-        reinterpret_cast<const lysc_type_union*>(compiled)->types;
-    const lysp_type* parsed_types =
-        chain.last != nullptr ? chain.last->types : nullptr;
-    bool named = LY_ARRAY_COUNT(parsed_types) == LY_ARRAY_COUNT(types);
-    LY_ARRAY_FOR(types, i) {
-      LeafType member;
-      member.Init(node, types[i], named ? &parsed_types[i] : nullptr,
-                  chain.scope, hashes);
-      members_.push_back(std::move(member));
-    }
+    InitUnion(chain.last, chain.scope, hashes);
   }
-  unrestricted_ = IsUnrestricted();
+  unrestricted_ = IsUnrestricted(chain.restricted);
 }
 
-bool LeafType::AdoptTarget(const LeafType& target) {
-  if (!is_leafref_ || target.is_leafref_ || target.compiled_ != compiled_) {
-    return false;
+void LeafType::InitUnion(const lysp_type* parsed, const lysp_node* scope,
+                         const NamespaceHashes& hashes) {
+  const auto* types =
+      reinterpret_cast<const lysc_type_union*>(compiled_)->types;
+  std::vector<TypeUse> uses;
+  if (parsed != nullptr) FlattenUnion(parsed, scope, uses);
+  // Without its name a member has its built-in type.
+  uses.resize(uses.size() == LY_ARRAY_COUNT(types) ? uses.size() : 0);
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(types, i) {
+    TypeUse use = uses.empty() ? TypeUse{nullptr, nullptr} : uses[i];
+    LeafType member;
+    member.Init(node_, types[i], use.type, use.scope, hashes);
+    members_.push_back(std::move(member));
   }
-  *this = target;
-  return true;
 }
 
-bool LeafType::IsUnrestricted() const {
+void LeafType::AddIdentities(const NamespaceHashes& hashes) {
+  const auto* type = reinterpret_cast<const lysc_type_identityref*>(compiled_);
+  std::vector<const lysc_ident*> pending;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(type->bases, i) pending.push_back(type->bases[i]);
+  while (!pending.empty()) {
+    const lysc_ident* identity = pending.back();
+    pending.pop_back();
+    LY_ARRAY_FOR(identity->derived, i) pending.push_back(identity->derived[i]);
+    std::string module = identity->module->name;
+    auto hash = hashes.find(module);
+    uint32_t ns =
+        hash != hashes.end() ? hash->second : NameHash(identity->module->ns);
+    names_.Add(
+        module + ":" + identity->name,
+        static_cast<int64_t>(IdentityBits(ns, NameHash(identity->name))));
+  }
+}
+
+bool LeafType::IsUnrestricted(bool restricted) const {
   switch (compiled_->basetype) {
     case LY_TYPE_BOOL:
     case LY_TYPE_ENUM:
@@ -226,7 +322,7 @@ bool LeafType::IsUnrestricted() const {
     case LY_TYPE_STRING: {
       // An address that can be read as one meets the typedef's patterns.
       if (value_type_ == ValueType::kIpv4 || value_type_ == ValueType::kDquad) {
-        return true;
+        return !restricted;
       }
       const auto* type = reinterpret_cast<const lysc_type_str*>(compiled_);
       return value_type_ == ValueType::kBuf && type->length == nullptr &&
@@ -243,21 +339,24 @@ std::optional<ValueType> LeafType::value_type() const {
 }
 
 void LeafType::Reject(std::string_view text, const std::string& why) const {
-  std::string message = "\"" + std::string(text) + "\" is not of type " + name_;
+  std::string message = Excerpt(text) + " is not of type " + name_;
   if (!why.empty()) message += ": " + why;
   throw Error(ErrorCode::kBadType, message);
 }
 
 Value LeafType::Parse(std::string_view text) const {
   if (unrestricted_) return ParseCanonical(text);
-  const ly_ctx* context = node_->module->ctx;
+  ly_ctx* context = node_->module->ctx;
   const lysc_type* real_type = nullptr;
   const char* canonical = nullptr;
   LY_ERR result = lyd_value_validate(context, node_, text.data(), text.size(),
                                      nullptr, &real_type, &canonical);
   if (result != LY_SUCCESS && result != LY_EINCOMPLETE) {
-    const char* why = ly_errmsg(context);
-    Reject(text, why != nullptr ? why : "");
+    const char* message = ly_errmsg(context);
+    std::string why = message != nullptr ? message : "";
+    // libyang would keep every message of a long run.
+    ly_err_clean(context, nullptr);
+    Reject(text, why);
   }
   std::string owned = canonical != nullptr ? canonical : std::string(text);
   lydict_remove(context, canonical);
@@ -271,6 +370,27 @@ Value LeafType::Parse(std::string_view text) const {
     }
   }
   Reject(text);
+}
+
+Value LeafType::ParseKey(std::string_view text) const {
+  std::optional<Value> value;
+  switch (value_type_) {
+    case ValueType::kBit32:
+    case ValueType::kBit64:
+      if (auto bits = ParseNumber<uint64_t>(text)) {
+        value = Value::Number(value_type_, *bits);
+      }
+      break;
+    case ValueType::kIdentityref:
+      if (auto bits = ParsePair(text)) {
+        value = Value::Text(value_type_, "", 0, *bits);
+      }
+      break;
+    default:
+      break;
+  }
+  // Names begin with no digit, so that nothing else can be meant.
+  return value && members_.empty() ? Check(*value) : Parse(text);
 }
 
 Value LeafType::ParseCanonical(std::string_view text) const {
@@ -347,6 +467,10 @@ Value LeafType::ParseCanonical(std::string_view text) const {
       if (text.empty()) value = Value::Number(value_type_, 0);
       break;
     default:
+      // libyang looks at this in documents only.
+      if (!IsYangText(text)) {
+        Reject(text, "it is not UTF-8 text without control characters");
+      }
       value = Value::Text(value_type_, text);
   }
   if (!value) Reject(text);
@@ -377,6 +501,7 @@ Value LeafType::ParseBits(std::string_view text) const {
 std::string LeafType::PrintBits(const Value& value) const {
   std::string text;
   uint64_t known = 0;
+  std::string left = value.text();  // what no name was found for
   for (const auto& [number, name] : names_.names) {
     auto position = static_cast<size_t>(number);
     bool set;
@@ -384,6 +509,10 @@ std::string LeafType::PrintBits(const Value& value) const {
       const std::string& bytes = value.text();
       set = position / 8 < bytes.size() &&
             (static_cast<uint8_t>(bytes[position / 8]) >> position % 8 & 1);
+      if (set) {
+        left[position / 8] =
+            static_cast<char>(left[position / 8] & ~(1 << position % 8));
+      }
     } else {
       set = value.bits() >> position & 1;
       known |= uint64_t{1} << position;
@@ -392,8 +521,13 @@ std::string LeafType::PrintBits(const Value& value) const {
     if (!text.empty()) text += ' ';
     text += name;
   }
-  if (value.type() != ValueType::kBitbig && (value.bits() & ~known) != 0) {
-    Reject(std::to_string(value.bits()), "it sets a bit without a name");
+  bool unknown = value.type() == ValueType::kBitbig
+                     ? left.find_first_not_of('\0') != std::string::npos
+                     : (value.bits() & ~known) != 0;
+  if (unknown) {
+    Reject(value.type() == ValueType::kBitbig ? PrintHex(value.text())
+                                              : std::to_string(value.bits()),
+           "it sets a bit without a name");
   }
   return text;
 }
@@ -454,6 +588,12 @@ std::string LeafType::Print(const Value& value) const {
     case ValueType::kIpv6AndPlen:
       return PrintIpv6(value.text()) + "/" + std::to_string(value.length());
     case ValueType::kDecimal64:
+      if (value.length() != fraction_digits_) {
+        Reject(std::to_string(value.signed_bits()),
+               "the number has " + std::to_string(value.length()) +
+                   " fraction digits, the model " +
+                   std::to_string(fraction_digits_));
+      }
       return PrintDecimal64(value.signed_bits(), fraction_digits_);
     case ValueType::kBinary:
       return PrintBase64(value.text());
@@ -473,9 +613,8 @@ Value LeafType::Check(const Value& value) const {
                     " value was given for a leaf of type " + name_ + " (" +
                     TypeName(value_type_) + ")");
   }
-  if (value.type() == ValueType::kBuf &&
-      value.text().find('\0') != std::string::npos) {
-    Reject(value.text().c_str(), "it holds a NUL byte");
+  if (value.type() == ValueType::kBuf && !IsYangText(value.text())) {
+    Reject(value.text(), "it is not UTF-8 text without control characters");
   }
   bool is_named = value_type_ == ValueType::kEnum;
   if (unrestricted_ && !is_named) return value;
@@ -484,6 +623,9 @@ Value LeafType::Check(const Value& value) const {
 }
 
 std::optional<std::string> LeafType::EnumName(int32_t number) const {
+  for (const LeafType& member : members_) {
+    if (auto name = member.EnumName(number)) return name;
+  }
   if (value_type_ != ValueType::kEnum) return std::nullopt;
   auto it = names_.names.find(number);
   if (it == names_.names.end()) return std::nullopt;

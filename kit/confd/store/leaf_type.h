@@ -31,15 +31,15 @@ class LeafType {
   // pointers to the parsed nodes: only those know typedefs by name.
   LeafType(const lysc_node* node, const NamespaceHashes& hashes);
 
-  // Takes over the type of the leaf that a leafref points to, which knows its
-  // typedef; false if this is no leafref or `target` not its target's type.
-  bool AdoptTarget(const LeafType& target);
-
   // What values of this type carry as a tag; of a union, nothing.
   std::optional<ValueType> value_type() const;
 
   // Throws Error with kBadType for a text that is no value of the type.
   Value Parse(std::string_view text) const;
+
+  // The same for a key of a key path, where bit sets and identities may stand
+  // as the numbers that values carry: "5", "NAMESPACE-HASH:NAME-HASH".
+  Value ParseKey(std::string_view text) const;
 
   // The value if the type has it (with what a program can't know filled in).
   // Throws Error with kBadType for one of another type or out of its limits.
@@ -48,7 +48,7 @@ class LeafType {
   // The canonical text as libyang knows it. The value must be of the type.
   std::string Print(const Value& value) const;
 
-  // The name of an enum constant.
+  // The name of an enum constant, of a union's first member that has it.
   std::optional<std::string> EnumName(int32_t number) const;
 
  private:
@@ -62,8 +62,12 @@ class LeafType {
   void Init(const lysc_node* node, const lysc_type* compiled,
             const lysp_type* parsed, const lysp_node* scope,
             const NamespaceHashes& hashes);
-  // Whether the machine type alone says which values there are.
-  bool IsUnrestricted() const;
+  void InitUnion(const lysp_type* parsed, const lysp_node* scope,
+                 const NamespaceHashes& hashes);
+  void AddIdentities(const NamespaceHashes& hashes);
+  // Whether the machine type alone says which values there are. `restricted`:
+  // the use of a well-known typedef narrows it.
+  bool IsUnrestricted(bool restricted) const;
   Value ParseCanonical(std::string_view text) const;
   Value ParseBits(std::string_view text) const;
   std::string PrintBits(const Value& value) const;
@@ -74,7 +78,6 @@ class LeafType {
   const lysc_type* compiled_ = nullptr;
   ValueType value_type_ = ValueType::kNoExists;
   std::string name_;  // as the model writes it, for messages
-  bool is_leafref_ = false;
   bool unrestricted_ = false;
   uint8_t fraction_digits_ = 0;
   Names names_;  // enums, bits by position, identities by hash pair

@@ -34,8 +34,9 @@ const lysc_node* FirstChild(const lysc_node* node) {
 
 std::string LastMessage(const ly_ctx* context) {
   const ly_err_item* error = ly_err_first(context);
-  if (error == nullptr) return "unknown reason";
   // The first message names the cause, later ones what followed from it.
+  while (error != nullptr && error->level != LY_LLERR) error = error->next;
+  if (error == nullptr) return "unknown reason";
   std::string text = error->msg != nullptr ? error->msg : "";
   if (error->path != nullptr) text += " (" + std::string(error->path) + ")";
   return text;
@@ -79,15 +80,16 @@ std::string ReadFile(const std::filesystem::path& path) {
 
 }  // namespace
 
+std::string SchemaNode::PathName() const {
+  bool at_top = parent->parent == nullptr;
+  bool needs_prefix =
+      at_top ? parent->by_name.at(name).size() > 1 : module != parent->module;
+  return needs_prefix ? module->prefix + ":" + name : name;
+}
+
 std::string SchemaNode::Path() const {
   if (parent == nullptr) return "/";
-  std::string path = parent->parent == nullptr ? "" : parent->Path();
-  path += '/';
-  // Only where the module changes does the name need its prefix.
-  if (parent->parent != nullptr && module != parent->module) {
-    path += module->prefix + ":";
-  }
-  return path + name;
+  return (parent->parent == nullptr ? "" : parent->Path()) + "/" + PathName();
 }
 
 void Schema::ContextDeleter::operator()(ly_ctx* context) const {
@@ -106,14 +108,9 @@ Schema::Schema(const std::filesystem::path& directory,
   while (const lys_module* module =
              ly_ctx_get_module_iter(context_.get(), &index)) {
     if (module->implemented && module->compiled != nullptr) {
+      ModuleOf(module);
       AddChildren(module->compiled->data, root_);
     }
-  }
-  for (SchemaNode* leaf : leaves_) {
-    for (SchemaNode* target : leaves_) {
-      if (leaf->type->AdoptTarget(*target->type)) break;
-    }
-    SetLeafDetails(*leaf);
   }
   FinishNode(root_);
 }
@@ -188,10 +185,13 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
   if ((compiled->flags & LYS_CONFIG_W) == 0) return;
   if (compiled->nodetype == LYS_CHOICE) {
     const auto* choice = reinterpret_cast<const lysc_node_choice*>(compiled);
-    const lysc_node* first = &choice->cases->node;
+    const lysc_node* first =
+        choice->cases != nullptr ? &choice->cases->node : nullptr;
+    const lysc_node* by_default =
+        choice->dflt != nullptr ? &choice->dflt->node : nullptr;
     for (const lysc_node* one = first; one != nullptr; one = one->next) {
       auto inner = cases;
-      inner.push_back({compiled, one, one == &choice->dflt->node});
+      inner.push_back({compiled, one, one == by_default});
       for (const lysc_node* node = FirstChild(one); node != nullptr;
            node = node->next) {
         AddNode(node, parent, inner);
@@ -212,7 +212,7 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
   node->cases = std::move(cases);
   if (node->kind == NodeKind::kLeaf || node->kind == NodeKind::kLeafList) {
     node->type = std::make_unique<LeafType>(compiled, hashes_);
-    leaves_.push_back(node.get());
+    SetLeafDetails(*node);
   }
   AddChildren(FirstChild(compiled), *node);
   parent.children.push_back(std::move(node));
@@ -221,7 +221,13 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
 void Schema::SetLeafDetails(SchemaNode& node) {
   node.mandatory = (node.compiled->flags & LYS_MAND_TRUE) != 0;
   auto parse = [&](const lyd_value* value) {
-    return node.type->Parse(lyd_value_get_canonical(context_.get(), value));
+    const char* text = lyd_value_get_canonical(context_.get(), value);
+    try {
+      return node.type->Parse(text);
+    } catch (const Error& error) {
+      throw SchemaError("module " + node.module->name + ": default of \"" +
+                        node.name + "\": " + error.what());
+    }
   };
   if (node.kind == NodeKind::kLeaf) {
     const auto* leaf = reinterpret_cast<const lysc_node_leaf*>(node.compiled);
@@ -251,10 +257,13 @@ void Schema::FinishNode(SchemaNode& node) {
   for (size_t i = 0; i < node.children.size(); ++i) {
     SchemaNode& child = *node.children[i];
     child.slot = i;
-    FinishNode(child);
     node.by_name[child.name].push_back(&child);
+  }
+  for (const auto& child_node : node.children) {
+    SchemaNode& child = *child_node;
+    FinishNode(child);
     node.width += 1;
-    if (child.kind == NodeKind::kContainer) node.width += child.width;
+    if (child.IsContainer()) node.width += child.width;
   }
 }
 

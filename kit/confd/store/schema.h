@@ -61,7 +61,7 @@ struct SchemaNode {
 
   size_t key_count = 0;       // list
   bool user_ordered = false;  // list
-  size_t width = 0;  // elements of a value array of this node's children
+  size_t width = 0;  // most elements of a value array of this node's children
 
   std::unique_ptr<LeafType> type;      // leaf, leaf-list
   std::optional<Value> default_value;  // leaf
@@ -76,10 +76,16 @@ struct SchemaNode {
   };
   std::vector<CaseOf> cases;
 
+  bool IsContainer() const {
+    return kind == NodeKind::kContainer || kind == NodeKind::kPresenceContainer;
+  }
   bool is_key() const {
     return parent != nullptr && parent->kind == NodeKind::kList &&
            slot < parent->key_count;
   }
+  // The name, with its module's prefix where the name alone would not do or
+  // the module changes.
+  std::string PathName() const;
   // "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry"; "/" for the root.
   std::string Path() const;
 };
@@ -122,7 +128,6 @@ class Schema {
   LeafType::NamespaceHashes hashes_;
   std::unique_ptr<ly_ctx, ContextDeleter> context_;
   std::vector<std::unique_ptr<Module>> modules_;
-  std::vector<SchemaNode*> leaves_;
   SchemaNode root_;
 };
 

@@ -20,7 +20,9 @@ struct Cursor {
   const Module* selected = nullptr;
   bool started = false;
   bool ended = false;
-  std::vector<Value> keys;  // of the current entry
+  // Of the current entry, which may be gone since.
+  std::vector<Value> keys;
+  uint64_t place = 0;
   // What the C API keeps with the cursor; released with it.
   std::shared_ptr<void> attachment;
 };

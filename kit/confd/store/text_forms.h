@@ -17,11 +17,20 @@ template <typename T>
 std::optional<T> ParseNumber(std::string_view text) {
   T number{};
   const char* end = text.data() + text.size();
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  if (!text.empty() && text.front() == '+') {
+    text.remove_prefix(1);
+    // from_chars would take the second sign of "+-1".
+    if (!text.empty() && text.front() == '-') return std::nullopt;
+  }
   auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error != std::errc() || stop != end || text.empty()) return std::nullopt;
   return number;
 }
+
+// Whether a string may hold the text: UTF-8 without the characters that
+// neither YANG nor XML knows (control characters but tab and line ends,
+// surrogates, non-characters).
+bool IsYangText(std::string_view text);
 
 // Host byte order.
 std::optional<uint32_t> ParseIpv4(std::string_view text);

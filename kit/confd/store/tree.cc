@@ -50,6 +50,14 @@ void Node::SetLeafList(const SchemaNode& leaf_list, std::vector<Value> values) {
       std::make_unique<std::vector<Value>>(std::move(values));
 }
 
+void Node::AddToLeafList(const SchemaNode& leaf_list, Value value) {
+  if (auto* values = Held<std::vector<Value>>(slots[leaf_list.slot])) {
+    values->push_back(std::move(value));
+  } else {
+    SetLeafList(leaf_list, {std::move(value)});
+  }
+}
+
 const Value* Node::SetValue(const SchemaNode& leaf) const {
   if (leaf.is_key() && !keys.empty()) return &keys[leaf.slot];
   return std::get_if<Value>(&slots[leaf.slot]);
@@ -120,6 +128,12 @@ void Node::ClearOtherCases(const SchemaNode& child) {
 }
 
 bool Node::DefaultApplies(const SchemaNode& child) const {
+  // A container without presence is there for the model's sake only: what it
+  // holds by default hangs on the choice that it stands in.
+  if (schema->kind == NodeKind::kContainer &&
+      !parent->DefaultApplies(*schema)) {
+    return false;
+  }
   for (const auto& own : child.cases) {
     bool own_case_set = false;
     bool other_case_set = false;
@@ -149,7 +163,8 @@ std::pair<Node*, bool> List::Insert(std::vector<Value> keys) {
   entry->keys = std::move(keys);
   Node* node = entries_.insert(place, std::move(entry))->get();
   if (schema_->user_ordered) {
-    places_[node] = order_.insert(order_.end(), node);
+    node->place = ++last_place_;
+    order_.emplace_hint(order_.end(), node->place, node);
   }
   positions_.clear();
   return {node, true};
@@ -158,18 +173,15 @@ std::pair<Node*, bool> List::Insert(std::vector<Value> keys) {
 bool List::Erase(KeyView keys) {
   auto it = entries_.find(keys);
   if (it == entries_.end()) return false;
-  if (auto place = places_.find(it->get()); place != places_.end()) {
-    order_.erase(place->second);
-    places_.erase(place);
-  }
+  order_.erase((*it)->place);
   entries_.erase(it);
   positions_.clear();
   return true;
 }
 
 Node* List::First() const {
-  if (schema_->user_ordered) return order_.empty() ? nullptr : order_.front();
-  return FirstByKey();
+  if (!schema_->user_ordered) return FirstByKey();
+  return order_.empty() ? nullptr : order_.begin()->second;
 }
 
 Node* List::Next(KeyView keys, bool or_same) const {
@@ -181,15 +193,19 @@ Node* List::Next(KeyView keys, bool or_same) const {
   }
   if (keys.size < schema_->key_count) {
     // The user's order says nothing of keys: take the first that fits.
-    for (Node* node : order_) {
+    for (const auto& [place, node] : order_) {
       if (Compare({node->keys.data(), keys.size}, keys) == 0) return node;
     }
     return nullptr;
   }
   if (!same) return nullptr;
-  if (or_same) return it->get();
-  auto next = std::next(places_.at(it->get()));
-  return next == order_.end() ? nullptr : *next;
+  return or_same ? it->get() : After(keys, (*it)->place);
+}
+
+Node* List::After(KeyView keys, uint64_t place) const {
+  if (!schema_->user_ordered) return NextByKey(keys);
+  auto next = order_.upper_bound(place);
+  return next == order_.end() ? nullptr : next->second;
 }
 
 Node* List::FirstByKey() const {
@@ -206,7 +222,7 @@ Node* List::At(size_t position) const {
   if (positions_.empty()) {
     positions_.reserve(size());
     if (schema_->user_ordered) {
-      positions_.assign(order_.begin(), order_.end());
+      for (const auto& [place, node] : order_) positions_.push_back(node);
     } else {
       for (const auto& entry : entries_) positions_.push_back(entry.get());
     }

@@ -3,10 +3,10 @@
 #define KIT_CONFD_STORE_TREE_H_
 
 #include <cstddef>
-#include <list>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
-#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -44,6 +44,7 @@ struct Node {
   List& MakeList(const SchemaNode& list);
   void SetLeaf(const SchemaNode& leaf, Value value);
   void SetLeafList(const SchemaNode& leaf_list, std::vector<Value> values);
+  void AddToLeafList(const SchemaNode& leaf_list, Value value);
 
   // Empties the slot; containers and lists with all they hold.
   void Clear(const SchemaNode& child);
@@ -57,6 +58,7 @@ struct Node {
   const SchemaNode* schema;
   Node* parent;  // the node that holds this one or its list; null for the root
   std::vector<Value> keys;  // list entries only; their slots stay empty
+  uint64_t place = 0;       // among the entries that the user orders
   std::vector<Slot> slots;
 
  private:
@@ -87,6 +89,9 @@ class List {
   // list ordered by key; `or_same` takes that entry itself too. A prefix of
   // the keys stands before every entry that begins with it.
   Node* Next(KeyView keys, bool or_same) const;
+  // The entry that follows the one which had these keys and this place, and
+  // may be gone since.
+  Node* After(KeyView keys, uint64_t place) const;
   // The same in the order of the keys, also where the user orders the entries.
   Node* FirstByKey() const;
   Node* NextByKey(KeyView keys) const;
@@ -112,9 +117,9 @@ class List {
   const SchemaNode* schema_;
   Node* holder_;
   std::set<std::unique_ptr<Node>, ByKeys> entries_;
-  // Only where the user orders the entries.
-  std::list<Node*> order_;
-  std::unordered_map<const Node*, std::list<Node*>::iterator> places_;
+  // Only where the user orders the entries: by place. New ones go to the end.
+  std::map<uint64_t, Node*> order_;
+  uint64_t last_place_ = 0;
   // Positions, made when first asked for and dropped by a change.
   mutable std::vector<Node*> positions_;
 };

@@ -58,7 +58,12 @@ const lysp_tpdf* FindInModule(const lysp_module* module,
 
 const lysp_module* ImportedModule(const lysp_module* module,
                                   std::string_view prefix) {
-  if (prefix == module->mod->prefix) return module;
+  // A submodule has a prefix of its own for the module that it belongs to.
+  const char* own =
+      module->is_submod
+          ? reinterpret_cast<const lysp_submodule*>(module)->prefix
+          : module->mod->prefix;
+  if (own != nullptr && prefix == own) return module;
   LY_ARRAY_COUNT_TYPE i;
   LY_ARRAY_FOR(module->imports, i) {
     if (prefix == module->imports[i].prefix) {
@@ -72,17 +77,23 @@ const lysp_module* ImportedModule(const lysp_module* module,
 }  // namespace
 
 TypedefChain FollowTypedefs(const lysp_type* type, const lysp_node* scope) {
+  TypedefChain chain{std::nullopt, false, type, scope};
   while (true) {
+    chain.last = type;
+    chain.scope = scope;
     std::string_view name = type->name;
     std::string_view prefix;
     if (size_t colon = name.find(':'); colon != std::string_view::npos) {
       prefix = name.substr(0, colon);
       name.remove_prefix(colon + 1);
     }
-    if (auto known = WellKnown(name)) return {known, type, scope};
+    if (!chain.well_known) {
+      chain.restricted |= type->length != nullptr || type->patterns != nullptr;
+      chain.well_known = WellKnown(name);
+    }
 
     const lysp_module* module = type->pmod;
-    if (module == nullptr) return {std::nullopt, type, scope};
+    if (module == nullptr) return chain;
     const lysp_tpdf* next = nullptr;
     if (!prefix.empty()) module = ImportedModule(module, prefix);
     if (prefix.empty() || module == type->pmod) {
@@ -95,7 +106,7 @@ TypedefChain FollowTypedefs(const lysp_type* type, const lysp_node* scope) {
       scope = nullptr;
       next = FindInModule(module, name);
     }
-    if (next == nullptr) return {std::nullopt, type, scope};
+    if (next == nullptr) return chain;
     type = &next->type;
   }
 }

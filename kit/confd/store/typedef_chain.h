@@ -15,6 +15,8 @@ namespace kit::store {
 struct TypedefChain {
   // Type of the first well-known typedef on the way to the built-in type.
   std::optional<ValueType> well_known;
+  // Whether lengths or patterns are added to that typedef.
+  bool restricted;
   // The built-in type's use (or the last one that could be followed) and the
   // node in whose scope it stands, which is null for a module's typedef.
   const lysp_type* last;

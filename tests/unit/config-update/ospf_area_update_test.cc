@@ -82,9 +82,9 @@ static_assert(std::is_same_v<decltype(&OspfAreaUpdate::Ospfv2DanglingAreaEntry),
                              int (OspfAreaUpdate::*)() const>);
 static_assert(std::is_same_v<decltype(&OspfAreaUpdate::Ospfv3DanglingAreaEntry),
                              int (OspfAreaUpdate::*)() const>);
-static_assert(std::is_same_v<decltype(&OspfAreaUpdate::GetOspfAreaKeys),
-                             int (OspfAreaUpdate::*)(int, Version, Area&)
-                                 const>);
+static_assert(
+    std::is_same_v<decltype(&OspfAreaUpdate::GetOspfAreaKeys),
+                   int (OspfAreaUpdate::*)(int, Version, Area&) const>);
 static_assert(
     std::is_same_v<decltype(&OspfAreaUpdate::FindOspfAreaMibEntry),
                    bool (OspfAreaUpdate::*)(Version, const Area&) const>);
@@ -243,8 +243,9 @@ TEST(OspfAreaUpdateTest, FailedReadOfTheFirstAreaIdLeavesBothListsAlone) {
   upgrade.Fail("cdb_get_ipv4", "/internal/ospf-area-global[0]/area-id",
                CONFD_ERR_OS, "socket closed");
   EXPECT_EQ(RunPass(upgrade), -1);
-  EXPECT_EQ(upgrade.Log(), std::string(kStart) +
-                               "Failed to get area-id (error: socket closed)\n");
+  EXPECT_EQ(
+      upgrade.Log(),
+      std::string(kStart) + "Failed to get area-id (error: socket closed)\n");
   EXPECT_EQ(upgrade.Changes(), "");
   EXPECT_EQ(upgrade.CallText().find("ospfv3-area-global"), std::string::npos);
 }
@@ -267,9 +268,9 @@ TEST(OspfAreaUpdateTest, FailedReadInTheV3ListEndsThePassWithoutFinishLine) {
   upgrade.Fail("cdb_get_ipv4", "/internal/ospfv3-area-global[0]/area-id",
                CONFD_ERR_OS, "socket closed");
   EXPECT_EQ(RunPass(upgrade), -1);
-  EXPECT_EQ(upgrade.Log(), kStart + DeleteLine("1", "0.0.0.1") +
-                               DeleteLine("1", "0.0.0.2") +
-                               "Failed to get area-id (error: socket closed)\n");
+  EXPECT_EQ(upgrade.Log(),
+            kStart + DeleteLine("1", "0.0.0.1") + DeleteLine("1", "0.0.0.2") +
+                "Failed to get area-id (error: socket closed)\n");
   EXPECT_EQ(upgrade.Changes(),
             "- /internal/ospf-area-global{1 0.0.0.1}\n"
             "- /internal/ospf-area-global{1 0.0.0.2}\n");

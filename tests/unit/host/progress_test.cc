@@ -1,0 +1,61 @@
+#include "kit/host/progress.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kit::host {
+namespace {
+
+control::Call MakeCall(std::string_view function, std::string_view path) {
+  control::Call call = {};
+  call.function = function;
+  call.path = path;
+  return call;
+}
+
+TEST(ProgressTest, WhatAnotherProcessRecordsIsThereAfterItsEnd) {
+  const SharedProgress progress = MakeSharedProgress();
+  const pid_t worker = fork();
+  if (worker == 0) {
+    progress->SetPhase(Phase::kUpdating);
+    progress->Record(MakeCall("maapi_create", "/a{1}"));
+    control::Call failed = MakeCall("maapi_delete", "/a{2}");
+    failed.result = -1;
+    failed.error = 1;
+    failed.reason = "absent";
+    progress->Record(failed);
+    _exit(0);
+  }
+  ASSERT_EQ(waitpid(worker, nullptr, 0), worker);
+  EXPECT_EQ(progress->phase(), Phase::kUpdating);
+  EXPECT_EQ(progress->calls(), 2U);
+  EXPECT_EQ(progress->LastCall(), "maapi_delete /a{2} -> -1 error 1 'absent'");
+}
+
+TEST(ProgressTest, CallsAreCountedByFunction) {
+  const SharedProgress progress = MakeSharedProgress();
+  EXPECT_EQ(progress->LastCall(), std::nullopt);
+  for (int i = 0; i < 3; ++i) progress->Record(MakeCall("cdb_exists", "/a"));
+  progress->Record(MakeCall("maapi_exists", "/a"));
+  const std::map<std::string, uint64_t> expected = {{"cdb_exists", 3},
+                                                    {"maapi_exists", 1}};
+  EXPECT_EQ(progress->CallsByFunction(), expected);
+}
+
+TEST(ProgressTest, LongPathsAreCut) {
+  const SharedProgress progress = MakeSharedProgress();
+  progress->Record(MakeCall("cdb_exists", std::string(100000, 'p')));
+  EXPECT_LT(progress->LastCall().value().size(), 2000U);
+}
+
+TEST(ProgressTest, MoreFunctionsThanExistDoNoHarm) {
+  const SharedProgress progress = MakeSharedProgress();
+  for (int i = 0; i < 1000; ++i) {
+    progress->Record(MakeCall("function" + std::to_string(i), ""));
+  }
+  EXPECT_EQ(progress->calls(), 1000U);
+}
+
+}  // namespace
+}  // namespace kit::host

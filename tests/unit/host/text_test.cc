@@ -1,0 +1,29 @@
+#include "kit/host/text.h"
+
+#include <gtest/gtest.h>
+
+namespace kit::host {
+namespace {
+
+TEST(TextTest, OneLineEscapesWhatATerminalWouldObey) {
+  EXPECT_EQ(OneLine("plain\ttext"), "plain\ttext");
+  EXPECT_EQ(OneLine("two\nlines\r"), "two\\nlines\\x0d");
+  EXPECT_EQ(OneLine("\x1b[2J\x7f"), "\\x1b[2J\\x7f");
+  EXPECT_EQ(OneLine("gr\xc3\xbc\xc3\x9f"), "gr\xc3\xbc\xc3\x9f");
+}
+
+TEST(TextTest, IndentKeepsLinesAndDropsTheLastNewline) {
+  EXPECT_EQ(Indent("a\nb\n", "  "), "  a\n  b\n");
+  EXPECT_EQ(Indent("a", "> "), "> a\n");
+  EXPECT_EQ(Indent("", "> "), "> \n");
+  EXPECT_EQ(Indent("a\n\n", "> "), "> a\n> \n");
+}
+
+TEST(TextTest, CountedChoosesTheWord) {
+  EXPECT_EQ(Counted(0, "call", "calls"), "0 calls");
+  EXPECT_EQ(Counted(1, "call", "calls"), "1 call");
+  EXPECT_EQ(Counted(2, "call", "calls"), "2 calls");
+}
+
+}  // namespace
+}  // namespace kit::host
