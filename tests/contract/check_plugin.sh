@@ -20,12 +20,12 @@ failed=0
 expect() {
   local difference
   if difference=$(diff --label expected --label "$plugin" -U 1000 \
-      <(echo "$2") <(echo "$3")); then
+      <(echo "$2") <(echo "$3") | sed 's/^/    /'); then
     echo "ok: $1"
   else
     failed=1
     echo "FAILED: $1"
-    echo "$difference" | sed 's/^/    /'
+    echo "$difference"
   fi
 }
 

@@ -1,8 +1,6 @@
 // The stand-in for the platform's upgrade log, and the plug-in's logger on it.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <zqconfd_log.h>
 #include <zqconfd_sink.h>
 
@@ -56,38 +54,16 @@ class Findings {
   std::string text_;
 };
 
-// Runs `body` in a child process and returns its findings: the logger fetches
-// its handle once in the life of a process, so each case needs a fresh one.
-std::string InFreshProcess(const std::function<void(Findings&)>& body) {
-  std::array<int, 2> ends = {};
-  if (pipe(ends.data()) != 0) return "pipe failed";
-  const pid_t child = fork();
-  if (child < 0) return "fork failed";
-  if (child == 0) {
-    Findings findings;
-    try {
-      body(findings);
-    } catch (const std::exception& error) {
-      findings.ExpectEqual(std::string(error.what()), "", "exception");
-    }
-    const std::string& text = findings.text();
-    const bool sent = write(ends[1], text.data(), text.size()) ==
-                      static_cast<ssize_t>(text.size());
-    _exit(sent ? EXIT_SUCCESS : EXIT_FAILURE);
+// Ends the process: with success if `body` finds nothing wrong.
+[[noreturn]] void RunAndExit(const std::function<void(Findings&)>& body) {
+  Findings findings;
+  try {
+    body(findings);
+  } catch (const std::exception& error) {
+    findings.ExpectEqual(std::string(error.what()), "", "exception");
   }
-  close(ends[1]);
-  std::string text;
-  std::array<char, 4096> piece = {};
-  for (ssize_t got = 0;
-       (got = read(ends[0], piece.data(), piece.size())) > 0;) {
-    text.append(piece.data(), static_cast<size_t>(got));
-  }
-  close(ends[0]);
-  int status = 0;
-  if (waitpid(child, &status, 0) != child || status != 0) {
-    text += "child ended with status " + std::to_string(status) + "\n";
-  }
-  return text;
+  std::fputs(findings.text().c_str(), stderr);
+  std::exit(findings.text().empty() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 // Puts the log back as it was for the other tests of this process.
@@ -215,55 +191,68 @@ TEST_F(LogTest, TakesRecordsOfSeveralThreads) {
   EXPECT_EQ(count.records, kThreads * kRecords);
 }
 
-TEST(UpdateLoggerTest, AddsNoPrefixNewlineOrTimestamp) {
-  EXPECT_EQ(InFreshProcess([](Findings& findings) {
-              Records records;
-              zqconfd_set_sink(Record, &records);
-              UpdateLogger::Log("Start OSPF TE update");
-              UpdateLogger::Log("x (error: %s) %d %u", "why", -1, 4294967295U);
-              UpdateLogger::Log("err=%s\n", "no");
-              const Records expected = {"Start OSPF TE update",
-                                        "x (error: why) -1 4294967295",
-                                        "err=no\n"};
-              findings.ExpectEqual(records, expected, "records");
-            }),
-            "");
+// The logger fetches its handle once in the life of a process, so each of its
+// tests has a program of its own, which starts anew.
+class UpdateLoggerTest : public testing::Test {
+ protected:
+  UpdateLoggerTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+  ~UpdateLoggerTest() override {
+    GTEST_FLAG_SET(death_test_style, style_before_);
+  }
+
+ private:
+  const std::string style_before_ = GTEST_FLAG_GET(death_test_style);
+};
+
+TEST_F(UpdateLoggerTest, AddsNoPrefixNewlineOrTimestamp) {
+  EXPECT_EXIT(
+      RunAndExit([](Findings& findings) {
+        Records records;
+        zqconfd_set_sink(Record, &records);
+        UpdateLogger::Log("Start OSPF TE update");
+        UpdateLogger::Log("x (error: %s) %d %u", "why", -1, 4294967295U);
+        UpdateLogger::Log("err=%s\n", "no");
+        const Records expected = {"Start OSPF TE update",
+                                  "x (error: why) -1 4294967295", "err=no\n"};
+        findings.ExpectEqual(records, expected, "records");
+      }),
+      testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
-TEST(UpdateLoggerTest, FetchesTheHandleOnTheFirstCallAndOnlyOnce) {
-  EXPECT_EQ(InFreshProcess([](Findings& findings) {
-              Records records;
-              zqconfd_set_sink(Record, &records);
-              findings.ExpectEqual(zqconfd_handle_fetches(), 0U,
-                                   "before any call");
-              UpdateLogger::Log("a");
-              findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "first call");
-              UpdateLogger::Log("b");
-              UpdateLogger::instance();
-              findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "later calls");
-              findings.ExpectEqual(records, Records{"a", "b"}, "records");
-            }),
-            "");
+TEST_F(UpdateLoggerTest, FetchesTheHandleOnTheFirstCallAndOnlyOnce) {
+  EXPECT_EXIT(
+      RunAndExit([](Findings& findings) {
+        Records records;
+        zqconfd_set_sink(Record, &records);
+        findings.ExpectEqual(zqconfd_handle_fetches(), 0U, "before any call");
+        UpdateLogger::Log("a");
+        findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "first call");
+        UpdateLogger::Log("b");
+        UpdateLogger::instance();
+        findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "later calls");
+        findings.ExpectEqual(records, Records{"a", "b"}, "records");
+      }),
+      testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
-TEST(UpdateLoggerTest, FetchesANullHandleOnceAndNeverRetries) {
-  EXPECT_EQ(InFreshProcess([](Findings& findings) {
-              Records records;
-              zqconfd_set_sink(Record, &records);
-              zqconfd_set_no_log();
-              UpdateLogger::Log("dropped");
-              // A log that is there later comes too late.
-              zqconfd_set_handle_factory(nullptr, nullptr);
-              UpdateLogger::Log("dropped too");
-              findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "fetches");
-              findings.ExpectEqual(records, Records{}, "records");
-            }),
-            "");
+TEST_F(UpdateLoggerTest, FetchesANullHandleOnceAndNeverRetries) {
+  EXPECT_EXIT(RunAndExit([](Findings& findings) {
+                Records records;
+                zqconfd_set_sink(Record, &records);
+                zqconfd_set_no_log();
+                UpdateLogger::Log("dropped");
+                // A log that is there later comes too late.
+                zqconfd_set_handle_factory(nullptr, nullptr);
+                UpdateLogger::Log("dropped too");
+                findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "fetches");
+                findings.ExpectEqual(records, Records{}, "records");
+              }),
+              testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
-TEST(UpdateLoggerTest, PassesAFactorysExceptionOnAndTriesAgainOnTheNextCall) {
-  EXPECT_EQ(
-      InFreshProcess([](Findings& findings) {
+TEST_F(UpdateLoggerTest, PassesAFactorysExceptionOnAndTriesAgainOnTheNextCall) {
+  EXPECT_EXIT(
+      RunAndExit([](Findings& findings) {
         Records records;
         zqconfd_set_sink(Record, &records);
         zqconfd_set_handle_factory(
@@ -288,20 +277,20 @@ TEST(UpdateLoggerTest, PassesAFactorysExceptionOnAndTriesAgainOnTheNextCall) {
         findings.ExpectEqual(zqconfd_handle_fetches(), 3U, "fetches");
         findings.ExpectEqual(records, Records{"third", "fourth"}, "records");
       }),
-      "");
+      testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
-TEST(UpdateLoggerTest, OneOfSeveralThreadsFetchesTheHandle) {
-  EXPECT_EQ(InFreshProcess([](Findings& findings) {
-              zqconfd_set_sink([](void*, const char*, size_t) {}, nullptr);
-              std::vector<std::thread> threads;
-              for (int i = 0; i < 8; ++i) {
-                threads.emplace_back([] { UpdateLogger::Log("x"); });
-              }
-              for (std::thread& thread : threads) thread.join();
-              findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "fetches");
-            }),
-            "");
+TEST_F(UpdateLoggerTest, OneOfSeveralThreadsFetchesTheHandle) {
+  EXPECT_EXIT(RunAndExit([](Findings& findings) {
+                zqconfd_set_sink([](void*, const char*, size_t) {}, nullptr);
+                std::vector<std::thread> threads;
+                for (int i = 0; i < 8; ++i) {
+                  threads.emplace_back([] { UpdateLogger::Log("x"); });
+                }
+                for (std::thread& thread : threads) thread.join();
+                findings.ExpectEqual(zqconfd_handle_fetches(), 1U, "fetches");
+              }),
+              testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace kit::host {
 namespace {
 
@@ -51,12 +53,12 @@ TEST(ReportTest, EntriesShowLeavesBeforeAndAfter) {
 }
 
 TEST(ReportTest, AWrittenOutputIsNamedWithFormatAndSize) {
-  Report report;
-  report.result = 0;
-  report.output.emplace("out.json");
-  report.format = control::Format::kJson;
-  report.output_size = 1;
-  const std::string text = RenderText(report, {});
+  const auto report = std::make_unique<Report>();
+  report->result = 0;
+  report->output = "out.json";
+  report->format = control::Format::kJson;
+  report->output_size = 1;
+  const std::string text = RenderText(*report, {});
   EXPECT_NE(text.find("Written: out.json (JSON, 1 byte)\n"), std::string::npos)
       << text;
 }
