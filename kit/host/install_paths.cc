@@ -37,7 +37,7 @@ fs::path FirstExisting(const std::vector<fs::path>& candidates, ExitCode code,
                        const std::string& what, const std::string& option) {
   std::string looked_at;
   for (const fs::path& candidate : candidates) {
-    const fs::path path = candidate.lexically_normal();
+    fs::path path = candidate.lexically_normal();
     std::error_code error;
     if (fs::exists(path, error)) return path;
     looked_at += (looked_at.empty() ? "" : ", ") + path.string();

@@ -1,10 +1,10 @@
 #include "kit/host/interrupt.h"
 
-#include <limits.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <system_error>
 

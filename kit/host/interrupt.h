@@ -3,9 +3,9 @@
 #ifndef KIT_HOST_INTERRUPT_H_
 #define KIT_HOST_INTERRUPT_H_
 
-#include <signal.h>
 #include <sys/types.h>
 
+#include <csignal>
 #include <string>
 
 namespace kit::host {

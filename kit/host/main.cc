@@ -1,8 +1,8 @@
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <signal.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -218,4 +218,11 @@ int Main(int argc, char** argv) {
 }  // namespace
 }  // namespace kit::host
 
-int main(int argc, char** argv) { return kit::host::Main(argc, argv); }
+int main(int argc, char** argv) {
+  try {
+    return kit::host::Main(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "ospf-upgrade: internal error: %s\n", error.what());
+    return static_cast<int>(kit::host::ExitCode::kInternal);
+  }
+}

@@ -63,9 +63,9 @@ std::optional<std::pair<std::string, uint32_t>> ParseNamespace(
     const std::string& text) {
   const size_t equals = text.find('=');
   if (equals == std::string::npos || equals == 0) return std::nullopt;
-  const auto hash = ParseHash(std::string_view(text).substr(equals + 1));
+  const auto hash = ParseHash(text.substr(equals + 1));
   if (!hash) return std::nullopt;
-  return std::pair(text.substr(0, equals), *hash);
+  return std::make_pair(text.substr(0, equals), *hash);
 }
 
 std::string CheckNamespace(const std::string& text) {

@@ -2,13 +2,13 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <system_error>
 #include <utility>
 
@@ -46,7 +46,7 @@ mode_t NewFileMode() {
 fs::path ResolveTarget(const std::string& target) {
   std::error_code error;
   if (!fs::is_symlink(fs::symlink_status(target, error))) return target;
-  const fs::path resolved = fs::canonical(target, error);
+  fs::path resolved = fs::canonical(target, error);
   if (error) {
     Fail(target, "is a symbolic link that leads nowhere",
          "name another file with -o");

@@ -2,9 +2,7 @@
 
 #include <sys/mman.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <new>
 #include <system_error>
 
@@ -40,8 +38,7 @@ bool IsPluginPhase(Phase phase) {
 
 template <size_t kSize>
 void Progress::Text<kSize>::Assign(std::string_view text) {
-  length = static_cast<uint32_t>(std::min(text.size(), kSize));
-  std::memcpy(bytes.data(), text.data(), length);
+  length = static_cast<uint32_t>(text.copy(bytes.data(), kSize));
 }
 
 Progress::Count* Progress::CountOf(std::string_view function) {

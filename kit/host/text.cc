@@ -11,9 +11,7 @@ std::string OneLine(std::string_view text) {
     const auto byte = static_cast<unsigned char>(c);
     if (c == '\n') {
       line += "\\n";
-    } else if (c == '\t') {
-      line += c;
-    } else if (byte < 0x20 || byte == 0x7f) {
+    } else if ((byte < 0x20 && c != '\t') || byte == 0x7f) {
       line += fmt::format("\\x{:02x}", byte);
     } else {
       line += c;

@@ -201,8 +201,8 @@ int CApiTest::Count(const std::string& path) const {
 
 std::string CApiTest::Object(const std::string& path) const {
   confd_value_t values[kMostElements];
-  int count = maapi_get_object(maapi_, th_, values, kMostElements, "%s",
-                               path.c_str());
+  int count =
+      maapi_get_object(maapi_, th_, values, kMostElements, "%s", path.c_str());
   if (count < 0) return ErrorName(confd_errno);
   std::string text = Show(values, count);
   for (int i = 0; i < count; ++i) confd_free_value(&values[i]);

@@ -77,8 +77,7 @@ TEST_F(ErrorsTest, TextNamesThePathOnceAndTheReason) {
        "/object[0]/last: a list entry can't be addressed by position in a "
        "transaction"},
       {"/object{1", "expected '}' at offset 9 in \"/object{1\""},
-      {"/object{1}",
-       "/object{1}: it is not a leaf and has no value"},
+      {"/object{1}", "/object{1}: it is not a leaf and has no value"},
   };
   for (const auto& [path, text] : cases) {
     confd_value_t value;
@@ -186,10 +185,9 @@ TEST_F(ErrorsTest, WrongTransactionHandleIsNoSession) {
       EXPECT_EQ(outcome, "NOSESSION") << call << " in transaction " << th;
     }
   }
-  EXPECT_STREQ(confd_lasterr(),
-               ("no transaction " + std::to_string(INT_MAX) + " on socket " +
-                std::to_string(maapi_))
-                   .c_str());
+  EXPECT_STREQ(confd_lasterr(), ("no transaction " + std::to_string(INT_MAX) +
+                                 " on socket " + std::to_string(maapi_))
+                                    .c_str());
 }
 
 TEST_F(ErrorsTest, ClosedSessionsAreNoSession) {
@@ -202,7 +200,8 @@ TEST_F(ErrorsTest, ClosedSessionsAreNoSession) {
   }
 }
 
-// ---- Absurd arguments ---------------------------------------------------------
+// ---- Absurd arguments
+// ---------------------------------------------------------
 
 TEST_F(ErrorsTest, NullPointersAreErrors) {
   EXPECT_EQ(Outcome(cdb_num_instances(cdb_, nullptr)), "BADPATH");
@@ -266,8 +265,8 @@ TEST_F(ErrorsTest, ValuesWithNullContentsAreOfNoType) {
 
 TEST_F(ErrorsTest, TypesThatNoLeafHasAreBadTypes) {
   confd_value_t v = {};
-  for (int type : {0, 3, 14, 18, 20, 21, 22, 23, 27, 32, 33, 35, 36, 37, 38, 42,
-                   45, 51, 52, 54, 63}) {
+  for (int type : {0,  3,  14, 18, 20, 21, 22, 23, 27, 32, 33,
+                   35, 36, 37, 38, 42, 45, 51, 52, 54, 63}) {
     v.type = static_cast<confd_vtype>(type);
     EXPECT_EQ(Set("/values/u8", v), "BADTYPE") << type;
     EXPECT_EQ(Set("/values/str", v), "BADTYPE") << type;
@@ -374,11 +373,23 @@ TEST_F(ErrorsTest, CursorsThatWereNeverInitialisedAreMisuse) {
 }
 
 TEST_F(ErrorsTest, PathsOfAnyBytesAreNoCrash) {
-  const std::string paths[] = {
-      "",    "/",   "//",  "{",    "}",    "[",      "/object{",
-      "\xff\xfe", "/object{\"", "/object{\"\\", "/object{\xff}", "/object{1}}",
-      "/object[-1]", "/object[99999999999999999999]", "/object{}/x",
-      std::string(100000, '/'), "/" + std::string(100000, 'a')};
+  const std::string paths[] = {"",
+                               "/",
+                               "//",
+                               "{",
+                               "}",
+                               "[",
+                               "/object{",
+                               "\xff\xfe",
+                               "/object{\"",
+                               "/object{\"\\",
+                               "/object{\xff}",
+                               "/object{1}}",
+                               "/object[-1]",
+                               "/object[99999999999999999999]",
+                               "/object{}/x",
+                               std::string(100000, '/'),
+                               "/" + std::string(100000, 'a')};
   for (const std::string& path : paths) {
     EXPECT_EQ(maapi_create(maapi_, th_, "%s", path.c_str()), CONFD_ERR);
     EXPECT_NE(confd_errno, CONFD_ERR_INTERNAL) << path.substr(0, 80);

@@ -25,22 +25,54 @@ static_assert(MAXKEYLEN == 9);
 
 TEST(ValueNumbers, AreThoseOfTheBinaryInterface) {
   const std::pair<int, int> numbers[] = {
-      {C_NOEXISTS, 1},       {C_XMLTAG, 2},         {C_SYMBOL, 3},
-      {C_STR, 4},            {C_BUF, 5},            {C_INT8, 6},
-      {C_INT16, 7},          {C_INT32, 8},          {C_INT64, 9},
-      {C_UINT8, 10},         {C_UINT16, 11},        {C_UINT32, 12},
-      {C_UINT64, 13},        {C_DOUBLE, 14},        {C_IPV4, 15},
-      {C_IPV6, 16},          {C_BOOL, 17},          {C_QNAME, 18},
-      {C_DATETIME, 19},      {C_DATE, 20},          {C_TIME, 23},
-      {C_DURATION, 27},      {C_ENUM_VALUE, 28},    {C_BIT32, 29},
-      {C_BIT64, 30},         {C_LIST, 31},          {C_XMLBEGIN, 32},
-      {C_XMLEND, 33},        {C_OBJECTREF, 34},     {C_UNION, 35},
-      {C_PTR, 36},           {C_CDBBEGIN, 37},      {C_OID, 38},
-      {C_BINARY, 39},        {C_IPV4PREFIX, 40},    {C_IPV6PREFIX, 41},
-      {C_DEFAULT, 42},       {C_DECIMAL64, 43},     {C_IDENTITYREF, 44},
-      {C_XMLBEGINDEL, 45},   {C_DQUAD, 46},         {C_HEXSTR, 47},
-      {C_IPV4_AND_PLEN, 48}, {C_IPV6_AND_PLEN, 49}, {C_BITBIG, 50},
-      {C_XMLMOVEFIRST, 51},  {C_XMLMOVEAFTER, 52},  {C_EMPTY, 53},
+      {C_NOEXISTS, 1},
+      {C_XMLTAG, 2},
+      {C_SYMBOL, 3},
+      {C_STR, 4},
+      {C_BUF, 5},
+      {C_INT8, 6},
+      {C_INT16, 7},
+      {C_INT32, 8},
+      {C_INT64, 9},
+      {C_UINT8, 10},
+      {C_UINT16, 11},
+      {C_UINT32, 12},
+      {C_UINT64, 13},
+      {C_DOUBLE, 14},
+      {C_IPV4, 15},
+      {C_IPV6, 16},
+      {C_BOOL, 17},
+      {C_QNAME, 18},
+      {C_DATETIME, 19},
+      {C_DATE, 20},
+      {C_TIME, 23},
+      {C_DURATION, 27},
+      {C_ENUM_VALUE, 28},
+      {C_BIT32, 29},
+      {C_BIT64, 30},
+      {C_LIST, 31},
+      {C_XMLBEGIN, 32},
+      {C_XMLEND, 33},
+      {C_OBJECTREF, 34},
+      {C_UNION, 35},
+      {C_PTR, 36},
+      {C_CDBBEGIN, 37},
+      {C_OID, 38},
+      {C_BINARY, 39},
+      {C_IPV4PREFIX, 40},
+      {C_IPV6PREFIX, 41},
+      {C_DEFAULT, 42},
+      {C_DECIMAL64, 43},
+      {C_IDENTITYREF, 44},
+      {C_XMLBEGINDEL, 45},
+      {C_DQUAD, 46},
+      {C_HEXSTR, 47},
+      {C_IPV4_AND_PLEN, 48},
+      {C_IPV6_AND_PLEN, 49},
+      {C_BITBIG, 50},
+      {C_XMLMOVEFIRST, 51},
+      {C_XMLMOVEAFTER, 52},
+      {C_EMPTY, 53},
       {C_MAXTYPE, 54},
   };
   for (const auto& [tag, number] : numbers) EXPECT_EQ(tag, number);
@@ -77,9 +109,9 @@ TEST(ValueLayout, IsThatOfTheBinaryInterface) {
 
 TEST(ValueLayout, ArraysHaveAStrideOf40Bytes) {
   confd_value_t values[2];
-  EXPECT_EQ(reinterpret_cast<char*>(&values[1]) -
-                reinterpret_cast<char*>(&values[0]),
-            40);
+  EXPECT_EQ(
+      reinterpret_cast<char*>(&values[1]) - reinterpret_cast<char*>(&values[0]),
+      40);
 }
 
 TEST(ValueLayout, MembersHaveTheirTypes) {
@@ -101,8 +133,8 @@ TEST(ValueLayout, MembersHaveTheirTypes) {
   static_assert(std::is_same_v<decltype(v.val.ip6), struct in6_addr>);
   static_assert(std::is_same_v<decltype(v.val.s), char*>);
   static_assert(std::is_same_v<decltype(v.val.c_s), const char*>);
-  static_assert(std::is_same_v<decltype(v.val.c_buf.ptr),
-                               const unsigned char*>);
+  static_assert(
+      std::is_same_v<decltype(v.val.c_buf.ptr), const unsigned char*>);
   // The const views lie over the others.
   const char* text = "shared";
   CONFD_SET_STR(&v, text);
@@ -120,12 +152,12 @@ TEST(CursorLayout, ShowsKeysAndTheirNumber) {
 
 // ---- Accessors: what is set is what is got, under the right tag -----------
 
-#define EXPECT_PAIR(NAME, TAG, VALUE)      \
-  do {                                     \
-    confd_value_t v;                       \
-    std::memset(&v, 0xff, sizeof v);       \
-    CONFD_SET_##NAME(&v, VALUE);           \
-    EXPECT_EQ(v.type, TAG);                \
+#define EXPECT_PAIR(NAME, TAG, VALUE)       \
+  do {                                      \
+    confd_value_t v;                        \
+    std::memset(&v, 0xff, sizeof v);        \
+    CONFD_SET_##NAME(&v, VALUE);            \
+    EXPECT_EQ(v.type, TAG);                 \
     EXPECT_EQ(CONFD_GET_##NAME(&v), VALUE); \
   } while (false)
 
@@ -243,8 +275,8 @@ TEST(ValueAccessors, SetAndGetTheRest) {
 
 using ValueGettersDeathTest = testing::Test;
 
-#define EXPECT_ASSERTS(NAME, TAG)                            \
-  EXPECT_DEATH((void)CONFD_GET_##NAME(&cdb_objs[i]),         \
+#define EXPECT_ASSERTS(NAME, TAG)                    \
+  EXPECT_DEATH((void)CONFD_GET_##NAME(&cdb_objs[i]), \
                "\\(&cdb_objs\\[i\\]\\)->type == " #TAG "' failed")
 
 TEST(ValueGettersDeathTest, AssertTheTagWithTheCallersText) {

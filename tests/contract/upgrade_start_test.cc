@@ -1,0 +1,165 @@
+// What the database does by itself before an upgrade program runs.
+#include "tests/contract/c_api.h"
+
+namespace contract {
+namespace {
+
+class UpgradeStartTest : public CApiTest {
+ protected:
+  void OpenGrowth(const std::string& inside) {
+    Open("<g xmlns=\"urn:test:growth\">" + inside + "</g>", "growth/before",
+         "growth/after");
+  }
+};
+
+TEST_F(UpgradeStartTest, NodeInBothModelsKeepsItsValue) {
+  OpenGrowth("<kept>7</kept>");
+  EXPECT_EQ(Get("/g/kept"), "C_UINT32 7");
+}
+
+TEST_F(UpgradeStartTest, NodeThatIsGoneIsDropped) {
+  OpenGrowth("<gone>7</gone><dropped><n>1</n></dropped>");
+  EXPECT_EQ(Get("/g/gone"), "BADPATH");
+  EXPECT_EQ(Exists("/g/dropped"), CONFD_ERR);
+  // CDB still has it.
+  EXPECT_EQ(cdb_exists(cdb_, "/g/gone"), 1);
+  EXPECT_EQ(Count("/g/dropped"), 1);
+}
+
+TEST_F(UpgradeStartTest, NewLeafReadsAsItsDefault) {
+  OpenGrowth("<kept>7</kept>");
+  EXPECT_EQ(Get("/g/fresh"), "C_UINT8 42");
+  EXPECT_EQ(Get("/g/fresh-without-default"), "NOEXISTS");
+}
+
+TEST_F(UpgradeStartTest, ReorderedNodeKeepsItsValue) {
+  OpenGrowth("<moved>here</moved>");
+  EXPECT_EQ(Get("/g/moved"), "C_BUF here");
+}
+
+TEST_F(UpgradeStartTest, ValueEqualToTheOldDefaultFollowsTheNewOne) {
+  OpenGrowth("<kept>1</kept>");
+  EXPECT_EQ(Get("/g/followed"), "C_UINT8 20");
+  OpenGrowth("<followed>10</followed>");
+  EXPECT_EQ(Get("/g/followed"), "C_UINT8 20");
+  OpenGrowth("<followed>11</followed>");
+  EXPECT_EQ(Get("/g/followed"), "C_UINT8 11");
+  OpenGrowth("<followed>20</followed>");
+  EXPECT_EQ(Get("/g/followed"), "C_UINT8 20");
+}
+
+TEST_F(UpgradeStartTest, ValueThatWasSetStaysWhereTheDefaultIsGone) {
+  OpenGrowth("<default-gone>10</default-gone>");
+  EXPECT_EQ(Get("/g/default-gone"), "C_UINT8 10");
+}
+
+TEST_F(UpgradeStartTest, LeafListsFollowTheirDefaultsToo) {
+  OpenGrowth("<defaulted>1</defaulted><defaulted>2</defaulted>");
+  EXPECT_EQ(Get("/g/defaulted"), "C_LIST [C_UINT8 3]");
+  OpenGrowth("<defaulted>2</defaulted><defaulted>1</defaulted>");
+  EXPECT_EQ(Get("/g/defaulted"), "C_LIST [C_UINT8 2, C_UINT8 1]");
+}
+
+TEST_F(UpgradeStartTest, TypeChangeGoesThroughTheText) {
+  OpenGrowth(
+      "<widened>200</widened><narrowed>99</narrowed>"
+      "<text-to-number>17</text-to-number><number-to-text>-3</number-to-text>"
+      "<enum-to-text>two</enum-to-text><renumbered>one</renumbered>"
+      "<address>10.0.0.1</address>"
+      "<words>5</words><words>none</words><words>6</words>");
+  EXPECT_EQ(Get("/g/widened"), "C_UINT64 200");
+  EXPECT_EQ(Get("/g/narrowed"), "C_UINT8 99");
+  EXPECT_EQ(Get("/g/text-to-number"), "C_UINT16 17");
+  EXPECT_EQ(Get("/g/number-to-text"), "C_BUF -3");
+  EXPECT_EQ(Get("/g/enum-to-text"), "C_BUF two");
+  EXPECT_EQ(Get("/g/renumbered"), "C_ENUM_VALUE 8");
+  EXPECT_EQ(Get("/g/address"), "C_IPV4 10.0.0.1");
+  EXPECT_EQ(Get("/g/words"), "C_LIST [C_UINT8 5, C_UINT8 6]");
+}
+
+TEST_F(UpgradeStartTest, ValueThatDoesNotConvertTakesTheDefaultOrGoes) {
+  OpenGrowth(
+      "<narrowed>100</narrowed>"
+      "<narrowed-with-default>4294967295</narrowed-with-default>"
+      "<text-to-number>many</text-to-number><address>somewhere</address>"
+      "<words>none</words>");
+  EXPECT_EQ(Get("/g/narrowed"), "NOEXISTS");
+  EXPECT_EQ(Get("/g/narrowed-with-default"), "C_UINT8 9");
+  EXPECT_EQ(Get("/g/text-to-number"), "NOEXISTS");
+  EXPECT_EQ(Get("/g/address"), "NOEXISTS");
+  EXPECT_EQ(Get("/g/words"), "NOEXISTS");
+}
+
+TEST_F(UpgradeStartTest, NodeThatBecameAnotherKindOfNodeIsDropped) {
+  OpenGrowth("<becomes-list>x</becomes-list>");
+  EXPECT_EQ(Get("/g/becomes-list"), "NOEXISTS");
+}
+
+TEST_F(UpgradeStartTest, EntryWhoseKeyDoesNotConvertIsDropped) {
+  OpenGrowth(
+      "<entry><id>7</id><value>1</value><sub><n>4</n></sub></entry>"
+      "<entry><id>seven</id><value>2</value></entry>"
+      "<entry><id>10</id></entry>");
+  EXPECT_EQ(Walk("/g/entry"), (std::vector<std::string>{"7", "10"}));
+  EXPECT_EQ(Get("/g/entry{7}/value"), "C_UINT8 1");
+  EXPECT_EQ(Exists("/g/entry{7}/sub{4}"), 1);
+  EXPECT_EQ(Count("/g/entry"), 3);
+}
+
+TEST_F(UpgradeStartTest, EntryWithoutAValueForANewKeyIsDropped) {
+  OpenGrowth("<new-key><a>1</a></new-key>");
+  EXPECT_TRUE(Walk("/g/new-key").empty());
+}
+
+TEST_F(UpgradeStartTest, KeyThatBecameAnOrdinaryLeafKeepsItsValue) {
+  OpenGrowth(
+      "<rekeyed><a>1</a><b>5</b><note>first</note></rekeyed>"
+      "<rekeyed><a>1</a><b>6</b><note>second</note></rekeyed>"
+      "<rekeyed><a>2</a><b>7</b></rekeyed>");
+  EXPECT_EQ(Walk("/g/rekeyed"), (std::vector<std::string>{"1", "2"}));
+  EXPECT_EQ(Get("/g/rekeyed{2}/b"), "C_UINT8 7");
+  // Of several that fall together the first one stays.
+  EXPECT_EQ(Get("/g/rekeyed{1}/b"), "C_UINT8 5");
+  EXPECT_EQ(Get("/g/rekeyed{1}/note"), "C_BUF first");
+}
+
+TEST_F(UpgradeStartTest, ContainersKeepWhatTheyHoldWithOrWithoutPresence) {
+  OpenGrowth(
+      "<grew-presence><x>1</x></grew-presence>"
+      "<lost-presence><x>2</x></lost-presence>");
+  EXPECT_EQ(Exists("/g/grew-presence"), 1);
+  EXPECT_EQ(Get("/g/grew-presence/x"), "C_UINT8 1");
+  EXPECT_EQ(Get("/g/lost-presence/x"), "C_UINT8 2");
+  EXPECT_EQ(Exists("/g/never-filled"), 0);
+}
+
+TEST_F(UpgradeStartTest, UsersOrderIsKept) {
+  OpenGrowth(
+      "<order><n>9</n></order><order><n>1</n></order>"
+      "<order><n>5</n></order>");
+  EXPECT_EQ(Walk("/g/order"), (std::vector<std::string>{"9", "1", "5"}));
+}
+
+TEST_F(UpgradeStartTest, OldDataIsReadUnderTheOldModel) {
+  OpenGrowth("<renumbered>one</renumbered><entry><id>seven</id></entry>");
+  int32_t number = 0;
+  ASSERT_EQ(cdb_get_enum_value(cdb_, &number, "/g/renumbered"), CONFD_OK);
+  EXPECT_EQ(number, 1);
+  EXPECT_EQ(cdb_exists(cdb_, "/g/entry{seven}"), 1);
+  EXPECT_EQ(cdb_exists(cdb_, "/g/fresh"), CONFD_ERR);
+  EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
+}
+
+TEST_F(UpgradeStartTest, ProgramsAndTheStartWriteIntoTheSameTransaction) {
+  OpenGrowth("<kept>7</kept>");
+  ASSERT_EQ(Set("/g/fresh", Uint8(43)), "ok");
+  std::string saved;
+  database_->Save(kit::control::Format::kXml,
+                  [&](std::string_view piece) { saved += piece; });
+  EXPECT_EQ(saved,
+            "<g xmlns=\"urn:test:growth\">\n  <kept>7</kept>\n"
+            "  <fresh>43</fresh>\n</g>\n");
+}
+
+}  // namespace
+}  // namespace contract
