@@ -69,6 +69,7 @@ confd_value_t Uint32(uint32_t number);
 confd_value_t Int32(int32_t number);
 confd_value_t Enum(int32_t number);
 confd_value_t Str(const char* text);
+// Points into the text.
 confd_value_t Buf(const std::string& text);
 confd_value_t Ipv4(const char* text);
 confd_value_t NoExists();

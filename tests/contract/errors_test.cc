@@ -57,9 +57,9 @@ struct TextCase {
 
 TEST_F(ErrorsTest, TextNamesThePathOnceAndTheReason) {
   const TextCase cases[] = {
-      {"/object{9}/size",
-       "/object{9}/size: a list entry or presence container above it does not "
-       "exist"},
+      {"/object{9}/size", "/object{9}/size: the entry above it does not exist"},
+      {"/shed/tool",
+       "/shed/tool: the container \"shed\" above it does not exist"},
       {"/object{1}/last",
        "/object{1}/last: the leaf has no value and no default"},
       {"/object{1}/nonsense",

@@ -112,6 +112,17 @@ TEST_F(ObjectsTest, GetObjectsLaysObjectsOutByWidth) {
   EXPECT_EQ(result, 15);
 }
 
+TEST_F(ObjectsTest, GetObjectsReturnsTheHighestNumberWhereverItStands) {
+  OpenZoo(
+      "<object><id>1</id><extra/></object><object><id>2</id></object>"
+      "<object><id>3</id></object>");
+  int result = 0;
+  Objects("/object", 1, 0, 3, &result);
+  EXPECT_EQ(result, 15);
+  Objects("/object", 1, 1, 2, &result);
+  EXPECT_EQ(result, 13);
+}
+
 TEST_F(ObjectsTest, GetObjectsPastTheEndDoNotExist) {
   int result = 0;
   for (auto [ix, nobj] : {std::pair{0, 3}, {1, 2}, {2, 1}, {3, 0}}) {

@@ -214,6 +214,19 @@ TEST_F(WritesTest, PrefixesLoseTheirHostBitsAndAddressesKeepThem) {
   CONFD_SET_IPV4PREFIX(&v, prefix);
   EXPECT_EQ(Set("/values/ip4-prefix", v), "ok");
   EXPECT_EQ(Get("/values/ip4-prefix"), "C_IPV4PREFIX 10.1.2.0/24");
+  // Whoever defines the typedef.
+  EXPECT_EQ(Set("/values/own-prefix", v), "ok");
+  EXPECT_EQ(Get("/values/own-prefix"), "C_IPV4PREFIX 10.1.2.0/24");
+  prefix.len = 33;
+  CONFD_SET_IPV4PREFIX(&v, prefix);
+  EXPECT_EQ(Set("/values/own-prefix", v), "BADTYPE");
+  struct confd_ipv6_prefix prefix6 = {};
+  inet_pton(AF_INET6, "2001:db8:ffff::1", &prefix6.ip6);
+  prefix6.len = 33;
+  CONFD_SET_IPV6PREFIX(&v, prefix6);
+  EXPECT_EQ(Set("/values/own-prefix6", v), "ok");
+  EXPECT_EQ(Get("/values/own-prefix6"), "C_IPV6PREFIX 2001:db8:8000::/33");
+  prefix.len = 24;
   CONFD_SET_IPV4_AND_PLEN(&v, prefix);
   EXPECT_EQ(Set("/values/ip4-plen", v), "ok");
   EXPECT_EQ(Get("/values/ip4-plen"), "C_IPV4_AND_PLEN 10.1.2.3/24");
@@ -234,7 +247,7 @@ TEST_F(WritesTest, SetOfKeysAndOfWhatIsNoLeafIsNotPossible) {
 }
 
 TEST_F(WritesTest, SetOfALeafListReplacesItsItems) {
-  confd_value_t items[] = {Str("b"), Buf("a")};
+  confd_value_t items[] = {Str("b"), Str("a")};
   confd_value_t list;
   CONFD_SET_LIST(&list, items, 2);
   EXPECT_EQ(Set("/object{1}/tags", list), "ok");

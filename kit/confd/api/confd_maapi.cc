@@ -116,7 +116,8 @@ size_t ReadableValues(const Call& call, const Scope& scope,
     store::Target target =
         scope.data->Find(keypath::Parse(call.path()), scope.rules);
     auto count = static_cast<size_t>(n);
-    return count > target.schema->width ? 0 : count;
+    store::Data::RequireObjectSize(target, count);
+    return count;
   } catch (const std::exception&) {
     // The call itself will say what is wrong with the path.
     return 0;
@@ -270,11 +271,7 @@ int maapi_set_object(int sock, int thandle, const confd_value_t* values, int n,
         if (n > 0) RequirePointer(values, "the values");
         auto count = static_cast<size_t>(n);
         // Before the values are looked at: there may be fewer than it says.
-        if (count > target.schema->width) {
-          throw Error(ErrorCode::kProtoUsage,
-                      std::to_string(n) + " values for an entry that takes " +
-                          std::to_string(target.schema->width));
-        }
+        store::Data::RequireObjectSize(target, count);
         std::vector<store::NewElement> elements;
         elements.reserve(count);
         for (size_t i = 0; i < count; ++i) {

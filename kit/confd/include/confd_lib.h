@@ -289,43 +289,43 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
 #define CONFD_SET_STR(v, x) CONFD_KIT_SET(v, C_STR, c_s, x)
 #define CONFD_GET_STR(v) (assert((v)->type == C_STR), (v)->val.c_s)
 
-#define CONFD_SET_BUF(v, p, n)                             \
-  do {                                                     \
-    (v)->type = C_BUF;                                     \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
-    (v)->val.c_buf.size = (unsigned int)(n);               \
+#define CONFD_SET_BUF(v, p, n)                       \
+  do {                                               \
+    (v)->type = C_BUF;                               \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
+    (v)->val.c_buf.size = (unsigned int)(n);         \
   } while (0)
 #define CONFD_GET_BUFPTR(v) (assert((v)->type == C_BUF), (v)->val.buf.ptr)
 #define CONFD_GET_BUFSIZE(v) (assert((v)->type == C_BUF), (v)->val.buf.size)
 #define CONFD_GET_CBUFPTR(v) (assert((v)->type == C_BUF), (v)->val.c_buf.ptr)
 
-#define CONFD_SET_BINARY(v, p, n)                          \
-  do {                                                     \
-    (v)->type = C_BINARY;                                  \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
-    (v)->val.c_buf.size = (unsigned int)(n);               \
+#define CONFD_SET_BINARY(v, p, n)                    \
+  do {                                               \
+    (v)->type = C_BINARY;                            \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
+    (v)->val.c_buf.size = (unsigned int)(n);         \
   } while (0)
 #define CONFD_GET_BINARY_PTR(v) \
   (assert((v)->type == C_BINARY), (v)->val.buf.ptr)
 #define CONFD_GET_BINARY_SIZE(v) \
   (assert((v)->type == C_BINARY), (v)->val.buf.size)
 
-#define CONFD_SET_HEXSTR(v, p, n)                          \
-  do {                                                     \
-    (v)->type = C_HEXSTR;                                  \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
-    (v)->val.c_buf.size = (unsigned int)(n);               \
+#define CONFD_SET_HEXSTR(v, p, n)                    \
+  do {                                               \
+    (v)->type = C_HEXSTR;                            \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
+    (v)->val.c_buf.size = (unsigned int)(n);         \
   } while (0)
 #define CONFD_GET_HEXSTR_PTR(v) \
   (assert((v)->type == C_HEXSTR), (v)->val.buf.ptr)
 #define CONFD_GET_HEXSTR_SIZE(v) \
   (assert((v)->type == C_HEXSTR), (v)->val.buf.size)
 
-#define CONFD_SET_BITBIG(v, p, n)                          \
-  do {                                                     \
-    (v)->type = C_BITBIG;                                  \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p);       \
-    (v)->val.c_buf.size = (unsigned int)(n);               \
+#define CONFD_SET_BITBIG(v, p, n)                    \
+  do {                                               \
+    (v)->type = C_BITBIG;                            \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
+    (v)->val.c_buf.size = (unsigned int)(n);         \
   } while (0)
 #define CONFD_GET_BITBIG_PTR(v) \
   (assert((v)->type == C_BITBIG), (v)->val.buf.ptr)
@@ -375,10 +375,10 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
 #define CONFD_GET_BIT32(v) (assert((v)->type == C_BIT32), (v)->val.b32)
 #define CONFD_SET_BIT64(v, x) CONFD_KIT_SET(v, C_BIT64, b64, x)
 #define CONFD_GET_BIT64(v) (assert((v)->type == C_BIT64), (v)->val.b64)
-#define CONFD_SET_LIST(v, p, n)           \
-  do {                                    \
-    (v)->type = C_LIST;                   \
-    (v)->val.list.ptr = (p);              \
+#define CONFD_SET_LIST(v, p, n)             \
+  do {                                      \
+    (v)->type = C_LIST;                     \
+    (v)->val.list.ptr = (p);                \
     (v)->val.list.size = (unsigned int)(n); \
   } while (0)
 #define CONFD_GET_LIST(v) (assert((v)->type == C_LIST), (v)->val.list.ptr)

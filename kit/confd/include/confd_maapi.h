@@ -15,10 +15,7 @@
 extern "C" {
 #endif
 
-enum confd_find_next_type {
-  CONFD_FIND_NEXT = 0,
-  CONFD_FIND_SAME_OR_NEXT = 1
-};
+enum confd_find_next_type { CONFD_FIND_NEXT = 0, CONFD_FIND_SAME_OR_NEXT = 1 };
 
 /*
  * Walks the entries of one list. Programs read keys[0 .. n-1]; the library owns

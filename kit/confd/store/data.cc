@@ -142,8 +142,11 @@ class ObjectWriter {
 
 void RequireHolder(const Target& target) {
   if (target.holder == nullptr) {
+    bool is_entry = target.missing->kind == NodeKind::kList;
     Fail(ErrorCode::kNoExists,
-         "a list entry or presence container above it does not exist");
+         (is_entry ? std::string("the entry")
+                   : "the container \"" + target.missing->name + "\"") +
+             " above it does not exist");
   }
 }
 
@@ -187,6 +190,9 @@ Target Data::Find(const keypath::Path& path, const PathRules& rules) const {
     }
     const SchemaNode& child =
         schema_->Child(parent, step.prefix, step.name, rules.selected);
+    if (current == nullptr && target.missing == nullptr) {
+      target.missing = target.schema;
+    }
     target.schema = &child;
     target.holder = current;
     target.keys.clear();
@@ -364,21 +370,26 @@ void Data::Set(const Target& target, NewElement element) {
   }
 }
 
-void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
+void Data::RequireObjectSize(const Target& target, size_t count) {
   const SchemaNode& schema = *target.schema;
   if (schema.kind != NodeKind::kList) {
     Fail(ErrorCode::kBadPath, "it names neither a list nor a list entry");
   }
-  if (elements.size() < schema.key_count) {
-    Fail(ErrorCode::kProtoUsage, store::Count(elements.size(), "value") +
+  if (count < schema.key_count) {
+    Fail(ErrorCode::kProtoUsage, store::Count(count, "value") +
                                      " can't hold the list's " +
                                      store::Count(schema.key_count, "key"));
   }
-  if (elements.size() > schema.width) {
-    Fail(ErrorCode::kProtoUsage, store::Count(elements.size(), "value") +
-                                     " for an entry that has " +
+  if (count > schema.width) {
+    Fail(ErrorCode::kProtoUsage, store::Count(count, "value") +
+                                     " for an entry that takes " +
                                      std::to_string(schema.width));
   }
+}
+
+void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
+  const SchemaNode& schema = *target.schema;
+  RequireObjectSize(target, elements.size());
   RequireHolder(target);
   std::vector<Value> keys = target.keys;
   if (!target.is_entry) {

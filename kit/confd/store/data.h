@@ -44,6 +44,8 @@ struct Target {
   // The node that holds the target; null when an entry or presence container
   // on the way is missing.
   Node* holder = nullptr;
+  // That entry's list, or that container.
+  const SchemaNode* missing = nullptr;
   // Keys of the entry that the path ends in; empty for the list as a whole.
   std::vector<Value> keys;
   // That entry, if it is there.
@@ -80,6 +82,9 @@ class Data {
   void Delete(const Target& target);
   void Set(const Target& target, NewElement element);
   void SetObject(const Target& target, std::vector<NewElement> elements);
+  // Whether SetObject may be given so many elements. kBadPath: neither a list
+  // nor an entry; kProtoUsage: too few or too many.
+  static void RequireObjectSize(const Target& target, size_t count);
 
   // The list that a path without keys names; null when it has no entries.
   // kBadPath: not a list.

@@ -263,6 +263,13 @@ class MissingNode {
     for (const auto& child : parent.children) {
       std::string path =
           Owned(lysc_path(child->compiled, LYSC_PATH_LOG, nullptr, 0));
+      for (const SchemaNode::CaseOf& one : child->cases) {
+        if (Owned(lysc_path(one.choice, LYSC_PATH_LOG, nullptr, 0)) ==
+            schema_path_) {
+          ReportChoice(parent, one.choice);
+          return;
+        }
+      }
       if (path == schema_path_) {
         Report(*child);
       } else if (StartsWith(schema_path_, path + "/")) {
@@ -271,26 +278,54 @@ class MissingNode {
     }
   }
 
+  static std::string FullName(const SchemaNode& node) {
+    return node.module->name + ":" + node.name;
+  }
+
   void Report(const SchemaNode& missing) {
-    std::string own = missing.module->name + ":" + missing.name;
+    std::string own = FullName(missing);
     if (missing.parent->parent == nullptr) {
       paths_.push_back("/" + own);
       return;
     }
-    std::string holder =
-        Owned(lysc_path(missing.parent->compiled, LYSC_PATH_DATA, nullptr, 0));
+    for (const std::string& holder : Without(*missing.parent, own)) {
+      bool same_module = missing.module == missing.parent->module;
+      paths_.push_back(holder + "/" + (same_module ? missing.name : own));
+    }
+  }
+
+  // A choice is no node of the data: what holds it is at fault.
+  void ReportChoice(const SchemaNode& holder, const lysc_node* choice) {
+    if (holder.parent == nullptr) return;
+    std::string any;
+    for (const auto& child : holder.children) {
+      for (const SchemaNode::CaseOf& one : child->cases) {
+        if (one.choice == choice) {
+          any += (any.empty() ? "" : " or ") + FullName(*child);
+        }
+      }
+    }
+    paths_ = Without(holder, any);
+  }
+
+  // The instances of `holder` for which the expression does not hold.
+  std::vector<std::string> Without(const SchemaNode& holder,
+                                   const std::string& expression) {
+    std::vector<std::string> paths;
+    std::string xpath =
+        Owned(lysc_path(holder.compiled, LYSC_PATH_DATA, nullptr, 0)) +
+        "[not(" + expression + ")]";
     ly_set* found = nullptr;
-    std::string xpath = holder + "[not(" + own + ")]";
     if (tree_ == nullptr ||
         lyd_find_xpath(tree_, xpath.c_str(), &found) != LY_SUCCESS) {
-      return;
+      return paths;
     }
     for (uint32_t i = 0; i < found->count; ++i) {
-      paths_.push_back(
-          Owned(lyd_path(found->dnodes[i], LYD_PATH_STD, nullptr, 0)) + "/" +
-          (missing.module == missing.parent->module ? missing.name : own));
+      paths.push_back(
+          Owned(lyd_path(found->dnodes[i], LYD_PATH_STD, nullptr, 0)));
     }
     ly_set_free(found, nullptr);
+    return paths;
   }
 
   const lyd_node* tree_;
@@ -332,6 +367,44 @@ ssize_t CallSink(void* user_data, const void* buffer, size_t count) {
   }
 }
 
+// Whether the path, with predicates or not, leads to a leaf.
+bool IsLeafPath(const ly_ctx& context, std::string_view path) {
+  std::string plain;
+  int depth = 0;
+  for (char c : path) {
+    if (c == '[') ++depth;
+    if (depth == 0) plain += c;
+    if (c == ']') --depth;
+  }
+  if (plain.empty()) return false;
+  const lysc_node* node = lys_find_path(&context, nullptr, plain.c_str(), 0);
+  return node != nullptr && node->nodetype == LYS_LEAF;
+}
+
+// libyang has often gone on to the next word when it looks at what it read.
+// This goes back to the line where the faulty thing stands, if its name tells.
+uint64_t ExactLine(std::string_view text, Syntax syntax, const ly_ctx& context,
+                   const Place& place, std::string_view reason) {
+  std::string wanted;
+  constexpr std::string_view kNamespace = "No module with namespace ";
+  if (syntax == Syntax::kXml && StartsWith(reason, kNamespace)) {
+    wanted = reason.substr(kNamespace.size());
+    wanted = wanted.substr(1, wanted.find('"', 1) - 1);
+  } else if (syntax == Syntax::kJson && IsLeafPath(context, place.path)) {
+    wanted = place.path.substr(place.path.find_last_of("/:") + 1) + '"';
+  }
+  if (wanted.empty()) return place.line;
+  size_t end = 0;
+  for (uint64_t line = 0; line < place.line && end < text.size(); ++line) {
+    end = std::min(text.find('\n', end), text.size() - 1) + 1;
+  }
+  size_t at = text.substr(0, end).rfind(wanted);
+  if (at == std::string_view::npos) return place.line;
+  return 1 +
+         static_cast<uint64_t>(std::count(
+             text.begin(), text.begin() + static_cast<ptrdiff_t>(at), '\n'));
+}
+
 }  // namespace
 
 Envelope ReadDocument(std::string text, Data& data) {
@@ -368,7 +441,10 @@ Envelope ReadDocument(std::string text, Data& data) {
     }
     Place place = PlaceOf(*error);
     std::string reason = ReasonOf(*error);
-    if (place.line > 0) place.line += skipped;
+    if (place.line > 0) {
+      place.line += skipped;
+      place.line = ExactLine(text, envelope->syntax, *context, place, reason);
+    }
     if (place.line == 0 && CodeOf(*error) == ErrorCode::kNotSet) {
       // Only the model's node is known: find the place in the data.
       ly_err_clean(context, nullptr);

@@ -173,8 +173,10 @@ std::optional<int64_t> ParseDecimal64(std::string_view text,
   size_t point = text.find('.');
   std::string_view fraction;
   if (point != std::string_view::npos) fraction = text.substr(point + 1);
-  if (fraction.size() > fraction_digits) return std::nullopt;
-  digits.append(text.substr(0, point));
+  std::string_view whole = text.substr(0, point);
+  bool has_digit = !whole.empty() && whole.back() >= '0' && whole.back() <= '9';
+  if (!has_digit || fraction.size() > fraction_digits) return std::nullopt;
+  digits.append(whole);
   digits.append(fraction);
   digits.append(fraction_digits - fraction.size(), '0');
   return ParseNumber<int64_t>(digits);
