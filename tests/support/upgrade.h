@@ -3,6 +3,10 @@
 #ifndef TESTS_SUPPORT_UPGRADE_H_
 #define TESTS_SUPPORT_UPGRADE_H_
 
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -85,8 +85,8 @@ int SelectNamespace(const Scope& scope, int hashed_ns) {
       scope.data->schema().ModuleOfHash(static_cast<uint32_t>(hashed_ns));
   if (module == nullptr) {
     throw Error(ErrorCode::kNoExists,
-                "no module of the model has the namespace hash " +
-                    std::to_string(static_cast<uint32_t>(hashed_ns)));
+                "no module of the model has the namespace " +
+                    DescribeNamespace(hashed_ns));
   }
   scope.session->selected = module;
   return CONFD_OK;

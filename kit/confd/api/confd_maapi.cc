@@ -26,6 +26,7 @@ using kit::api::RunPathCall;
 using kit::api::Scope;
 using kit::api::SelectNamespace;
 using kit::api::ToC;
+
 namespace {
 
 using kit::store::Error;

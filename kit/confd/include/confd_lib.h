@@ -270,6 +270,13 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
     (v)->val.member = (x);               \
   } while (0)
 
+#define CONFD_KIT_SET_BYTES(v, tag, p, n)            \
+  do {                                               \
+    (v)->type = (tag);                               \
+    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
+    (v)->val.c_buf.size = (unsigned int)(n);         \
+  } while (0)
+
 #define CONFD_SET_NOEXISTS(v) ((v)->type = C_NOEXISTS)
 #define CONFD_SET_EMPTY(v) ((v)->type = C_EMPTY)
 
@@ -289,44 +296,24 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
 #define CONFD_SET_STR(v, x) CONFD_KIT_SET(v, C_STR, c_s, x)
 #define CONFD_GET_STR(v) (assert((v)->type == C_STR), (v)->val.c_s)
 
-#define CONFD_SET_BUF(v, p, n)                       \
-  do {                                               \
-    (v)->type = C_BUF;                               \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
-    (v)->val.c_buf.size = (unsigned int)(n);         \
-  } while (0)
+#define CONFD_SET_BUF(v, p, n) CONFD_KIT_SET_BYTES(v, C_BUF, p, n)
 #define CONFD_GET_BUFPTR(v) (assert((v)->type == C_BUF), (v)->val.buf.ptr)
 #define CONFD_GET_BUFSIZE(v) (assert((v)->type == C_BUF), (v)->val.buf.size)
 #define CONFD_GET_CBUFPTR(v) (assert((v)->type == C_BUF), (v)->val.c_buf.ptr)
 
-#define CONFD_SET_BINARY(v, p, n)                    \
-  do {                                               \
-    (v)->type = C_BINARY;                            \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
-    (v)->val.c_buf.size = (unsigned int)(n);         \
-  } while (0)
+#define CONFD_SET_BINARY(v, p, n) CONFD_KIT_SET_BYTES(v, C_BINARY, p, n)
 #define CONFD_GET_BINARY_PTR(v) \
   (assert((v)->type == C_BINARY), (v)->val.buf.ptr)
 #define CONFD_GET_BINARY_SIZE(v) \
   (assert((v)->type == C_BINARY), (v)->val.buf.size)
 
-#define CONFD_SET_HEXSTR(v, p, n)                    \
-  do {                                               \
-    (v)->type = C_HEXSTR;                            \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
-    (v)->val.c_buf.size = (unsigned int)(n);         \
-  } while (0)
+#define CONFD_SET_HEXSTR(v, p, n) CONFD_KIT_SET_BYTES(v, C_HEXSTR, p, n)
 #define CONFD_GET_HEXSTR_PTR(v) \
   (assert((v)->type == C_HEXSTR), (v)->val.buf.ptr)
 #define CONFD_GET_HEXSTR_SIZE(v) \
   (assert((v)->type == C_HEXSTR), (v)->val.buf.size)
 
-#define CONFD_SET_BITBIG(v, p, n)                    \
-  do {                                               \
-    (v)->type = C_BITBIG;                            \
-    (v)->val.c_buf.ptr = (const unsigned char *)(p); \
-    (v)->val.c_buf.size = (unsigned int)(n);         \
-  } while (0)
+#define CONFD_SET_BITBIG(v, p, n) CONFD_KIT_SET_BYTES(v, C_BITBIG, p, n)
 #define CONFD_GET_BITBIG_PTR(v) \
   (assert((v)->type == C_BITBIG), (v)->val.buf.ptr)
 #define CONFD_GET_BITBIG_SIZE(v) \

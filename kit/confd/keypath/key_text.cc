@@ -35,39 +35,6 @@ std::string_view BufView(const confd_value_t& value, const confd_buf_t& buf) {
   return {reinterpret_cast<const char*>(buf.ptr), buf.size};
 }
 
-std::string Base64(std::string_view bytes) {
-  static constexpr char kAlphabet[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string out;
-  out.reserve((bytes.size() + 2) / 3 * 4);
-  for (size_t i = 0; i < bytes.size(); i += 3) {
-    const size_t present = std::min<size_t>(3, bytes.size() - i);
-    uint32_t group = 0;
-    for (size_t j = 0; j < 3; ++j) {
-      group <<= 8;
-      if (j < present) group |= static_cast<unsigned char>(bytes[i + j]);
-    }
-    for (size_t j = 0; j < 4; ++j) {
-      out.push_back(j <= present ? kAlphabet[(group >> (18 - 6 * j)) & 63]
-                                 : '=');
-    }
-  }
-  return out;
-}
-
-std::string HexString(std::string_view bytes) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::string out;
-  out.reserve(bytes.size() * 3);
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (!out.empty()) out.push_back(':');
-    out.push_back(kDigits[byte >> 4]);
-    out.push_back(kDigits[byte & 15]);
-  }
-  return out;
-}
-
 void AppendIpv6(std::string* out, const in6_addr& address) {
   char buf[INET6_ADDRSTRLEN];
   out->append(inet_ntop(AF_INET6, &address, buf, sizeof(buf)));
@@ -156,6 +123,39 @@ void AppendQname(std::string* out, const confd_value_t& value) {
 }
 
 }  // namespace
+
+std::string Base64(std::string_view bytes) {
+  static constexpr char kAlphabet[] =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  out.reserve((bytes.size() + 2) / 3 * 4);
+  for (size_t i = 0; i < bytes.size(); i += 3) {
+    const size_t present = std::min<size_t>(3, bytes.size() - i);
+    uint32_t group = 0;
+    for (size_t j = 0; j < 3; ++j) {
+      group <<= 8;
+      if (j < present) group |= static_cast<unsigned char>(bytes[i + j]);
+    }
+    for (size_t j = 0; j < 4; ++j) {
+      out.push_back(j <= present ? kAlphabet[(group >> (18 - 6 * j)) & 63]
+                                 : '=');
+    }
+  }
+  return out;
+}
+
+std::string HexString(std::string_view bytes) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string out;
+  out.reserve(bytes.size() * 3);
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (!out.empty()) out.push_back(':');
+    out.push_back(kDigits[byte >> 4]);
+    out.push_back(kDigits[byte & 15]);
+  }
+  return out;
+}
 
 void AppendQuotedKey(std::string* out, std::string_view key) {
   if (!key.empty() && std::all_of(key.begin(), key.end(), IsPlainKeyChar)) {

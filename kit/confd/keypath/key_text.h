@@ -27,6 +27,12 @@ void AppendValueKey(std::string* out, const confd_value_t& value);
 // Appends four bytes in network order as "a.b.c.d".
 void AppendDottedQuad(std::string* out, const void* bytes);
 
+// RFC 4648, padded.
+std::string Base64(std::string_view bytes);
+
+// "0a:1b:2c".
+std::string HexString(std::string_view bytes);
+
 template <typename Integer>
 void AppendDecimal(std::string* out, Integer number) {
   // Sign, and one digit more than digits10 promises.

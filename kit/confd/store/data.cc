@@ -308,8 +308,8 @@ void Data::Create(const Target& target) {
   if (!target.is_entry && schema.kind != NodeKind::kPresenceContainer &&
       !is_empty_leaf) {
     Fail(ErrorCode::kNotCreatable,
-         "only list entries, presence containers "
-         "and leaves of type empty can be created");
+         "only list entries, presence containers and leaves of type empty can "
+         "be created");
   }
   RequireHolder(target);
   if (Exists(target)) Fail(ErrorCode::kAlreadyExists, "it exists already");
@@ -338,8 +338,7 @@ void Data::Delete(const Target& target) {
   }
   if (schema.kind == NodeKind::kContainer || schema.kind == NodeKind::kRoot) {
     Fail(ErrorCode::kNotDeletable,
-         "a container without presence is always "
-         "there");
+         "a container without presence is always there");
   }
   if (schema.is_key() || schema.mandatory) {
     Fail(ErrorCode::kNotDeletable,

@@ -19,6 +19,12 @@ struct TreeDeleter {
 };
 using LibyangTree = std::unique_ptr<lyd_node, TreeDeleter>;
 
+// A text of libyang's that is ours to free.
+std::string Owned(char* text) {
+  std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
+  return text != nullptr ? text : "";
+}
+
 // The text between `start` and the next quote, from libyang's description of a
 // place: `Data location "/a/b", line number 7.`
 std::string Quoted(std::string_view text, std::string_view start) {
@@ -81,9 +87,8 @@ Value ImportValue(const SchemaNode& schema, const lyd_node* node) {
   try {
     return schema.type->Parse(lyd_get_value(node));
   } catch (const Error& error) {
-    std::unique_ptr<char, void (*)(void*)> path(
-        lyd_path(node, LYD_PATH_STD, nullptr, 0), std::free);
-    throw DocumentError(0, path ? path.get() : "", error.what());
+    throw DocumentError(0, Owned(lyd_path(node, LYD_PATH_STD, nullptr, 0)),
+                        error.what());
   }
 }
 
@@ -110,7 +115,10 @@ void ImportNode(const lyd_node* node, const SchemaNode& schema, Node& parent) {
       parent.AddToLeafList(schema, ImportValue(schema, node));
       return;
     default:
-      return;
+      // Dropping it without a word would lose configuration.
+      throw DocumentError(0, Owned(lyd_path(node, LYD_PATH_STD, nullptr, 0)),
+                          "anydata and anyxml are not kept; take the node out "
+                          "of the configuration");
   }
 }
 
@@ -254,11 +262,6 @@ class MissingNode {
   }
 
  private:
-  static std::string Owned(char* text) {
-    std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
-    return text != nullptr ? text : "";
-  }
-
   void Search(const SchemaNode& parent) {
     for (const auto& child : parent.children) {
       std::string path =
@@ -405,6 +408,30 @@ uint64_t ExactLine(std::string_view text, Syntax syntax, const ly_ctx& context,
              text.begin(), text.begin() + static_cast<ptrdiff_t>(at), '\n'));
 }
 
+// The line of the node that an instance path leads to, or of the one that
+// should hold it; 0 if it is not found. `tree` is what the text holds.
+uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
+                    const std::string& path) {
+  if (tree == nullptr || path.empty()) return 0;
+  lyd_node* found = nullptr;
+  LY_ERR result = lyd_find_path(tree, path.c_str(), 0, &found);
+  bool is_there = result == LY_SUCCESS || result == LY_EINCOMPLETE;
+  if (!is_there || found == nullptr) return 0;
+
+  std::vector<std::string> names;
+  for (const lyd_node* node = found; node != nullptr; node = lyd_parent(node)) {
+    names.insert(names.begin(), node->schema->name);
+  }
+  // libyang keeps instances of one node in the order of the text.
+  ly_set* instances = nullptr;
+  std::string all = Owned(lysc_path(found->schema, LYSC_PATH_DATA, nullptr, 0));
+  if (lyd_find_xpath(tree, all.c_str(), &instances) != LY_SUCCESS) return 0;
+  uint32_t index = 0;
+  bool is_known = ly_set_contains(instances, found, &index) != 0;
+  ly_set_free(instances, nullptr);
+  return is_known ? LineOfInstance(text, syntax, names, index) : 0;
+}
+
 }  // namespace
 
 Envelope ReadDocument(std::string text, Data& data) {
@@ -445,19 +472,30 @@ Envelope ReadDocument(std::string text, Data& data) {
       place.line += skipped;
       place.line = ExactLine(text, envelope->syntax, *context, place, reason);
     }
-    if (place.line == 0 && CodeOf(*error) == ErrorCode::kNotSet) {
-      // Only the model's node is known: find the place in the data.
+    if (place.line == 0) {
+      // A constraint is broken, so the text itself can be parsed: find the
+      // place in it.
+      bool is_missing = CodeOf(*error) == ErrorCode::kNotSet;
       ly_err_clean(context, nullptr);
       LibyangTree unchecked = parse(LYD_PARSE_ONLY).second;
-      auto paths =
-          MissingNode(unchecked.get(), place.path).Paths(data.schema().root());
-      if (!paths.empty()) place.path = paths.front();
+      if (is_missing) {
+        auto paths = MissingNode(unchecked.get(), place.path)
+                         .Paths(data.schema().root());
+        if (!paths.empty()) place.path = paths.front();
+      }
+      place.line =
+          LineOfPath(text, envelope->syntax, unchecked.get(), place.path);
     }
     ly_err_clean(context, nullptr);
     throw DocumentError(place.line, place.path, reason);
   }
-  text = std::string();
-  Import(tree.get(), data.root());
+  try {
+    Import(tree.get(), data.root());
+  } catch (const DocumentError& error) {
+    throw DocumentError(
+        LineOfPath(text, envelope->syntax, tree.get(), error.path), error.path,
+        error.what());
+  }
   return *envelope;
 }
 

@@ -158,6 +158,11 @@ std::optional<std::string_view> DeclaredPrefix(std::string_view attribute) {
   return attribute.substr(kPrefixed.size());
 }
 
+std::string_view LocalName(std::string_view name) {
+  size_t colon = name.find(':');
+  return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
 // What wraps the document's data, if the element does. Adds what it declares.
 std::optional<Wrapping> AsWrapper(const TagScanner& scanner, const Tag& tag,
                                   Namespaces& in_scope) {
@@ -170,7 +175,7 @@ std::optional<Wrapping> AsWrapper(const TagScanner& scanner, const Tag& tag,
   size_t colon = std::min(tag.name.find(':'), tag.name.size());
   bool prefixed = colon < tag.name.size();
   std::string_view prefix = prefixed ? tag.name.substr(0, colon) : "";
-  std::string_view local = prefixed ? tag.name.substr(colon + 1) : tag.name;
+  std::string_view local = LocalName(tag.name);
   auto ns = inner.find(prefix);
   if (ns == inner.end()) return std::nullopt;
   std::optional<Wrapping> wrapping;
@@ -335,6 +340,102 @@ void UnwrapJson(std::string& text) {
   }
 }
 
+// Looks for a place in a JSON text that is known to be well-formed.
+class JsonFinder {
+ public:
+  JsonFinder(std::string_view text, const std::vector<std::string>& names,
+             size_t index)
+      : text_(text), names_(names), index_(index) {}
+
+  // Where the value begins; nothing if there is none.
+  std::optional<size_t> Find() {
+    Value(0);
+    return found_;
+  }
+
+ private:
+  static constexpr size_t kElsewhere = std::string_view::npos;
+
+  // The next character that is no blank; NUL at the end.
+  char Peek() {
+    at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size());
+    return at_ < text_.size() ? text_[at_] : '\0';
+  }
+
+  std::string_view String() {
+    size_t begin = ++at_;
+    while (at_ < text_.size() && text_[at_] != '"') {
+      at_ += text_[at_] == '\\' ? 2 : 1;
+    }
+    at_ = std::min(at_ + 1, text_.size());
+    return text_.substr(begin, at_ - 1 - begin);
+  }
+
+  // `matched` names lead here, or the way has left them. An array is not a
+  // place of its own: its elements are.
+  void Value(size_t matched) {
+    char first = Peek();
+    if (first == '[') {
+      Sequence(']', [&] { Value(matched); });
+      return;
+    }
+    if (matched == names_.size() && index_-- == 0) found_ = at_;
+    if (first == '{') {
+      Sequence('}', [&] { Member(matched); });
+    } else if (first == '"') {
+      String();
+    } else {
+      at_ = std::min(text_.find_first_of(",]} \t\r\n", at_), text_.size());
+    }
+  }
+
+  void Member(size_t matched) {
+    std::string_view name = String();
+    if (Peek() == ':') ++at_;
+    bool fits = matched < names_.size() && LocalName(name) == names_[matched];
+    Value(fits ? matched + 1 : kElsewhere);
+  }
+
+  template <typename Element>
+  void Sequence(char end, const Element& element) {
+    ++at_;
+    while (!found_ && Peek() != end && at_ < text_.size()) {
+      element();
+      if (Peek() == ',') ++at_;
+    }
+    at_ = std::min(at_ + 1, text_.size());
+  }
+
+  std::string_view text_;
+  const std::vector<std::string>& names_;
+  size_t index_;
+  size_t at_ = 0;
+  std::optional<size_t> found_;
+};
+
+size_t LineOfElement(std::string_view xml,
+                     const std::vector<std::string>& names, size_t index) {
+  TagScanner scanner(xml);
+  size_t depth = 0;
+  size_t matching = 0;  // how many open elements are those of `names`
+  while (auto tag = scanner.Next()) {
+    if (tag->kind == Tag::Kind::kClose) {
+      if (matching == depth) --matching;
+      --depth;
+      continue;
+    }
+    bool fits = matching == depth && depth < names.size() &&
+                LocalName(tag->name) == names[depth];
+    if (fits && depth + 1 == names.size() && index-- == 0) {
+      return LineOf(xml, tag->begin);
+    }
+    if (tag->kind == Tag::Kind::kEmpty) continue;
+    if (fits) ++matching;
+    ++depth;
+  }
+  return 0;
+}
+
 }  // namespace
 
 Envelope Unwrap(std::string& text) {
@@ -365,6 +466,13 @@ Envelope Unwrap(std::string& text) {
   }
   Fail(text, first,
        "it is neither XML (which begins with '<') nor JSON (with '{')");
+}
+
+size_t LineOfInstance(std::string_view text, Syntax syntax,
+                      const std::vector<std::string>& names, size_t index) {
+  if (syntax == Syntax::kXml) return LineOfElement(text, names, index);
+  auto found = JsonFinder(text, names, index).Find();
+  return found ? LineOf(text, *found) : 0;
 }
 
 std::string_view Opening(const Envelope& envelope) {

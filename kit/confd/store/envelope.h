@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kit::store {
 
@@ -36,6 +37,12 @@ class EnvelopeError : public std::runtime_error {
 // binary, not well-formed enough to find its way around, or nested so deep that
 // a recursive parser would overflow its stack.
 Envelope Unwrap(std::string& text);
+
+// The line, from 1, of the instance number `index` (from 0, in the order of the
+// text) of the node that has these names from the top; prefixes and modules do
+// not count. 0 if there is none. The text must be well-formed.
+size_t LineOfInstance(std::string_view text, Syntax syntax,
+                      const std::vector<std::string>& names, size_t index);
 
 // The opening and closing text that puts a document into a wrapper.
 std::string_view Opening(const Envelope& envelope);

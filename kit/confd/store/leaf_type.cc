@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "kit/confd/keypath/key_text.h"
 #include "kit/confd/store/error.h"
 #include "kit/confd/store/text_forms.h"
 #include "kit/confd/store/typedef_chain.h"
@@ -525,7 +526,7 @@ std::string LeafType::PrintBits(const Value& value) const {
                      ? left.find_first_not_of('\0') != std::string::npos
                      : (value.bits() & ~known) != 0;
   if (unknown) {
-    Reject(value.type() == ValueType::kBitbig ? PrintHex(value.text())
+    Reject(value.type() == ValueType::kBitbig ? keypath::HexString(value.text())
                                               : std::to_string(value.bits()),
            "it sets a bit without a name");
   }
@@ -596,9 +597,9 @@ std::string LeafType::Print(const Value& value) const {
       }
       return PrintDecimal64(value.signed_bits(), fraction_digits_);
     case ValueType::kBinary:
-      return PrintBase64(value.text());
+      return keypath::Base64(value.text());
     case ValueType::kHexstr:
-      return PrintHex(value.text());
+      return keypath::HexString(value.text());
     case ValueType::kEmpty:
       return "";
     default:

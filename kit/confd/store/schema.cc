@@ -3,6 +3,8 @@
 #include <libyang/libyang.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <system_error>
 
 #include "kit/confd/store/error.h"
@@ -26,10 +28,6 @@ NodeKind KindOf(const lysc_node* node) {
     default:
       return NodeKind::kAny;
   }
-}
-
-const lysc_node* FirstChild(const lysc_node* node) {
-  return lysc_node_child(node);
 }
 
 std::string LastMessage(const ly_ctx* context) {
@@ -192,7 +190,7 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
     for (const lysc_node* one = first; one != nullptr; one = one->next) {
       auto inner = cases;
       inner.push_back({compiled, one, one == by_default});
-      for (const lysc_node* node = FirstChild(one); node != nullptr;
+      for (const lysc_node* node = lysc_node_child(one); node != nullptr;
            node = node->next) {
         AddNode(node, parent, inner);
       }
@@ -214,7 +212,7 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
     node->type = std::make_unique<LeafType>(compiled, hashes_);
     SetLeafDetails(*node);
   }
-  AddChildren(FirstChild(compiled), *node);
+  AddChildren(lysc_node_child(compiled), *node);
   parent.children.push_back(std::move(node));
 }
 

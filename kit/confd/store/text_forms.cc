@@ -3,7 +3,6 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
-#include <array>
 #include <cstring>
 
 namespace kit::store {
@@ -116,29 +115,10 @@ std::optional<std::string> ParseBase64(std::string_view text) {
   if ((digits + padding) % 4 != 0 || digits % 4 == 1 || padding > 2) {
     return std::nullopt;
   }
-  if (digits % 4 >= 2)
-    bytes.push_back(static_cast<char>(digits % 4 == 2 ? group >> 4 & 0xff
-                                                      : group >> 10 & 0xff));
+  if (digits % 4 == 2) bytes.push_back(static_cast<char>(group >> 4 & 0xff));
+  if (digits % 4 == 3) bytes.push_back(static_cast<char>(group >> 10 & 0xff));
   if (digits % 4 == 3) bytes.push_back(static_cast<char>(group >> 2 & 0xff));
   return bytes;
-}
-
-std::string PrintBase64(std::string_view bytes) {
-  std::string text;
-  for (size_t i = 0; i < bytes.size(); i += 3) {
-    uint32_t group = 0;
-    for (size_t k = 0; k < 3; ++k) {
-      uint8_t byte =
-          i + k < bytes.size() ? static_cast<uint8_t>(bytes[i + k]) : 0;
-      group = group << 8 | byte;
-    }
-    for (size_t k = 0; k < 4; ++k) {
-      bool padded = i + k > bytes.size();
-      text.push_back(padded ? '='
-                            : kBase64Digits[group >> (18 - 6 * k) & 0x3f]);
-    }
-  }
-  return text;
 }
 
 std::optional<std::string> ParseHex(std::string_view text) {
@@ -153,18 +133,6 @@ std::optional<std::string> ParseHex(std::string_view text) {
     bytes.push_back(static_cast<char>(high << 4 | low));
   }
   return bytes;
-}
-
-std::string PrintHex(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  for (char c : bytes) {
-    auto byte = static_cast<uint8_t>(c);
-    if (!text.empty()) text.push_back(':');
-    text.push_back(kDigits[byte >> 4]);
-    text.push_back(kDigits[byte & 0xf]);
-  }
-  return text;
 }
 
 std::optional<int64_t> ParseDecimal64(std::string_view text,

@@ -1,5 +1,5 @@
 // Text forms of addresses and encoded bytes. Parsers give nullopt for a text
-// that is not of their form.
+// that is not of their form. Encoded bytes are printed as in key paths.
 #ifndef KIT_CONFD_STORE_TEXT_FORMS_H_
 #define KIT_CONFD_STORE_TEXT_FORMS_H_
 
@@ -45,11 +45,9 @@ std::optional<std::pair<std::string_view, uint8_t>> SplitPrefix(
     std::string_view text, uint8_t bits);
 
 std::optional<std::string> ParseBase64(std::string_view text);
-std::string PrintBase64(std::string_view bytes);
 
 // "0a:1b:2c".
 std::optional<std::string> ParseHex(std::string_view text);
-std::string PrintHex(std::string_view bytes);
 
 // A number with `fraction_digits` digits after the point, scaled by
 // 10^fraction_digits. The text must be canonical.

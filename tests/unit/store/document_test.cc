@@ -92,24 +92,42 @@ TEST(ReadDocument, NamesLineAndPathOfFaultsInJson) {
 TEST(ReadDocument, NamesThePlaceOfBrokenConstraints) {
   ExpectFaults(
       Rules(),
-      {{"<top xmlns=\"urn:test:rules\"><item><name>a</name>"
-        "<needed>1</needed></item><item><name>b</name></item></top>",
-        0, "/rules:top/item[name='b']/needed",
+      {{"<top xmlns=\"urn:test:rules\">\n<item><name>a</name>\n"
+        "<needed>1</needed></item><!-- <item/> -->\n"
+        "<item><name>b</name></item></top>",
+        4, "/rules:top/item[name='b']/needed",
         "Mandatory node \"needed\" instance does not exist."},
-       {"<top xmlns=\"urn:test:rules\"><load>11</load></top>", 0,
+       {"<r:top xmlns:r=\"urn:test:rules\">\n<r:load>11</r:load></r:top>", 2,
         "/rules:top/load", "The load passes the limit."},
-       {"<top xmlns=\"urn:test:rules\"><item><name>a</name><needed>1</needed>"
-        "<peer>z</peer></item></top>",
-        0, "/rules:top/item[name='a']/peer", "Invalid leafref value \"z\""}});
+       {"<config xmlns=\"http://tail-f.com/ns/config/1.0\">\n"
+        "<top xmlns=\"urn:test:rules\"><item><name>a</name><needed>1</needed>"
+        "</item>\n<item><name>b</name><needed>1</needed>\n"
+        "<peer>z</peer></item></top></config>",
+        4, "/rules:top/item[name='b']/peer", "Invalid leafref value \"z\""},
+       {"{\"rules:top\": {\n\"load\": 11}}", 2, "/rules:top/load",
+        "The load passes the limit."},
+       {"{\"rules:top\": {\"odd\": 1,\n \"item\": [\n"
+        "  {\"name\": \"a, [\\\"\", \"needed\": 1, \"few\": [1, 2]},\n"
+        "  {\"name\": \"b\"}\n]}}",
+        4, "/rules:top/item[name='b']/needed",
+        "Mandatory node \"needed\" instance does not exist."}});
 }
 
 // What libyang takes and the C API can't carry.
 TEST(ReadDocument, AddressesWithAZoneAreFaults) {
   ExpectFaults(Zoo(),
-               {{"<values xmlns=\"urn:test:zoo\"><ip4>10.0.0.1%eth0</ip4>"
+               {{"<values xmlns=\"urn:test:zoo\">\n<ip4>10.0.0.1%eth0</ip4>"
                  "</values>",
-                 0, "/zoo:values/ip4",
+                 2, "/zoo:values/ip4",
                  "\"10.0.0.1%eth0\" is not of type inet:ipv4-address"}});
+}
+
+TEST(ReadDocument, RefusesUnstructuredContentRatherThanDropIt) {
+  ExpectFaults(Rules(),
+               {{"<top xmlns=\"urn:test:rules\">\n<notes><x/></notes></top>", 2,
+                 "/rules:top/notes", "anydata and anyxml are not kept"},
+                {"{\"rules:top\": {\n\"notes\": {\"a:b\": 1}}}", 2,
+                 "/rules:top/notes", "anydata and anyxml are not kept"}});
 }
 
 TEST(ReadDocument, EmptyWrappersAreEmptyConfigurations) {
