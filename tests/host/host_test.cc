@@ -70,9 +70,15 @@ std::string PluginPath(const std::string& name) {
   return std::string(TEST_PLUGIN_FOLDER) + "/" + name + ".so";
 }
 
-bool IsRunning(pid_t pid) {
-  const std::string status = ReadFile(fmt::format("/proc/{}/status", pid));
-  return !status.empty() && status.find("State:\tZ") == std::string::npos;
+bool WaitForEnd(pid_t pid) {
+  for (int i = 0; i < 1000; ++i) {
+    const std::string status = ReadFile(fmt::format("/proc/{}/status", pid));
+    if (status.empty() || status.find("State:\tZ") != std::string::npos) {
+      return true;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
 }
 
 void HostTest::SetUp() {

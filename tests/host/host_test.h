@@ -71,8 +71,9 @@ class HostTest : public ::testing::Test {
 std::string PluginPath(const std::string& name);
 std::string ReadFile(const std::string& path);
 
-// Whether the process runs, rather than being gone or waiting to be reaped.
-bool IsRunning(pid_t pid);
+// Waits until the process is gone or waits to be reaped, as a killed one takes
+// its time; false after ten seconds.
+bool WaitForEnd(pid_t pid);
 
 }  // namespace host_test
 

@@ -257,7 +257,7 @@ TEST_F(OutputTest, ASignalEndsThePluginAndWhatItStarted) {
   ASSERT_TRUE(WaitFor("log", "started "));
   kill(host, SIGTERM);
   Finish(host);
-  EXPECT_FALSE(IsRunning(std::stoi(Read("log").substr(8))));
+  EXPECT_TRUE(WaitForEnd(std::stoi(Read("log").substr(8))));
 }
 
 TEST_F(OutputTest, AReaderThatGoesAwayLeavesNothingBehind) {

@@ -1,7 +1,12 @@
 // What becomes of plug-ins that do not behave.
+#include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <chrono>
+#include <csignal>
+#include <sstream>
+#include <thread>
 
 #include "host_test.h"
 
@@ -40,6 +45,32 @@ TEST_F(PluginTest, ReturningMinusOneIsExitCode1WithItsLog) {
 TEST_F(PluginTest, ReturningAnythingElseButZeroIsAFailureToo) {
   const Outcome outcome = ExpectFailure("returns_seven", 1);
   EXPECT_THAT(outcome.err, HasSubstr("update returned 7"));
+}
+
+TEST_F(PluginTest, AFailureIsExplainedByTheLogOnlyIfThereIsOne) {
+  EXPECT_THAT(ExpectFailure("fails", 1).err, HasSubstr("its log says why"));
+  EXPECT_THAT(ExpectFailure("returns_seven", 1).err,
+              AllOf(HasSubstr("it logged nothing"), HasSubstr("--verbose")));
+}
+
+TEST_F(PluginTest, BeingKilledBeforeThePluginRunsIsNotItsFault) {
+  const std::string config = Path("fifo.xml");
+  ASSERT_EQ(mkfifo(config.c_str(), 0600), 0);
+  const pid_t host = Start(DemoArgs("idle", {config}), {});
+  // The worker waits for somebody to open the other end.
+  const std::string children = fmt::format("/proc/{0}/task/{0}/children", host);
+  pid_t worker = 0;
+  for (int i = 0; i < 1000 && worker == 0; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::istringstream(ReadFile(children)) >> worker;
+  }
+  ASSERT_GT(worker, 0);
+  kill(worker, SIGKILL);
+  const Outcome outcome = Finish(host);
+  EXPECT_EQ(outcome.exit_code, 70) << outcome;
+  EXPECT_THAT(outcome.err,
+              AllOf(HasSubstr(config), HasSubstr("SIGKILL"),
+                    HasSubstr("memory"), Not(HasSubstr("idle.so"))));
 }
 
 TEST_F(PluginTest, BreakingTheNewModelIsExitCode2WithTheConstraint) {
@@ -132,7 +163,7 @@ TEST_F(PluginTest, WhatAHangingPluginStartedEndsWithIt) {
   const Outcome outcome = ExpectFailure("hangs", 5, {"--timeout", "0.3"});
   const size_t at = outcome.out.find("started ");
   ASSERT_NE(at, std::string::npos) << outcome;
-  EXPECT_FALSE(IsRunning(std::stoi(outcome.out.substr(at + 8))));
+  EXPECT_TRUE(WaitForEnd(std::stoi(outcome.out.substr(at + 8))));
 }
 
 TEST_F(PluginTest, ExitingByItselfIsExitCode5) {

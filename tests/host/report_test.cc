@@ -225,6 +225,27 @@ TEST_F(ReportTest, JsonLocatesAFaultOfTheInput) {
   EXPECT_EQ(error["path"], "/demo:demo/item[id='1']/size");
 }
 
+TEST_F(ReportTest, JsonSaysNullWhereAFaultHasNoLineAndNoPath) {
+  const Outcome outcome = RunDemo("idle", {"missing.xml", "--json"});
+  const Json error = Json::parse(outcome.out)["error"];
+  EXPECT_EQ(error["file"], "missing.xml");
+  EXPECT_EQ(error["line"], Json());
+  EXPECT_EQ(error["path"], Json());
+}
+
+TEST_F(ReportTest, AMessageQuotesOnlyTheEndsOfAHugeValue) {
+  const std::string huge = "begin" + std::string(100000, 'x') + "end";
+  const std::string config =
+      Write("huge.xml",
+            "<demo xmlns=\"urn:demo\"><item><id>1</id><label>a</label><size>" +
+                huge + "</size></item></demo>");
+  const Outcome outcome = RunDemo("idle", {config});
+  EXPECT_EQ(outcome.exit_code, 3);
+  EXPECT_LT(outcome.err.size(), 2000U);
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("beginxxx"), HasSubstr("xxxend"),
+                                 HasSubstr(" bytes ...]")));
+}
+
 TEST_F(ReportTest, JsonListsTheBrokenConstraints) {
   const Json report =
       Json::parse(RunDemo("breaks_reference", {Config(), "--json"}).out);

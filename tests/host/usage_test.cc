@@ -34,6 +34,39 @@ TEST_F(UsageTest, HelpOfRunListsEveryOption) {
   }
 }
 
+TEST_F(UsageTest, HelpThatCannotBePrintedIsExitCode6) {
+  Launch launch;
+  launch.stdout_path = "/dev/full";
+  for (const char* option : {"--help", "--version"}) {
+    EXPECT_EQ(Run({option}, launch).exit_code, 6) << option;
+  }
+}
+
+TEST_F(UsageTest, RunningOutOfOpenFilesIsNotReportedAsABug) {
+  Launch launch;
+  launch.executable = "/bin/sh";
+  const Outcome outcome =
+      Run({"-c", "ulimit -n 6; exec \"$0\" run demo.xml", TEST_HOST}, launch);
+  EXPECT_EQ(outcome.exit_code, 70) << outcome;
+  EXPECT_THAT(outcome.err,
+              HasSubstr("Too many open files\n  What to do: free"));
+}
+
+TEST_F(UsageTest, ACurrentFolderThatIsGoneIsNoInternalError) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  Launch launch;
+  launch.executable = "/bin/sh";
+  const Outcome outcome =
+      Run({"-c",
+           "mkdir gone && cd gone && rmdir ../gone && exec \"$0\" run \"$1\" "
+           "--yang-before \"$2/before\" --yang-after \"$2/after\" "
+           "--plugin here.so",
+           TEST_HOST, config, TEST_DEMO_MODELS},
+          launch);
+  EXPECT_EQ(outcome.exit_code, 4) << outcome;
+  EXPECT_THAT(outcome.err, HasSubstr("here.so"));
+}
+
 TEST_F(UsageTest, VersionNamesTheProgram) {
   const Outcome outcome = Run({"--version"});
   EXPECT_EQ(outcome.exit_code, 0);

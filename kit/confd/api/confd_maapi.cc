@@ -90,8 +90,8 @@ const store::List* ListOf(const Scope& scope, const store::Cursor& cursor) {
 }
 
 // Moves to an entry, or past the end without one, and shows its keys.
-int MoveCursor(Call& call, store::Cursor& cursor, const store::Node* entry,
-               maapi_cursor& mc) {
+int MoveCursor(Call& call, store::Cursor& cursor, const store::List* list,
+               const store::Node* entry, maapi_cursor& mc) {
   auto& visible = *static_cast<VisibleKeys*>(cursor.attachment.get());
   cursor.started = true;
   cursor.ended = entry == nullptr;
@@ -99,8 +99,7 @@ int MoveCursor(Call& call, store::Cursor& cursor, const store::Node* entry,
     mc.n = 0;
     return CONFD_OK;
   }
-  cursor.keys = entry->keys;
-  cursor.place = entry->place;
+  cursor.place = list->PlaceOf(*entry);
   visible.Set(entry->keys);
   visible.Show(mc);
   call.Output(mc.keys, entry->keys.size());
@@ -328,23 +327,20 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc,
 }
 
 int maapi_get_next(struct maapi_cursor* mc) {
-  return CursorCall(
-      "maapi_get_next", mc,
-      [&](Call& call, Scope& scope, store::Cursor& cursor) {
-        if (cursor.ended) {
-          mc->n = 0;
-          return CONFD_OK;
-        }
-        const store::List* list = ListOf(scope, cursor);
-        const store::Node* entry = nullptr;
-        if (list != nullptr) {
-          entry = cursor.started
-                      ? list->After({cursor.keys.data(), cursor.keys.size()},
-                                    cursor.place)
-                      : list->First();
-        }
-        return MoveCursor(call, cursor, entry, *mc);
-      });
+  return CursorCall("maapi_get_next", mc,
+                    [&](Call& call, Scope& scope, store::Cursor& cursor) {
+                      if (cursor.ended) {
+                        mc->n = 0;
+                        return CONFD_OK;
+                      }
+                      const store::List* list = ListOf(scope, cursor);
+                      const store::Node* entry = nullptr;
+                      if (list != nullptr) {
+                        entry = cursor.started ? list->After(cursor.place)
+                                               : list->First();
+                      }
+                      return MoveCursor(call, cursor, list, entry, *mc);
+                    });
 }
 
 int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
@@ -382,7 +378,7 @@ int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
                                : entries->Next({from.data(), from.size()},
                                                type == CONFD_FIND_SAME_OR_NEXT);
         }
-        return MoveCursor(call, cursor, entry, *mc);
+        return MoveCursor(call, cursor, entries, entry, *mc);
       });
 }
 

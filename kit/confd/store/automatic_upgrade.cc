@@ -90,7 +90,7 @@ void CarryOverList(const Node& from, const SchemaNode& old_list, Node& to,
   const List* list = from.ListAt(old_list);
   if (list == nullptr) return;
   for (const Node* entry = list->First(); entry != nullptr;
-       entry = list->After(entry->Keys(), entry->place)) {
+       entry = entry->next) {
     auto keys = ConvertKeys(*entry, new_list);
     if (!keys) continue;
     auto [node, is_new] = to.MakeList(new_list).Insert(std::move(*keys));

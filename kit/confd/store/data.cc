@@ -210,7 +210,6 @@ Target Data::Find(const keypath::Path& path, const PathRules& rules) const {
       target.entry = list == nullptr
                          ? nullptr
                          : list->At(static_cast<size_t>(step.position));
-      if (target.entry != nullptr) target.keys = target.entry->keys;
       current = target.entry;
     } else if (step.selector == keypath::Selector::kKeys) {
       target.keys = ParseKeys(child, step.keys);

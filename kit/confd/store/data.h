@@ -46,7 +46,8 @@ struct Target {
   Node* holder = nullptr;
   // That entry's list, or that container.
   const SchemaNode* missing = nullptr;
-  // Keys of the entry that the path ends in; empty for the list as a whole.
+  // Keys of the entry that the path ends in; empty for the list as a whole and
+  // for an entry addressed by position.
   std::vector<Value> keys;
   // That entry, if it is there.
   Node* entry = nullptr;

@@ -197,7 +197,7 @@ class Exporter {
       }
       case NodeKind::kList:
         for (const Node* entry = node.ListAt(schema)->First(); entry != nullptr;
-             entry = node.ListAt(schema)->After(entry->Keys(), entry->place)) {
+             entry = entry->next) {
           Entry(*entry, out);
         }
         return;

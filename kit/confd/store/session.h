@@ -20,9 +20,7 @@ struct Cursor {
   const Module* selected = nullptr;
   bool started = false;
   bool ended = false;
-  // Of the current entry, which may be gone since.
-  std::vector<Value> keys;
-  uint64_t place = 0;
+  List::Place place;  // of the current entry, which may be gone since
   // What the C API keeps with the cursor; released with it.
   std::shared_ptr<void> attachment;
 };

@@ -1,6 +1,8 @@
 #include "kit/confd/store/tree.h"
 
 #include <algorithm>
+#include <atomic>
+#include <iterator>
 
 namespace kit::store {
 namespace {
@@ -161,11 +163,18 @@ std::pair<Node*, bool> List::Insert(std::vector<Value> keys) {
   }
   auto entry = std::make_unique<Node>(*schema_, holder_);
   entry->keys = std::move(keys);
-  Node* node = entries_.insert(place, std::move(entry))->get();
+  auto inserted = entries_.insert(place, std::move(entry));
+  Node* node = inserted->get();
+  Node* before = nullptr;
   if (schema_->user_ordered) {
+    if (!order_.empty()) before = order_.rbegin()->second;
     node->place = ++last_place_;
     order_.emplace_hint(order_.end(), node->place, node);
+  } else {
+    if (inserted != entries_.begin()) before = std::prev(inserted)->get();
+    if (place != entries_.end()) node->next = place->get();
   }
+  if (before != nullptr) before->next = node;
   positions_.clear();
   return {node, true};
 }
@@ -173,10 +182,24 @@ std::pair<Node*, bool> List::Insert(std::vector<Value> keys) {
 bool List::Erase(KeyView keys) {
   auto it = entries_.find(keys);
   if (it == entries_.end()) return false;
-  order_.erase((*it)->place);
+  Node* before = nullptr;
+  if (schema_->user_ordered) {
+    auto in_order = order_.find((*it)->place);
+    if (in_order != order_.begin()) before = std::prev(in_order)->second;
+    order_.erase(in_order);
+  } else if (it != entries_.begin()) {
+    before = std::prev(it)->get();
+  }
+  if (before != nullptr) before->next = (*it)->next;
   entries_.erase(it);
   positions_.clear();
+  stamp_ = NewStamp();
   return true;
+}
+
+uint64_t List::NewStamp() {
+  static std::atomic<uint64_t> last{0};
+  return ++last;
 }
 
 Node* List::First() const {
@@ -193,18 +216,27 @@ Node* List::Next(KeyView keys, bool or_same) const {
   }
   if (keys.size < schema_->key_count) {
     // The user's order says nothing of keys: take the first that fits.
-    for (const auto& [place, node] : order_) {
-      if (Compare({node->keys.data(), keys.size}, keys) == 0) return node;
+    Node* node = First();
+    while (node != nullptr &&
+           Compare({node->keys.data(), keys.size}, keys) != 0) {
+      node = node->next;
     }
-    return nullptr;
+    return node;
   }
   if (!same) return nullptr;
-  return or_same ? it->get() : After(keys, (*it)->place);
+  return or_same ? it->get() : (*it)->next;
 }
 
-Node* List::After(KeyView keys, uint64_t place) const {
-  if (!schema_->user_ordered) return NextByKey(keys);
-  auto next = order_.upper_bound(place);
+List::Place List::PlaceOf(const Node& entry) const {
+  return {&entry, entry.keys, entry.place, stamp_};
+}
+
+Node* List::After(const Place& place) const {
+  if (place.stamp == stamp_) return place.entry->next;
+  if (!schema_->user_ordered) {
+    return NextByKey({place.keys.data(), place.keys.size()});
+  }
+  auto next = order_.upper_bound(place.order);
   return next == order_.end() ? nullptr : next->second;
 }
 
@@ -221,10 +253,8 @@ Node* List::At(size_t position) const {
   if (position >= size()) return nullptr;
   if (positions_.empty()) {
     positions_.reserve(size());
-    if (schema_->user_ordered) {
-      for (const auto& [place, node] : order_) positions_.push_back(node);
-    } else {
-      for (const auto& entry : entries_) positions_.push_back(entry.get());
+    for (Node* node = First(); node != nullptr; node = node->next) {
+      positions_.push_back(node);
     }
   }
   return positions_[position];

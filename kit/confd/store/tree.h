@@ -59,6 +59,7 @@ struct Node {
   Node* parent;  // the node that holds this one or its list; null for the root
   std::vector<Value> keys;  // list entries only; their slots stay empty
   uint64_t place = 0;       // among the entries that the user orders
+  Node* next = nullptr;     // the entry that follows in the list's order
   std::vector<Slot> slots;
 
  private:
@@ -89,9 +90,17 @@ class List {
   // list ordered by key; `or_same` takes that entry itself too. A prefix of
   // the keys stands before every entry that begins with it.
   Node* Next(KeyView keys, bool or_same) const;
-  // The entry that follows the one which had these keys and this place, and
-  // may be gone since.
-  Node* After(KeyView keys, uint64_t place) const;
+  // Where a walk stands; it may go on when the entry is gone.
+  struct Place {
+    const Node* entry = nullptr;
+    std::vector<Value> keys;
+    uint64_t order = 0;
+    uint64_t stamp = 0;
+  };
+  Place PlaceOf(const Node& entry) const;
+  // The entry that follows; takes the same time in a list of any size unless
+  // an entry was erased since.
+  Node* After(const Place& place) const;
   // The same in the order of the keys, also where the user orders the entries.
   Node* FirstByKey() const;
   Node* NextByKey(KeyView keys) const;
@@ -114,8 +123,13 @@ class List {
     }
   };
 
+  // A number that no list had before.
+  static uint64_t NewStamp();
+
   const SchemaNode* schema_;
   Node* holder_;
+  // Changes with every erasure, so that a place can tell that its entry lives.
+  uint64_t stamp_ = NewStamp();
   std::set<std::unique_ptr<Node>, ByKeys> entries_;
   // Only where the user orders the entries: by place. New ones go to the end.
   std::map<uint64_t, Node*> order_;

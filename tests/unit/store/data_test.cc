@@ -9,7 +9,7 @@ namespace {
 std::vector<std::string> Keys(const List& list) {
   std::vector<std::string> keys;
   for (const Node* entry = list.First(); entry != nullptr;
-       entry = list.After(entry->Keys(), entry->place)) {
+       entry = entry->next) {
     keys.push_back(entry->schema->children[0]->type->Print(entry->keys[0]));
   }
   return keys;
@@ -58,12 +58,28 @@ TEST_P(ListTest, AfterAnEntryThatIsGoneComesTheOneBehindIt) {
   List list(schema(), &data.root());
   for (int number : {1, 5, 9}) list.Insert({Key(number)});
   std::vector<Value> key = {Key(5)};
-  const Node* entry = list.Find({key.data(), 1});
-  uint64_t place = entry->place;
+  List::Place place = list.PlaceOf(*list.Find({key.data(), 1}));
   list.Erase({key.data(), 1});
-  const Node* next = list.After({key.data(), 1}, place);
+  const Node* next = list.After(place);
   ASSERT_NE(next, nullptr);
   EXPECT_EQ(next->keys[0], Key(9));
+}
+
+TEST_P(ListTest, AWalkMeetsWhatIsInsertedAheadOfItAndNotWhatIsErased) {
+  Data data(Zoo());
+  List list(schema(), &data.root());
+  for (int number : {1, 5, 7}) list.Insert({Key(number)});
+  List::Place place = list.PlaceOf(*list.First());
+  list.Insert({Key(9)});
+  std::vector<Value> seven = {Key(7)};
+  list.Erase({seven.data(), 1});
+  std::vector<Value> seen;
+  for (const Node* entry = list.After(place); entry != nullptr;
+       entry = list.After(place)) {
+    seen.push_back(entry->keys[0]);
+    place = list.PlaceOf(*entry);
+  }
+  EXPECT_EQ(seen, (std::vector<Value>{Key(5), Key(9)}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Orders, ListTest, testing::Values("by-int", "queue"));
