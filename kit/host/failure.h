@@ -30,6 +30,10 @@ class FailureError : public std::exception {
   Failure failure_;
 };
 
+// For an exception that nobody expected; `where` is "" or " while ...".
+Failure UnexpectedFailure(const std::exception& error,
+                          const std::string& where);
+
 }  // namespace kit::host
 
 #endif  // KIT_HOST_FAILURE_H_

@@ -99,6 +99,15 @@ std::optional<OutputFile> PrepareOutput(
       {ExitCode::kOutputFailed, reason, "name another file with --log", log});
 }
 
+// Whether two names, of files that need not exist, are of the same file.
+bool SameName(const std::string& name, const std::string& other) {
+  std::error_code error;
+  const fs::path path = fs::weakly_canonical(name, error);
+  if (error) return name == other;
+  const fs::path other_path = fs::weakly_canonical(other, error);
+  return error ? name == other : path == other_path;
+}
+
 std::optional<LogFile> OpenLog(const RunOptions& options,
                                const std::optional<struct stat>& input) {
   if (!options.log) return std::nullopt;
@@ -108,8 +117,7 @@ std::optional<LogFile> OpenLog(const RunOptions& options,
             "is the configuration that is read, which is never changed");
   }
   if (options.output && *options.output != "-" &&
-      fs::weakly_canonical(*options.log) ==
-          fs::weakly_canonical(*options.output)) {
+      SameName(*options.log, *options.output)) {
     FailLog(*options.log, "cannot be both the log and the output");
   }
   return std::optional<LogFile>(*options.log);
@@ -153,9 +161,7 @@ Report RunUpgrade(const RunOptions& options) {
   } catch (const FailureError& error) {
     report.failure = error.failure();
   } catch (const std::exception& error) {
-    report.failure = {ExitCode::kInternal,
-                      fmt::format("internal error: {}", error.what()),
-                      "report this together with the command line"};
+    report.failure = UnexpectedFailure(error, "");
   }
   return report;
 }

@@ -26,19 +26,19 @@ constexpr char kExitCodes[] =
     "  4    the plug-in could not be loaded\n"
     "  5    the plug-in aborted, crashed or hung\n"
     "  6    the output, the log or the report could not be written\n"
-    "  70   internal error of this program\n"
+    "  70   internal error of this program, or no more memory, processes or\n"
+    "       open files\n"
     "  128+N  ended by signal N\n"
     "Nothing is written to the output unless the exit code is 0.";
 
 constexpr char kJsonKeys[] =
     "Keys of the --json report: config, plugin, exit_code, outcome, error\n"
-    "(reason, advice, file, line, path; or null), result (of update, or "
-    "null),\n"
-    "log (records of the plug-in), calls (total, by_function, last,\n"
-    "open_cursors), changes (list, created, changed, deleted), valid,\n"
-    "violations (error, path, reason), plugin_output, output and format (or\n"
-    "null); with --diff also entries (change, list, path, leaves), with\n"
-    "--verbose also events (log records and calls in their order).";
+    "(reason, advice, file, line, path), result (of update), log (records of\n"
+    "the plug-in), calls (total, by_function, last, open_cursors), changes\n"
+    "(list, created, changed, deleted), valid, violations (error, path,\n"
+    "reason), plugin_output, output, format; null is what does not apply or\n"
+    "is not known. With --diff also entries (change, list, path, leaves),\n"
+    "with --verbose also events (log records and calls in their order).";
 
 // The hashes that the device family's data-model compiler gave its modules.
 std::map<std::string, uint32_t> DeviceNamespaceHashes() {
@@ -182,8 +182,8 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error, out, err) == 0 ? ExitCode::kSuccess
-                                          : ExitCode::kBadInput;
+    if (app.exit(error, out, err) != 0) return ExitCode::kBadInput;
+    return out.flush() ? ExitCode::kSuccess : ExitCode::kOutputFailed;
   }
   if (!run->parsed()) {
     err << "A subcommand is required: run\n"

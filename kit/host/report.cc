@@ -150,13 +150,17 @@ Json OrNull(const std::optional<T>& value) {
   return value ? Json(*value) : Json();
 }
 
+Json NullIfEmpty(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
 Json FailureJson(const std::optional<Failure>& failure) {
   if (!failure) return nullptr;
   return {{"reason", failure->reason},
           {"advice", failure->advice},
-          {"file", failure->file},
-          {"line", failure->line},
-          {"path", failure->path}};
+          {"file", NullIfEmpty(failure->file)},
+          {"line", failure->line > 0 ? Json(failure->line) : Json()},
+          {"path", NullIfEmpty(failure->path)}};
 }
 
 Json CallsJson(const Report& report) {

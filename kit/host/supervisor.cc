@@ -291,7 +291,7 @@ class Supervisor {
       Fail(ExitCode::kPluginFailed,
            fmt::format("the plug-in failed: update returned {}",
                        report_.result.value_or(-1)),
-           "its log says why");
+           AdviceOnFailure());
     } else if (!report_.violations.empty()) {
       Fail(ExitCode::kInvalidResult,
            fmt::format("the result breaks the new model in {}",
@@ -299,6 +299,23 @@ class Supervisor {
            "a device would give the upgrade up; correct the configuration or "
            "the plug-in");
     }
+  }
+
+  const char* AdviceOnFailure() const {
+    return report_.journal.LogRecords().empty()
+               ? "it logged nothing; --verbose shows which ConfD calls failed"
+               : "its log says why, --verbose which ConfD calls failed";
+  }
+
+  // Not the plug-in's fault.
+  void FailOutsidePlugin(const std::string& death) {
+    const bool killed = WIFSIGNALED(status_) && WTERMSIG(status_) == SIGKILL;
+    Fail(ExitCode::kInternal, "this program " + death,
+         killed ? "somebody ended it, or the machine ran out of memory or a "
+                  "limit was reached; run again with more"
+                : "report this together with the configuration");
+    report_.failure->file = report_.config;
+    AddPluginOutput();
   }
 
   // The worker did not come to its end.
@@ -317,10 +334,7 @@ class Supervisor {
                           WEXITSTATUS(status_));
     }
     if (!timed_out_ && !IsPluginPhase(phase)) {
-      Fail(ExitCode::kInternal,
-           fmt::format("this program {} while {}", death, Describe(phase)),
-           "report this together with the configuration");
-      AddPluginOutput();
+      FailOutsidePlugin(fmt::format("{} while {}", death, Describe(phase)));
       return;
     }
     Fail(ExitCode::kPluginDied,

@@ -31,6 +31,19 @@ std::string Indent(std::string_view text, std::string_view margin) {
   }
 }
 
+std::string Shortened(std::string_view text, size_t max_bytes) {
+  if (text.size() <= max_bytes) return std::string(text);
+  const auto in_character = [text](size_t at) {
+    return at < text.size() && (static_cast<unsigned char>(text[at]) >> 6) == 2;
+  };
+  size_t end = max_bytes / 2;
+  while (end > 0 && in_character(end)) --end;
+  size_t start = text.size() - max_bytes / 2;
+  while (in_character(start)) ++start;
+  return fmt::format("{}[... {} bytes ...]{}", text.substr(0, end), start - end,
+                     text.substr(start));
+}
+
 std::string Counted(size_t number, std::string_view one,
                     std::string_view many) {
   return fmt::format("{} {}", number, number == 1 ? one : many);

@@ -24,12 +24,15 @@
 #include "kit/host/failure.h"
 #include "kit/host/file_descriptor.h"
 #include "kit/host/protocol.h"
+#include "kit/host/text.h"
 
 namespace kit::host {
 namespace {
 
 constexpr size_t kReadChunk = size_t{1} << 20;
 constexpr size_t kWriteChunk = size_t{1} << 16;
+// Of a message that quotes the configuration, which may hold huge values.
+constexpr size_t kMaxQuote = 1000;
 
 using UpdateFunction = int(int maapi_sock, int thandle, int cdb_sock);
 
@@ -153,9 +156,10 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
     return control::Database::Open(task.before, task.after, std::move(text),
                                    ConfigName(task.config));
   } catch (const control::InputError& error) {
-    throw FailureError({ExitCode::kBadInput, error.reason(),
+    throw FailureError({ExitCode::kBadInput,
+                        Shortened(error.reason(), kMaxQuote),
                         "correct the configuration and run again", error.file(),
-                        error.line(), error.path()});
+                        error.line(), Shortened(error.path(), kMaxQuote)});
   } catch (const control::ModelError& error) {
     throw FailureError(
         {ExitCode::kBadInput,
@@ -163,7 +167,9 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
          "correct the models, or name the folders of others "
          "with --yang-before and --yang-after"});
   } catch (const std::bad_alloc&) {
-    FailInput(task.config, "needs more memory than there is");
+    throw FailureError({ExitCode::kBadInput, "needs more memory than there is",
+                        "free memory, or raise its limit, and run again",
+                        ConfigName(task.config)});
   }
 }
 
@@ -175,7 +181,9 @@ std::string LastDlError() {
 // The plug-in stays loaded until the process ends, as it does on a device.
 UpdateFunction* LoadPlugin(const std::string& plugin) {
   // A name without a slash would be looked for along the library path.
-  const std::string path = std::filesystem::absolute(plugin);
+  std::error_code no_current_folder;
+  std::string path = std::filesystem::absolute(plugin, no_current_folder);
+  if (no_current_folder) path = "./" + plugin;
   void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
     throw FailureError(
@@ -335,11 +343,8 @@ void RunWorker(const WorkerTask& task, int message_fd, Progress& progress) {
   } catch (const FailureError& error) {
     channel.Send(FailureMessage{error.failure()});
   } catch (const std::exception& error) {
-    channel.Send(
-        FailureMessage{{ExitCode::kInternal,
-                        fmt::format("internal error while {}: {}",
-                                    Describe(progress.phase()), error.what()),
-                        "report this together with the command line"}});
+    channel.Send(FailureMessage{UnexpectedFailure(
+        error, fmt::format(" while {}", Describe(progress.phase())))});
   }
   channel.Send(DoneMessage{});
 }
