@@ -33,12 +33,13 @@ constexpr char kExitCodes[] =
 
 constexpr char kJsonKeys[] =
     "Keys of the --json report: config, plugin, exit_code, outcome, error\n"
-    "(reason, advice, file, line, path), result (of update), log (records of\n"
-    "the plug-in), calls (total, by_function, last, open_cursors), changes\n"
-    "(list, created, changed, deleted), valid, violations (error, path,\n"
-    "reason), plugin_output, output, format; null is what does not apply or\n"
-    "is not known. With --diff also entries (change, list, path, leaves),\n"
-    "with --verbose also events (log records and calls in their order).";
+    "(reason, advice, file, line, path), not_carried_over (path, value,\n"
+    "reason), log (records of the plug-in), result (of update), calls (total,\n"
+    "by_function, last, open_cursors), changes (list, created, changed,\n"
+    "deleted), valid, violations (error, path, reason), plugin_output,\n"
+    "output, format; null is what does not apply or is not known. With --diff\n"
+    "also entries (change, list, path, leaves), with --verbose also events\n"
+    "(log records and calls in their order).";
 
 // The hashes that the device family's data-model compiler gave its modules.
 std::map<std::string, uint32_t> DeviceNamespaceHashes() {
@@ -77,8 +78,10 @@ std::string CheckNamespace(const std::string& text) {
 
 std::string CheckTimeout(const std::string& text) {
   double seconds = 0;
-  if (CLI::detail::lexical_cast(text, seconds) && std::isfinite(seconds) &&
-      seconds >= 0 && seconds <= 1e6) {
+  const char* end = text.data() + text.size();
+  const auto parsed = std::from_chars(text.data(), end, seconds);
+  const bool is_number = parsed.ec == std::errc() && parsed.ptr == end;
+  if (is_number && std::isfinite(seconds) && seconds >= 0 && seconds <= 1e6) {
     return "";
   }
   return "'" + text + "' is not a number of seconds from 0 to 1000000";

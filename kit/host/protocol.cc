@@ -45,6 +45,17 @@ void Read(const Json& in, ResultMessage& m) {
   in.at(2).get_to(m.open_cursors);
 }
 
+void Write(Json& out, const LossMessage& m) {
+  out.push_back(m.loss.path);
+  out.push_back(m.loss.value);
+  out.push_back(m.loss.reason);
+}
+void Read(const Json& in, LossMessage& m) {
+  in.at(1).get_to(m.loss.path);
+  in.at(2).get_to(m.loss.value);
+  in.at(3).get_to(m.loss.reason);
+}
+
 void Write(Json& out, const ViolationMessage& m) {
   out.push_back(m.violation.error);
   out.push_back(m.violation.path);

@@ -31,6 +31,9 @@ struct ResultMessage {
   int result;
   uint64_t open_cursors;
 };
+struct LossMessage {
+  control::Loss loss;
+};
 struct ViolationMessage {
   control::Violation violation;
 };
@@ -52,8 +55,8 @@ struct DoneMessage {};
 
 using Message =
     std::variant<PhaseMessage, InputMessage, LogMessage, CallMessage,
-                 ResultMessage, ViolationMessage, ValidatedMessage, ListTotals,
-                 EntryMessage, FailureMessage, DoneMessage>;
+                 ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
+                 ListTotals, EntryMessage, FailureMessage, DoneMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

@@ -121,6 +121,37 @@ void AppendChanges(const Report& report, std::string& text) {
   }
 }
 
+// What is lost before the plug-in runs would otherwise be seen nowhere.
+void AppendLosses(const Report& report, bool all, std::string& text) {
+  constexpr size_t kShown = 10;
+  if (report.losses.empty()) return;
+  text +=
+      fmt::format("Automatic upgrade: {} not carried over into the new model\n",
+                  Counted(report.losses.size(), "node is", "nodes are"));
+  const size_t shown =
+      all ? report.losses.size() : std::min(kShown, report.losses.size());
+  for (size_t i = 0; i < shown; ++i) {
+    const control::Loss& loss = report.losses[i];
+    const std::string value =
+        loss.value.empty() ? "" : fmt::format(" ({})", OneLine(loss.value));
+    text += fmt::format("  {}{}: {}\n", OneLine(loss.path), value,
+                        OneLine(loss.reason));
+  }
+  if (shown < report.losses.size()) {
+    text += fmt::format("  ... and {} more, which --diff shows\n",
+                        report.losses.size() - shown);
+  }
+}
+
+Json LossesJson(const Report& report) {
+  Json losses = Json::array();
+  for (const control::Loss& loss : report.losses) {
+    losses.push_back(
+        {{"path", loss.path}, {"value", loss.value}, {"reason", loss.reason}});
+  }
+  return losses;
+}
+
 void AppendValidation(const Report& report, std::string& text) {
   if (!report.validated) return;
   if (report.violations.empty()) {
@@ -267,6 +298,7 @@ std::string RenderText(const Report& report, const ReportView& view) {
   std::string text =
       fmt::format("Configuration: {}\nPlug-in: {}\n", OneLine(report.config),
                   OneLine(report.plugin));
+  AppendLosses(report, view.diff, text);
   AppendLog(report, text);
   AppendPluginOutput(report, text);
   AppendResult(report, text);
@@ -290,6 +322,7 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"outcome", Name(report.exit_code())},
       {"error", FailureJson(report.failure)},
       {"result", OrNull(report.result)},
+      {"not_carried_over", LossesJson(report)},
       {"log", report.journal.LogRecords()},
       {"calls", CallsJson(report)},
       {"changes", ChangesJson(report)},

@@ -20,7 +20,8 @@ struct Report {
   Journal journal;
   // Of update; none when it did not return.
   std::optional<int> result;
-  uint64_t open_cursors = 0;  // left by the plug-in
+  uint64_t open_cursors = 0;          // left by the plug-in
+  std::vector<control::Loss> losses;  // before the plug-in ran
   bool validated = false;
   std::vector<control::Violation> violations;
   bool compared = false;

@@ -262,6 +262,9 @@ class Supervisor {
     report_.result = message.result;
     report_.open_cursors = message.open_cursors;
   }
+  void On(LossMessage& message) {
+    report_.losses.push_back(std::move(message.loss));
+  }
   void On(ViolationMessage& message) {
     report_.violations.push_back(std::move(message.violation));
   }

@@ -254,6 +254,9 @@ class Worker {
     Enter(Phase::kParsing);
     control::Database database = OpenDatabase(task_, std::move(text));
     channel_.Send(InputMessage{database.input_format()});
+    for (const control::Loss& loss : database.Losses()) {
+      channel_.Send(LossMessage{loss});
+    }
     if (RunPlugin(database) != 0) return;
     const bool valid = Validate(database);
     if (task_.count_changes || task_.send_entries) Compare(database);

@@ -31,6 +31,10 @@ TEST_F(ReportTest, TheSummaryHasLogResultCallsAndChanges) {
                              "Plug-in: " +
                              PluginPath("well_behaved") +
                              "\n"
+                             "Automatic upgrade: 1 node is not carried over "
+                             "into the new model\n"
+                             "  /demo/item{1}/obsolete (old): the new model "
+                             "has no such node\n"
                              "Log (2 records):\n"
                              "  2 items\n"
                              "  done\n"
@@ -51,6 +55,42 @@ TEST_F(ReportTest, APluginThatDoesNothingChangesNothing) {
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("Log: no records\n"),
                                  HasSubstr("ConfD calls: 0\n"),
                                  HasSubstr("Changes: none\n")));
+}
+
+// Items 1 to `count` with a leaf that the new model does not have.
+std::string ItemsWithObsoleteLeaves(int count) {
+  std::string xml = "<demo xmlns=\"urn:demo\">\n";
+  for (int i = 1; i <= count; ++i) {
+    xml += "<item><id>" + std::to_string(i) +
+           "</id><label>l</label><obsolete>old</obsolete></item>\n";
+  }
+  return xml + "</demo>\n";
+}
+
+TEST_F(ReportTest, WhatTheNewModelHasNoPlaceForIsNamed) {
+  const std::string config = Write("old.xml", ItemsWithObsoleteLeaves(1));
+  const std::string line =
+      "/demo/item{1}/obsolete (old): the new model has no such node";
+  EXPECT_THAT(RunDemo("idle", {config}).out,
+              HasSubstr("Automatic upgrade: 1 node is not carried over into "
+                        "the new model\n  " +
+                        line + "\nLog: "));
+  const Json report = Json::parse(RunDemo("idle", {config, "--json"}).out);
+  EXPECT_EQ(report["not_carried_over"],
+            Json({{{"path", "/demo/item{1}/obsolete"},
+                   {"value", "old"},
+                   {"reason", "the new model has no such node"}}}));
+}
+
+TEST_F(ReportTest, ManyLossesAreCutUnlessDiffIsGiven) {
+  const std::string config = Write("old.xml", ItemsWithObsoleteLeaves(12));
+  const std::string cut = RunDemo("idle", {config}).out;
+  EXPECT_THAT(cut, AllOf(HasSubstr("12 nodes are not carried over"),
+                         HasSubstr("item{10}/obsolete"),
+                         Not(HasSubstr("item{11}/obsolete")),
+                         HasSubstr("  ... and 2 more, which --diff shows\n")));
+  EXPECT_THAT(RunDemo("idle", {config, "--diff"}).out,
+              AllOf(HasSubstr("item{12}/obsolete"), Not(HasSubstr("more,"))));
 }
 
 TEST_F(ReportTest, QuietPrintsNothingOnSuccess) {

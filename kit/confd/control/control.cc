@@ -80,6 +80,14 @@ Format Database::input_format() const {
              : Format::kJson;
 }
 
+std::vector<Loss> Database::Losses() const {
+  std::vector<Loss> losses;
+  for (const store::Loss& loss : impl_->database.losses()) {
+    losses.push_back({loss.path, loss.value, loss.reason});
+  }
+  return losses;
+}
+
 Handles Database::Attach() {
   if (impl_->handles) return *impl_->handles;
   store::Sessions& sessions = store::Sessions::Instance();
@@ -108,6 +116,10 @@ std::vector<Violation> Database::Validate() const {
 void Database::Save(Format format,
                     const std::function<void(std::string_view)>& sink) const {
   store::Envelope envelope = impl_->database.envelope();
+  if (envelope.syntax == store::Syntax::kJson) {
+    // Several elements without one around them are no XML document.
+    envelope.wrapping = store::Wrapping::kConfig;
+  }
   envelope.syntax =
       format == Format::kXml ? store::Syntax::kXml : store::Syntax::kJson;
   store::WriteDocument(impl_->database.transaction(), envelope, sink);

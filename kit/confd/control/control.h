@@ -54,6 +54,13 @@ class KIT_CONTROL_EXPORT InputError : public std::runtime_error {
   std::string reason_;
 };
 
+// Something of the old configuration that the new models have no place for.
+struct Loss {
+  std::string path;   // key path of the node in the old configuration
+  std::string value;  // of a leaf, "" for an entry or a container
+  std::string reason;
+};
+
 // A constraint of the new model that the upgraded configuration breaks.
 struct Violation {
   int error;  // the number that a commit on a device would give (CONFD_ERR_*)
@@ -102,6 +109,9 @@ class KIT_CONTROL_EXPORT Database {
 
   Format input_format() const;
 
+  // What the start of the transaction could not carry over into it.
+  std::vector<Loss> Losses() const;
+
   // Opens the sockets and the transaction, once; the same handles after that.
   // Throws std::system_error when the system has no more descriptors.
   Handles Attach();
@@ -109,7 +119,8 @@ class KIT_CONTROL_EXPORT Database {
   // Checks the transaction as a device's commit would; empty when it is valid.
   std::vector<Violation> Validate() const;
 
-  // Hands the transaction's content to `sink`, piece by piece.
+  // Hands the transaction's content to `sink`, piece by piece. XML is wrapped
+  // as the input was, or as confd_load writes it if that was JSON.
   void Save(Format format,
             const std::function<void(std::string_view)>& sink) const;
 

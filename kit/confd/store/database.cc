@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "kit/confd/store/automatic_upgrade.h"
 #include "kit/confd/store/document.h"
 
 namespace kit::store {
@@ -16,10 +15,10 @@ Database::Database(const std::filesystem::path& models_before,
       schema_after_(models_after, hashes_after),
       running_(schema_before_),
       envelope_(ReadDocument(std::move(text), running_)),
-      transaction_(UpgradeAutomatically(running_, schema_after_)) {}
+      transaction_(UpgradeAutomatically(running_, schema_after_, &losses_)) {}
 
 Data Database::StartOfTransaction() const {
-  return UpgradeAutomatically(running_, schema_after_);
+  return UpgradeAutomatically(running_, schema_after_, nullptr);
 }
 
 }  // namespace kit::store

@@ -5,7 +5,9 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
+#include "kit/confd/store/automatic_upgrade.h"
 #include "kit/confd/store/data.h"
 #include "kit/confd/store/envelope.h"
 #include "kit/confd/store/schema.h"
@@ -26,6 +28,9 @@ class Database {
   const Data& transaction() const { return transaction_; }
   const Envelope& envelope() const { return envelope_; }
 
+  // What the start of the transaction left behind.
+  const std::vector<Loss>& losses() const { return losses_; }
+
   // The transaction as it stood before any program wrote to it.
   Data StartOfTransaction() const;
 
@@ -34,6 +39,7 @@ class Database {
   Schema schema_after_;
   Data running_;
   Envelope envelope_;
+  std::vector<Loss> losses_;
   Data transaction_;
 };
 

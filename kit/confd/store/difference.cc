@@ -1,7 +1,5 @@
 #include "kit/confd/store/difference.h"
 
-#include "kit/confd/keypath/keypath.h"
-
 namespace kit::store {
 namespace {
 
@@ -109,16 +107,6 @@ class Comparison {
       if (old_side != nullptr) old_entry = before->NextByKey(old_side->Keys());
       if (new_side != nullptr) new_entry = after->NextByKey(new_side->Keys());
     }
-  }
-
-  static std::string KeyText(const Node& entry) {
-    std::string text;
-    for (size_t i = 0; i < entry.keys.size(); ++i) {
-      text += i == 0 ? '{' : ' ';
-      text += keypath::QuoteKey(
-          entry.schema->children[i]->type->Print(entry.keys[i]));
-    }
-    return text + "}";
   }
 
   const std::function<void(const EntryDifference&)>& sink_;

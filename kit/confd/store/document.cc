@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 
 #include "kit/confd/store/text_forms.h"
@@ -466,6 +467,7 @@ Envelope ReadDocument(std::string text, Data& data) {
     if (error == nullptr) {
       throw DocumentError(0, "", "libyang can't parse it");
     }
+    if (error->no == LY_EMEM) throw std::bad_alloc();
     Place place = PlaceOf(*error);
     std::string reason = ReasonOf(*error);
     if (place.line > 0) {

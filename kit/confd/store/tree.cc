@@ -4,6 +4,8 @@
 #include <atomic>
 #include <iterator>
 
+#include "kit/confd/keypath/keypath.h"
+
 namespace kit::store {
 namespace {
 
@@ -148,6 +150,22 @@ bool Node::DefaultApplies(const SchemaNode& child) const {
     if (other_case_set || (!own_case_set && !own.is_default)) return false;
   }
   return true;
+}
+
+std::string KeyText(const Node& entry) {
+  std::string text;
+  for (size_t i = 0; i < entry.keys.size(); ++i) {
+    text += i == 0 ? '{' : ' ';
+    text += keypath::QuoteKey(
+        entry.schema->children[i]->type->Print(entry.keys[i]));
+  }
+  return text + "}";
+}
+
+std::string KeyPath(const Node& node) {
+  if (node.parent == nullptr) return "";
+  std::string path = KeyPath(*node.parent) + "/" + node.schema->PathName();
+  return node.keys.empty() ? path : path + KeyText(node);
 }
 
 Node* List::Find(KeyView keys) const {

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <string>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -68,6 +69,11 @@ struct Node {
   // above it, is in.
   void ClearOtherCases(const SchemaNode& child);
 };
+
+// "{1 10.0.0.1}" for an entry, as it stands in a key path.
+std::string KeyText(const Node& entry);
+// The key path of a node: "/a/b{1}/c", "" for the root.
+std::string KeyPath(const Node& node);
 
 // The entries of one list, in its order: by key, or as they were added where
 // the model says that the user orders them.
