@@ -427,10 +427,15 @@ uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
   ly_set* instances = nullptr;
   std::string all = Owned(lysc_path(found->schema, LYSC_PATH_DATA, nullptr, 0));
   if (lyd_find_xpath(tree, all.c_str(), &instances) != LY_SUCCESS) return 0;
-  uint32_t index = 0;
-  bool is_known = ly_set_contains(instances, found, &index) != 0;
+  // Defaults that validation has added are not in the text.
+  size_t index = 0;
+  for (uint32_t i = 0; i < instances->count; ++i) {
+    const lyd_node* node = instances->dnodes[i];
+    if (node == found) break;
+    if ((node->flags & LYD_DEFAULT) == 0) ++index;
+  }
   ly_set_free(instances, nullptr);
-  return is_known ? LineOfInstance(text, syntax, names, index) : 0;
+  return LineOfInstance(text, syntax, names, index);
 }
 
 }  // namespace

@@ -122,6 +122,15 @@ TEST(ReadDocument, AddressesWithAZoneAreFaults) {
                  "\"10.0.0.1%eth0\" is not of type inet:ipv4-address"}});
 }
 
+TEST(ReadDocument, DefaultsOfOtherEntriesDoNotMoveTheLineOfAFault) {
+  ExpectFaults(Rules(),
+               {{"<top xmlns=\"urn:test:rules\">\n<host><name>a</name></host>\n"
+                 "<host><name>b</name>\n<address>10.0.0.1%eth0</address>"
+                 "</host></top>",
+                 4, "/rules:top/host[name='b']/address",
+                 "\"10.0.0.1%eth0\" is not of type inet:ipv4-address"}});
+}
+
 TEST(ReadDocument, RefusesUnstructuredContentRatherThanDropIt) {
   ExpectFaults(Rules(),
                {{"<top xmlns=\"urn:test:rules\">\n<notes><x/></notes></top>", 2,
