@@ -467,12 +467,14 @@ Envelope ReadDocument(std::string text, Data& data) {
     return std::make_pair(result, LibyangTree(parsed));
   };
   auto [result, tree] = parse(0);
+  // The machine's fault and not the text's, though the messages blame that:
+  // libyang and its pattern matcher ran out of memory.
+  if (result == LY_EMEM || result == LY_ESYS) throw std::bad_alloc();
   if (result != LY_SUCCESS) {
     const ly_err_item* error = FirstError(context);
     if (error == nullptr) {
       throw DocumentError(0, "", "libyang can't parse it");
     }
-    if (error->no == LY_EMEM) throw std::bad_alloc();
     Place place = PlaceOf(*error);
     std::string reason = ReasonOf(*error);
     if (place.line > 0) {
