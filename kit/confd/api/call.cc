@@ -5,7 +5,7 @@
 #include <new>
 #include <system_error>
 
-#include "kit/confd/store/error.h"
+#include "kit/confd/model/error.h"
 
 namespace kit::api {
 namespace {

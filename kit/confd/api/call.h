@@ -16,9 +16,9 @@
 
 #include "kit/confd/api/values.h"
 #include "kit/confd/keypath/keypath.h"
-#include "kit/confd/store/call_hooks.h"
-#include "kit/confd/store/data.h"
-#include "kit/confd/store/session.h"
+#include "kit/confd/session/call_hooks.h"
+#include "kit/confd/session/session.h"
+#include "kit/confd/tree/data.h"
 
 namespace kit::api {
 

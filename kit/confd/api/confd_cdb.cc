@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kit/confd/api/call.h"
-#include "kit/confd/store/error.h"
+#include "kit/confd/model/error.h"
 
 namespace store = kit::store;
 using kit::api::Call;

@@ -8,7 +8,7 @@
 #include <new>
 
 #include "kit/confd/keypath/keypath.h"
-#include "kit/confd/store/error.h"
+#include "kit/confd/model/error.h"
 
 namespace kit::api {
 namespace {

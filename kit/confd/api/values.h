@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "kit/confd/store/data.h"
-#include "kit/confd/store/value.h"
+#include "kit/confd/model/value.h"
+#include "kit/confd/tree/data.h"
 
 namespace kit::api {
 

@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "kit/confd/store/call_hooks.h"
-#include "kit/confd/store/database.h"
-#include "kit/confd/store/difference.h"
-#include "kit/confd/store/document.h"
-#include "kit/confd/store/session.h"
+#include "kit/confd/document/document.h"
+#include "kit/confd/session/call_hooks.h"
+#include "kit/confd/session/session.h"
+#include "kit/confd/upgrade/database.h"
+#include "kit/confd/upgrade/difference.h"
 
 namespace kit::control {
 namespace {

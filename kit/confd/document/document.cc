@@ -1,0 +1,555 @@
+#include "kit/confd/document/document.h"
+
+#include <libyang/libyang.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <new>
+#include <optional>
+
+#include "kit/confd/text/text_forms.h"
+
+namespace kit::store {
+namespace {
+
+struct TreeDeleter {
+  void operator()(lyd_node* node) const { lyd_free_all(node); }
+};
+using LibyangTree = std::unique_ptr<lyd_node, TreeDeleter>;
+
+// A text of libyang's that is ours to free.
+std::string Owned(char* text) {
+  std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
+  return text != nullptr ? text : "";
+}
+
+// The text between `start` and the next quote, from libyang's description of a
+// place: `Data location "/a/b", line number 7.`
+std::string Quoted(std::string_view text, std::string_view start) {
+  size_t begin = text.find(start);
+  if (begin == std::string_view::npos) return "";
+  begin += start.size();
+  return std::string(text.substr(begin, text.find("\",", begin) - begin));
+}
+
+struct Place {
+  std::string path;
+  uint64_t line = 0;
+};
+
+Place PlaceOf(const ly_err_item& error) {
+  Place place;
+  if (error.path == nullptr) return place;
+  std::string text = error.path;
+  // A message may end in the path alone or in several parts with a period.
+  if (!text.empty() && text.back() == '.') text.back() = ',';
+  for (std::string_view start : {"ata location \"", "chema location \""}) {
+    if (place.path.empty()) place.path = Quoted(text, start);
+  }
+  constexpr std::string_view kLine = "ine number ";
+  if (size_t at = text.find(kLine); at != std::string::npos) {
+    std::string_view digits = std::string_view(text).substr(at + kLine.size());
+    digits = digits.substr(0, digits.find_first_not_of("0123456789"));
+    place.line = ParseNumber<uint64_t>(digits).value_or(0);
+  }
+  if (place.path.empty() && place.line == 0) place.path = error.path;
+  return place;
+}
+
+// The first error; warnings may stand before it. Null without one.
+const ly_err_item* FirstError(const ly_ctx* context) {
+  const ly_err_item* error = ly_err_first(context);
+  while (error != nullptr && error->level != LY_LLERR) error = error->next;
+  return error;
+}
+
+std::string ReasonOf(const ly_err_item& error) {
+  return error.msg != nullptr ? error.msg : "it is invalid";
+}
+
+// ---- libyang's tree into ours ---------------------------------------------
+
+const SchemaNode* SchemaOf(const SchemaNode& parent, const lyd_node* node) {
+  auto found = parent.by_name.find(node->schema->name);
+  if (found == parent.by_name.end()) return nullptr;
+  for (const SchemaNode* child : found->second) {
+    if (child->compiled == node->schema) return child;
+  }
+  return nullptr;
+}
+
+void Import(const lyd_node* first, Node& parent);
+
+// libyang's tree knows no lines any more.
+Value ImportValue(const SchemaNode& schema, const lyd_node* node) {
+  try {
+    return schema.type->Parse(lyd_get_value(node));
+  } catch (const Error& error) {
+    throw DocumentError(0, Owned(lyd_path(node, LYD_PATH_STD, nullptr, 0)),
+                        error.what());
+  }
+}
+
+void ImportNode(const lyd_node* node, const SchemaNode& schema, Node& parent) {
+  switch (schema.kind) {
+    case NodeKind::kContainer:
+    case NodeKind::kPresenceContainer:
+      Import(lyd_child(node), parent.MakeContainer(schema));
+      return;
+    case NodeKind::kList: {
+      std::vector<Value> keys;
+      const lyd_node* child = lyd_child(node);
+      for (size_t i = 0; i < schema.key_count; ++i, child = child->next) {
+        keys.push_back(ImportValue(*schema.children[i], child));
+      }
+      Node* entry = parent.MakeList(schema).Insert(std::move(keys)).first;
+      Import(child, *entry);
+      return;
+    }
+    case NodeKind::kLeaf:
+      parent.SetLeaf(schema, ImportValue(schema, node));
+      return;
+    case NodeKind::kLeafList:
+      parent.AddToLeafList(schema, ImportValue(schema, node));
+      return;
+    default:
+      // Dropping it without a word would lose configuration.
+      throw DocumentError(0, Owned(lyd_path(node, LYD_PATH_STD, nullptr, 0)),
+                          "anydata and anyxml are not kept; take the node out "
+                          "of the configuration");
+  }
+}
+
+void Import(const lyd_node* first, Node& parent) {
+  for (const lyd_node* node = first; node != nullptr; node = node->next) {
+    // Defaults come from the schema whenever they are asked for.
+    if ((node->flags & LYD_DEFAULT) != 0 || node->schema == nullptr) continue;
+    if (const SchemaNode* schema = SchemaOf(*parent.schema, node)) {
+      ImportNode(node, *schema, parent);
+    }
+  }
+}
+
+// ---- our tree into libyang's ----------------------------------------------
+
+class Exporter {
+ public:
+  explicit Exporter(const Data& data) : context_(data.schema().context()) {}
+
+  LibyangTree Export(const Node& root) {
+    Children(root, nullptr);
+    return std::move(tree_);
+  }
+
+ private:
+  void Check(LY_ERR result, const SchemaNode& schema) {
+    if (result == LY_SUCCESS) return;
+    const char* why = ly_errmsg(context_);
+    throw Error(ErrorCode::kInternal,
+                "libyang does not take " + schema.Path() + ": " +
+                    (why != nullptr ? why : "unknown reason"));
+  }
+
+  // Nodes at the top hang on each other, not on a parent.
+  void Adopt(lyd_node* node, lyd_node* parent, const SchemaNode& schema) {
+    if (parent != nullptr) return;
+    lyd_node* first = tree_.release();
+    Check(lyd_insert_sibling(first, node, &first), schema);
+    tree_.reset(first);
+  }
+
+  void Children(const Node& node, lyd_node* out) {
+    for (const auto& child : node.schema->children) {
+      if (child->is_key() || !node.IsSet(*child)) continue;
+      Child(node, *child, out);
+    }
+  }
+
+  void Term(const SchemaNode& schema, const Value& value, lyd_node* out) {
+    lyd_node* term = nullptr;
+    Check(lyd_new_term(out, schema.module->compiled, schema.name.c_str(),
+                       schema.type->Print(value).c_str(), 0, &term),
+          schema);
+    Adopt(term, out, schema);
+  }
+
+  void Child(const Node& node, const SchemaNode& schema, lyd_node* out) {
+    switch (schema.kind) {
+      case NodeKind::kLeaf:
+        Term(schema, *node.SetValue(schema), out);
+        return;
+      case NodeKind::kLeafList:
+        for (const Value& value : *node.LeafListValues(schema)) {
+          Term(schema, value, out);
+        }
+        return;
+      case NodeKind::kContainer:
+      case NodeKind::kPresenceContainer: {
+        lyd_node* inner = nullptr;
+        Check(lyd_new_inner(out, schema.module->compiled, schema.name.c_str(),
+                            0, &inner),
+              schema);
+        Adopt(inner, out, schema);
+        Children(*node.Container(schema), inner);
+        return;
+      }
+      case NodeKind::kList:
+        for (const Node* entry = node.ListAt(schema)->First(); entry != nullptr;
+             entry = entry->next) {
+          Entry(*entry, out);
+        }
+        return;
+      default:
+        return;
+    }
+  }
+
+  void Entry(const Node& entry, lyd_node* out) {
+    const SchemaNode& schema = *entry.schema;
+    // libyang takes as many arguments as the list has keys.
+    std::string keys[9];
+    for (size_t i = 0; i < entry.keys.size(); ++i) {
+      keys[i] = schema.children[i]->type->Print(entry.keys[i]);
+    }
+    lyd_node* list = nullptr;
+    Check(lyd_new_list(out, schema.module->compiled, schema.name.c_str(), 0,
+                       &list, keys[0].c_str(), keys[1].c_str(), keys[2].c_str(),
+                       keys[3].c_str(), keys[4].c_str(), keys[5].c_str(),
+                       keys[6].c_str(), keys[7].c_str(), keys[8].c_str()),
+          schema);
+    Adopt(list, out, schema);
+    Children(entry, list);
+  }
+
+  ly_ctx* context_;
+  LibyangTree tree_;
+};
+
+bool StartsWith(std::string_view text, std::string_view start) {
+  return text.compare(0, start.size(), start) == 0;
+}
+
+// What a commit checks besides the types, which every write has met already. A
+// must constraint may bring a tag and a message of the model's own.
+ErrorCode CodeOf(const ly_err_item& error) {
+  std::string_view tag = error.apptag != nullptr ? error.apptag : "";
+  std::string_view message = error.msg != nullptr ? error.msg : "";
+  if (tag == "instance-required") return ErrorCode::kBadKeyref;
+  if (tag == "missing-choice" || tag == "too-few-elements" ||
+      StartsWith(message, "Mandatory ")) {
+    return ErrorCode::kNotSet;
+  }
+  bool is_other = tag == "too-many-elements" || tag == "data-not-unique" ||
+                  StartsWith(message, "When condition") ||
+                  StartsWith(message, "Duplicate instance") ||
+                  StartsWith(message, "Data for both cases");
+  if (is_other) return ErrorCode::kBadType;
+  return ErrorCode::kMustFailed;
+}
+
+// libyang says of a missing node only which one of the model it is; this finds
+// where. Empty if nothing is found.
+class MissingNode {
+ public:
+  MissingNode(const lyd_node* tree, std::string schema_path)
+      : tree_(tree), schema_path_(std::move(schema_path)) {}
+
+  std::vector<std::string> Paths(const SchemaNode& root) {
+    Search(root);
+    return std::move(paths_);
+  }
+
+ private:
+  void Search(const SchemaNode& parent) {
+    for (const auto& child : parent.children) {
+      std::string path =
+          Owned(lysc_path(child->compiled, LYSC_PATH_LOG, nullptr, 0));
+      for (const SchemaNode::CaseOf& one : child->cases) {
+        if (Owned(lysc_path(one.choice, LYSC_PATH_LOG, nullptr, 0)) ==
+            schema_path_) {
+          ReportChoice(parent, one.choice);
+          return;
+        }
+      }
+      if (path == schema_path_) {
+        Report(*child);
+      } else if (StartsWith(schema_path_, path + "/")) {
+        Search(*child);
+      }
+    }
+  }
+
+  static std::string FullName(const SchemaNode& node) {
+    return node.module->name + ":" + node.name;
+  }
+
+  void Report(const SchemaNode& missing) {
+    std::string own = FullName(missing);
+    if (missing.parent->parent == nullptr) {
+      paths_.push_back("/" + own);
+      return;
+    }
+    for (const std::string& holder : Without(*missing.parent, own)) {
+      bool same_module = missing.module == missing.parent->module;
+      paths_.push_back(holder + "/" + (same_module ? missing.name : own));
+    }
+  }
+
+  // A choice is no node of the data: what holds it is at fault.
+  void ReportChoice(const SchemaNode& holder, const lysc_node* choice) {
+    if (holder.parent == nullptr) return;
+    std::string any;
+    for (const auto& child : holder.children) {
+      for (const SchemaNode::CaseOf& one : child->cases) {
+        if (one.choice == choice) {
+          any += (any.empty() ? "" : " or ") + FullName(*child);
+        }
+      }
+    }
+    paths_ = Without(holder, any);
+  }
+
+  // The instances of `holder` for which the expression does not hold.
+  std::vector<std::string> Without(const SchemaNode& holder,
+                                   const std::string& expression) {
+    std::vector<std::string> paths;
+    std::string xpath =
+        Owned(lysc_path(holder.compiled, LYSC_PATH_DATA, nullptr, 0)) +
+        "[not(" + expression + ")]";
+    ly_set* found = nullptr;
+    if (tree_ == nullptr ||
+        lyd_find_xpath(tree_, xpath.c_str(), &found) != LY_SUCCESS) {
+      return paths;
+    }
+    for (uint32_t i = 0; i < found->count; ++i) {
+      paths.push_back(
+          Owned(lyd_path(found->dnodes[i], LYD_PATH_STD, nullptr, 0)));
+    }
+    ly_set_free(found, nullptr);
+    return paths;
+  }
+
+  const lyd_node* tree_;
+  const std::string schema_path_;
+  std::vector<std::string> paths_;
+};
+
+// A broken constraint of `tree`, once for each place.
+std::vector<BrokenConstraint> ToBroken(const ly_err_item& error,
+                                       const Schema& schema,
+                                       const lyd_node* tree) {
+  BrokenConstraint broken{CodeOf(error), PlaceOf(error).path, ReasonOf(error)};
+  std::vector<BrokenConstraint> all;
+  if (broken.code == ErrorCode::kNotSet) {
+    for (std::string& path :
+         MissingNode(tree, broken.path).Paths(schema.root())) {
+      all.push_back({broken.code, std::move(path), broken.reason});
+    }
+  }
+  if (all.empty()) all.push_back(std::move(broken));
+  return all;
+}
+
+struct SinkState {
+  const std::function<void(std::string_view)>& sink;
+  std::exception_ptr failure;
+};
+
+// libyang is C: an exception waits in the state until it has returned.
+ssize_t CallSink(void* user_data, const void* buffer, size_t count) {
+  auto* state = static_cast<SinkState*>(user_data);
+  try {
+    state->sink({static_cast<const char*>(buffer), count});
+    return static_cast<ssize_t>(count);
+  } catch (...) {
+    state->failure = std::current_exception();
+    errno = EIO;
+    return -1;
+  }
+}
+
+// Whether the path, with predicates or not, leads to a leaf.
+bool IsLeafPath(const ly_ctx& context, std::string_view path) {
+  std::string plain;
+  int depth = 0;
+  for (char c : path) {
+    if (c == '[') ++depth;
+    if (depth == 0) plain += c;
+    if (c == ']') --depth;
+  }
+  if (plain.empty()) return false;
+  const lysc_node* node = lys_find_path(&context, nullptr, plain.c_str(), 0);
+  return node != nullptr && node->nodetype == LYS_LEAF;
+}
+
+// libyang has often gone on to the next word when it looks at what it read.
+// This goes back to the line where the faulty thing stands, if its name tells.
+uint64_t ExactLine(std::string_view text, Syntax syntax, const ly_ctx& context,
+                   const Place& place, std::string_view reason) {
+  std::string wanted;
+  constexpr std::string_view kNamespace = "No module with namespace ";
+  if (syntax == Syntax::kXml && StartsWith(reason, kNamespace)) {
+    wanted = reason.substr(kNamespace.size());
+    wanted = wanted.substr(1, wanted.find('"', 1) - 1);
+  } else if (syntax == Syntax::kJson && IsLeafPath(context, place.path)) {
+    wanted = place.path.substr(place.path.find_last_of("/:") + 1) + '"';
+  }
+  if (wanted.empty()) return place.line;
+  size_t end = 0;
+  for (uint64_t line = 0; line < place.line && end < text.size(); ++line) {
+    end = std::min(text.find('\n', end), text.size() - 1) + 1;
+  }
+  size_t at = text.substr(0, end).rfind(wanted);
+  if (at == std::string_view::npos) return place.line;
+  return 1 +
+         static_cast<uint64_t>(std::count(
+             text.begin(), text.begin() + static_cast<ptrdiff_t>(at), '\n'));
+}
+
+// The line of the node that an instance path leads to, or of the one that
+// should hold it; 0 if it is not found. `tree` is what the text holds.
+uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
+                    const std::string& path) {
+  if (tree == nullptr || path.empty()) return 0;
+  lyd_node* found = nullptr;
+  LY_ERR result = lyd_find_path(tree, path.c_str(), 0, &found);
+  bool is_there = result == LY_SUCCESS || result == LY_EINCOMPLETE;
+  if (!is_there || found == nullptr) return 0;
+
+  std::vector<std::string> names;
+  for (const lyd_node* node = found; node != nullptr; node = lyd_parent(node)) {
+    names.insert(names.begin(), node->schema->name);
+  }
+  // libyang keeps instances of one node in the order of the text.
+  ly_set* instances = nullptr;
+  std::string all = Owned(lysc_path(found->schema, LYSC_PATH_DATA, nullptr, 0));
+  if (lyd_find_xpath(tree, all.c_str(), &instances) != LY_SUCCESS) return 0;
+  // Defaults that validation has added are not in the text.
+  size_t index = 0;
+  for (uint32_t i = 0; i < instances->count; ++i) {
+    const lyd_node* node = instances->dnodes[i];
+    if (node == found) break;
+    if ((node->flags & LYD_DEFAULT) == 0) ++index;
+  }
+  ly_set_free(instances, nullptr);
+  return LineOfInstance(text, syntax, names, index);
+}
+
+}  // namespace
+
+Envelope ReadDocument(std::string text, Data& data) {
+  std::optional<Envelope> envelope;
+  try {
+    envelope = Unwrap(text);
+  } catch (const EnvelopeError& error) {
+    throw DocumentError(error.line, "", error.what());
+  }
+  ly_ctx* context = data.schema().context();
+  ly_err_clean(context, nullptr);
+  // libyang counts blank lines at the beginning twice.
+  size_t begin = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+  auto skipped = static_cast<uint64_t>(std::count(
+      text.begin(), text.begin() + static_cast<ptrdiff_t>(begin), '\n'));
+  bool is_blank = begin == text.size();
+  auto parse = [&](uint32_t options) {
+    lyd_node* parsed = nullptr;
+    LY_ERR result =
+        is_blank
+            ? lyd_validate_all(&parsed, context, LYD_VALIDATE_NO_STATE, nullptr)
+            : lyd_parse_data_mem(
+                  context, text.c_str() + begin,
+                  envelope->syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
+                  options | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE,
+                  LYD_VALIDATE_NO_STATE, &parsed);
+    return std::make_pair(result, LibyangTree(parsed));
+  };
+  auto [result, tree] = parse(0);
+  // The machine's fault and not the text's, though the messages blame that:
+  // libyang and its pattern matcher ran out of memory.
+  if (result == LY_EMEM || result == LY_ESYS) throw std::bad_alloc();
+  if (result != LY_SUCCESS) {
+    const ly_err_item* error = FirstError(context);
+    if (error == nullptr) {
+      throw DocumentError(0, "", "libyang can't parse it");
+    }
+    Place place = PlaceOf(*error);
+    std::string reason = ReasonOf(*error);
+    if (place.line > 0) {
+      place.line += skipped;
+      place.line = ExactLine(text, envelope->syntax, *context, place, reason);
+    }
+    if (place.line == 0) {
+      // A constraint is broken, so the text itself can be parsed: find the
+      // place in it.
+      bool is_missing = CodeOf(*error) == ErrorCode::kNotSet;
+      ly_err_clean(context, nullptr);
+      LibyangTree unchecked = parse(LYD_PARSE_ONLY).second;
+      if (is_missing) {
+        auto paths = MissingNode(unchecked.get(), place.path)
+                         .Paths(data.schema().root());
+        if (!paths.empty()) place.path = paths.front();
+      }
+      place.line =
+          LineOfPath(text, envelope->syntax, unchecked.get(), place.path);
+    }
+    ly_err_clean(context, nullptr);
+    throw DocumentError(place.line, place.path, reason);
+  }
+  try {
+    Import(tree.get(), data.root());
+  } catch (const DocumentError& error) {
+    throw DocumentError(
+        LineOfPath(text, envelope->syntax, tree.get(), error.path), error.path,
+        error.what());
+  }
+  return *envelope;
+}
+
+std::vector<BrokenConstraint> ValidateData(const Data& data) {
+  ly_ctx* context = data.schema().context();
+  ly_err_clean(context, nullptr);
+  lyd_node* tree = Exporter(data).Export(data.root()).release();
+  LY_ERR result =
+      lyd_validate_all(&tree, context, LYD_VALIDATE_NO_STATE, nullptr);
+  LibyangTree owner(tree);
+  std::vector<BrokenConstraint> broken;
+  if (result == LY_SUCCESS) return broken;
+  for (const ly_err_item* error = ly_err_first(context); error != nullptr;
+       error = error->next) {
+    if (error->level != LY_LLERR) continue;
+    for (BrokenConstraint& one : ToBroken(*error, data.schema(), tree)) {
+      broken.push_back(std::move(one));
+    }
+  }
+  ly_err_clean(context, nullptr);
+  if (broken.empty()) {
+    broken.push_back({ErrorCode::kInternal, "", "libyang gave no reason"});
+  }
+  return broken;
+}
+
+void WriteDocument(const Data& data, const Envelope& envelope,
+                   const std::function<void(std::string_view)>& sink) {
+  LibyangTree tree = Exporter(data).Export(data.root());
+  SinkState state{sink, nullptr};
+  ly_out* raw = nullptr;
+  if (ly_out_new_clb(CallSink, &state, &raw) != LY_SUCCESS) {
+    throw Error(ErrorCode::kMalloc, "libyang can't open its output");
+  }
+  std::unique_ptr<ly_out, void (*)(ly_out*)> out(
+      raw, [](ly_out* o) { ly_out_free(o, nullptr, 0); });
+  bool xml = envelope.syntax == Syntax::kXml;
+  if (xml) sink(Opening(envelope));
+  LY_ERR result = lyd_print_all(out.get(), tree.get(), xml ? LYD_XML : LYD_JSON,
+                                LYD_PRINT_WD_EXPLICIT);
+  if (state.failure) std::rethrow_exception(state.failure);
+  if (result != LY_SUCCESS) {
+    throw Error(ErrorCode::kInternal, "libyang can't print the data");
+  }
+  if (xml) sink(Closing(envelope));
+}
+
+}  // namespace kit::store

@@ -1,0 +1,48 @@
+// Configurations as text: reading, checking and writing them with libyang.
+#ifndef KIT_CONFD_DOCUMENT_DOCUMENT_H_
+#define KIT_CONFD_DOCUMENT_DOCUMENT_H_
+
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kit/confd/document/envelope.h"
+#include "kit/confd/model/error.h"
+#include "kit/confd/tree/data.h"
+
+namespace kit::store {
+
+// A text that can't be read as valid data of the models.
+class DocumentError : public std::runtime_error {
+ public:
+  DocumentError(uint64_t error_line, std::string error_path,
+                const std::string& reason)
+      : std::runtime_error(reason),
+        line(error_line),
+        path(std::move(error_path)) {}
+  const uint64_t line;     // 0 when unknown
+  const std::string path;  // of the node at fault, "" when unknown
+};
+
+// Parses and validates; returns how the text was wrapped. Throws DocumentError.
+Envelope ReadDocument(std::string text, Data& data);
+
+struct BrokenConstraint {
+  ErrorCode code;
+  std::string path;
+  std::string reason;
+};
+
+// Checks the data against every constraint of its models.
+std::vector<BrokenConstraint> ValidateData(const Data& data);
+
+// Writes the data as indented text, piece by piece.
+void WriteDocument(const Data& data, const Envelope& envelope,
+                   const std::function<void(std::string_view)>& sink);
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_DOCUMENT_DOCUMENT_H_

@@ -1,0 +1,494 @@
+#include "kit/confd/document/envelope.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace kit::store {
+namespace {
+
+constexpr std::string_view kConfigNamespace = "http://tail-f.com/ns/config/1.0";
+constexpr std::string_view kNetconfNamespace =
+    "urn:ietf:params:xml:ns:netconf:base:1.0";
+// Data models nest a dozen levels; a parser's stack holds some thousands.
+constexpr size_t kMaxDepth = 500;
+constexpr std::string_view kBlanks = " \t\r\n";
+
+size_t LineOf(std::string_view text, size_t offset) {
+  offset = std::min(offset, text.size());
+  return 1 + static_cast<size_t>(std::count(
+                 text.begin(), text.begin() + static_cast<ptrdiff_t>(offset),
+                 '\n'));
+}
+
+[[noreturn]] void Fail(std::string_view text, size_t offset,
+                       const std::string& reason) {
+  throw EnvelopeError(LineOf(text, offset), reason);
+}
+
+// Everything but line ends becomes a blank, so that nothing moves.
+void BlankOut(std::string& text, size_t begin, size_t end) {
+  for (size_t i = begin; i < end; ++i) {
+    if (text[i] != '\n') text[i] = ' ';
+  }
+}
+
+// ---- XML ------------------------------------------------------------------
+
+struct Attribute {
+  std::string_view name;
+  std::string_view value;
+};
+
+struct Tag {
+  enum class Kind { kOpen, kClose, kEmpty } kind;
+  size_t begin;  // of '<'
+  size_t end;    // past '>'
+  std::string_view name;
+};
+
+// Goes from tag to tag. It checks no more than it needs to find them: libyang
+// parses the document afterwards.
+class TagScanner {
+ public:
+  explicit TagScanner(std::string_view text) : text_(text) {}
+
+  // Nothing at the end of the text.
+  std::optional<Tag> Next() {
+    while (true) {
+      size_t begin = text_.find('<', at_);
+      if (begin == std::string_view::npos) return std::nullopt;
+      std::string_view rest = text_.substr(begin);
+      if (StartsWith(rest, "<!--")) {
+        at_ = Past(begin, "-->", "comment");
+      } else if (StartsWith(rest, "<![CDATA[")) {
+        at_ = Past(begin, "]]>", "CDATA section");
+      } else if (StartsWith(rest, "<?")) {
+        at_ = Past(begin, "?>", "processing instruction");
+      } else if (StartsWith(rest, "<!")) {
+        Fail(text_, begin,
+             "a document type declaration is not part of a configuration; "
+             "remove it");
+      } else {
+        return ReadTag(begin);
+      }
+    }
+  }
+
+  std::vector<Attribute> Attributes(const Tag& tag) const {
+    std::vector<Attribute> attributes;
+    size_t at =
+        static_cast<size_t>(tag.name.data() - text_.data()) + tag.name.size();
+    while (true) {
+      at = text_.find_first_not_of(kBlanks, at);
+      if (at >= tag.end || text_[at] == '>' || text_[at] == '/') break;
+      size_t equals = text_.find('=', at);
+      if (equals >= tag.end) Fail(text_, at, "an attribute has no value");
+      size_t quote = text_.find_first_of("\"'", equals);
+      if (quote >= tag.end) Fail(text_, at, "an attribute has no value");
+      size_t close = text_.find(text_[quote], quote + 1);
+      std::string_view name = text_.substr(at, equals - at);
+      name = name.substr(0, name.find_last_not_of(kBlanks) + 1);
+      attributes.push_back({name, text_.substr(quote + 1, close - quote - 1)});
+      at = close + 1;
+    }
+    return attributes;
+  }
+
+ private:
+  static bool StartsWith(std::string_view text, std::string_view start) {
+    return text.compare(0, start.size(), start) == 0;
+  }
+
+  size_t Past(size_t begin, std::string_view terminator, const char* what) {
+    size_t end = text_.find(terminator, begin);
+    if (end == std::string_view::npos) {
+      Fail(text_, begin, std::string("the ") + what + " is not closed");
+    }
+    return end + terminator.size();
+  }
+
+  Tag ReadTag(size_t begin) {
+    size_t end = begin + 1;
+    char quote = '\0';
+    for (; end < text_.size(); ++end) {
+      char c = text_[end];
+      if (quote != '\0') {
+        if (c == quote) quote = '\0';
+      } else if (c == '"' || c == '\'') {
+        quote = c;
+      } else if (c == '>') {
+        break;
+      } else if (c == '<') {
+        Fail(text_, end, "unexpected '<' inside a tag");
+      }
+    }
+    if (end >= text_.size()) {
+      Fail(text_, begin, "the document ends inside a tag");
+    }
+    Tag tag{Tag::Kind::kOpen, begin, end + 1, {}};
+    size_t name = begin + 1;
+    if (text_[name] == '/') {
+      tag.kind = Tag::Kind::kClose;
+      ++name;
+    } else if (text_[end - 1] == '/') {
+      tag.kind = Tag::Kind::kEmpty;
+    }
+    size_t name_end = text_.find_first_of(" \t\r\n/>", name);
+    tag.name = text_.substr(name, name_end - name);
+    if (tag.name.empty()) Fail(text_, begin, "a tag has no name");
+    at_ = tag.end;
+    return tag;
+  }
+
+  std::string_view text_;
+  size_t at_ = 0;
+};
+
+// Namespace declarations in scope: prefix ("" for the default) to namespace.
+using Namespaces = std::map<std::string_view, std::string_view>;
+
+// The prefix that an attribute declares; nothing for an ordinary attribute.
+std::optional<std::string_view> DeclaredPrefix(std::string_view attribute) {
+  constexpr std::string_view kPrefixed = "xmlns:";
+  if (attribute == "xmlns") return "";
+  if (attribute.substr(0, kPrefixed.size()) != kPrefixed) return std::nullopt;
+  return attribute.substr(kPrefixed.size());
+}
+
+std::string_view LocalName(std::string_view name) {
+  size_t colon = name.find(':');
+  return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+// What wraps the document's data, if the element does. Adds what it declares.
+std::optional<Wrapping> AsWrapper(const TagScanner& scanner, const Tag& tag,
+                                  Namespaces& in_scope) {
+  Namespaces inner = in_scope;
+  for (const Attribute& attribute : scanner.Attributes(tag)) {
+    if (auto prefix = DeclaredPrefix(attribute.name)) {
+      inner[*prefix] = attribute.value;
+    }
+  }
+  size_t colon = std::min(tag.name.find(':'), tag.name.size());
+  bool prefixed = colon < tag.name.size();
+  std::string_view prefix = prefixed ? tag.name.substr(0, colon) : "";
+  std::string_view local = LocalName(tag.name);
+  auto ns = inner.find(prefix);
+  if (ns == inner.end()) return std::nullopt;
+  std::optional<Wrapping> wrapping;
+  if (ns->second == kConfigNamespace && local == "config") {
+    wrapping = Wrapping::kConfig;
+  } else if (ns->second == kNetconfNamespace &&
+             (local == "rpc-reply" || local == "data" || local == "config")) {
+    wrapping = Wrapping::kNetconf;
+  }
+  if (wrapping) in_scope = std::move(inner);
+  return wrapping;
+}
+
+// What the wrappers declared and the element itself does not.
+std::string MissingDeclarations(const TagScanner& scanner, const Tag& tag,
+                                Namespaces in_scope) {
+  for (const Attribute& attribute : scanner.Attributes(tag)) {
+    if (auto prefix = DeclaredPrefix(attribute.name)) in_scope.erase(*prefix);
+  }
+  std::string text;
+  for (const auto& [prefix, ns] : in_scope) {
+    if (ns == kConfigNamespace || ns == kNetconfNamespace) continue;
+    char quote = ns.find('"') == std::string_view::npos ? '"' : '\'';
+    text += prefix.empty() ? " xmlns=" : " xmlns:" + std::string(prefix) + "=";
+    text += quote + std::string(ns) + quote;
+  }
+  return text;
+}
+
+Wrapping UnwrapXml(std::string& text) {
+  std::string_view view = text;
+  TagScanner scanner(view);
+  std::vector<std::string_view> open;  // names of open elements
+  size_t wrappers = 0;                 // how many of the first of them wrap
+  Wrapping wrapping = Wrapping::kNone;
+  Namespaces in_scope;
+  std::vector<std::pair<size_t, size_t>> blanks;  // tags to overwrite
+  std::vector<std::pair<size_t, std::string>> insertions;
+  bool wrapping_ended = false;
+  size_t elements = 0;
+
+  while (auto tag = scanner.Next()) {
+    if (tag->kind == Tag::Kind::kClose) {
+      if (open.empty() || open.back() != tag->name) {
+        Fail(view, tag->begin,
+             "</" + std::string(tag->name) + "> closes " +
+                 (open.empty() ? "nothing"
+                               : "<" + std::string(open.back()) + ">"));
+      }
+      if (open.size() <= wrappers) {
+        blanks.emplace_back(tag->begin, tag->end);
+        wrapping_ended = true;
+        wrappers = open.size() - 1;
+      }
+      open.pop_back();
+      continue;
+    }
+    ++elements;
+    if (!wrapping_ended) {
+      if (auto wrapper = AsWrapper(scanner, *tag, in_scope)) {
+        if (wrapping == Wrapping::kNone) wrapping = *wrapper;
+        blanks.emplace_back(tag->begin, tag->end);
+        if (tag->kind == Tag::Kind::kEmpty) {
+          wrapping_ended = true;
+        } else {
+          open.push_back(tag->name);
+          ++wrappers;
+        }
+        continue;
+      }
+      wrapping_ended = true;
+    }
+    if (open.size() == wrappers) {
+      size_t name_end = static_cast<size_t>(tag->name.data() - view.data()) +
+                        tag->name.size();
+      insertions.emplace_back(name_end,
+                              MissingDeclarations(scanner, *tag, in_scope));
+    }
+    if (tag->kind == Tag::Kind::kOpen) {
+      open.push_back(tag->name);
+      if (open.size() > kMaxDepth) {
+        Fail(view, tag->begin,
+             "the elements are nested more than " + std::to_string(kMaxDepth) +
+                 " deep, which no data model is");
+      }
+    }
+  }
+  if (!open.empty()) {
+    Fail(view, view.size(),
+         "the document ends before </" + std::string(open.back()) + ">");
+  }
+  if (elements == 0) Fail(view, 0, "there is no XML element in it");
+
+  // The views end here: the text changes.
+  for (const auto& [begin, end] : blanks) BlankOut(text, begin, end);
+  for (auto it = insertions.rbegin(); it != insertions.rend(); ++it) {
+    if (!it->second.empty()) text.insert(it->first, it->second);
+  }
+  return wrapping;
+}
+
+// ---- JSON -----------------------------------------------------------------
+
+void CheckJsonNesting(std::string_view text) {
+  std::string open;
+  bool in_string = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (in_string) {
+      if (c == '\\') ++i;
+      if (c == '"') in_string = false;
+    } else if (c == '"') {
+      in_string = true;
+    } else if (c == '{' || c == '[') {
+      open.push_back(c);
+      if (open.size() > kMaxDepth) {
+        Fail(text, i,
+             "it is nested more than " + std::to_string(kMaxDepth) +
+                 " deep, which no data model is");
+      }
+    } else if (c == '}' || c == ']') {
+      if (open.empty() || open.back() != (c == '}' ? '{' : '[')) {
+        Fail(text, i, std::string("'") + c + "' closes nothing");
+      }
+      open.pop_back();
+      // libyang would not read on.
+      size_t rest = text.find_first_not_of(kBlanks, i + 1);
+      if (open.empty() && rest != std::string_view::npos) {
+        Fail(text, rest, "there is more text behind the JSON object");
+      }
+    }
+  }
+  if (in_string) Fail(text, text.size(), "the document ends inside a string");
+  if (!open.empty()) {
+    Fail(text, text.size(),
+         std::string("the document ends before '") +
+             (open.back() == '{' ? '}' : ']') + "'");
+  }
+}
+
+// {"data": {...}} and its RESTCONF spelling.
+void UnwrapJson(std::string& text) {
+  CheckJsonNesting(text);
+  for (std::string_view name : {"\"data\"", "\"ietf-restconf:data\""}) {
+    size_t outer = text.find('{');
+    size_t key = text.find_first_not_of(kBlanks, outer + 1);
+    if (key == std::string::npos || text.compare(key, name.size(), name) != 0) {
+      continue;
+    }
+    size_t colon = text.find_first_not_of(kBlanks, key + name.size());
+    if (colon == std::string::npos || text[colon] != ':') continue;
+    size_t inner = text.find_first_not_of(kBlanks, colon + 1);
+    size_t outer_end = text.rfind('}');
+    size_t inner_end = text.find_last_not_of(kBlanks, outer_end - 1);
+    if (inner == std::string::npos || text[inner] != '{' ||
+        inner_end == std::string::npos || text[inner_end] != '}') {
+      continue;
+    }
+    BlankOut(text, outer, inner);
+    BlankOut(text, outer_end, outer_end + 1);
+    return;
+  }
+}
+
+// Looks for a place in a JSON text that is known to be well-formed.
+class JsonFinder {
+ public:
+  JsonFinder(std::string_view text, const std::vector<std::string>& names,
+             size_t index)
+      : text_(text), names_(names), index_(index) {}
+
+  // Where the value begins; nothing if there is none.
+  std::optional<size_t> Find() {
+    Value(0);
+    return found_;
+  }
+
+ private:
+  static constexpr size_t kElsewhere = std::string_view::npos;
+
+  // The next character that is no blank; NUL at the end.
+  char Peek() {
+    at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size());
+    return at_ < text_.size() ? text_[at_] : '\0';
+  }
+
+  std::string_view String() {
+    size_t begin = ++at_;
+    while (at_ < text_.size() && text_[at_] != '"') {
+      at_ += text_[at_] == '\\' ? 2 : 1;
+    }
+    at_ = std::min(at_ + 1, text_.size());
+    return text_.substr(begin, at_ - 1 - begin);
+  }
+
+  // `matched` names lead here, or the way has left them. An array is not a
+  // place of its own: its elements are.
+  void Value(size_t matched) {
+    char first = Peek();
+    if (first == '[') {
+      Sequence(']', [&] { Value(matched); });
+      return;
+    }
+    if (matched == names_.size() && index_-- == 0) found_ = at_;
+    if (first == '{') {
+      Sequence('}', [&] { Member(matched); });
+    } else if (first == '"') {
+      String();
+    } else {
+      at_ = std::min(text_.find_first_of(",]} \t\r\n", at_), text_.size());
+    }
+  }
+
+  void Member(size_t matched) {
+    std::string_view name = String();
+    if (Peek() == ':') ++at_;
+    bool fits = matched < names_.size() && LocalName(name) == names_[matched];
+    Value(fits ? matched + 1 : kElsewhere);
+  }
+
+  template <typename Element>
+  void Sequence(char end, const Element& element) {
+    ++at_;
+    while (!found_ && Peek() != end && at_ < text_.size()) {
+      element();
+      if (Peek() == ',') ++at_;
+    }
+    at_ = std::min(at_ + 1, text_.size());
+  }
+
+  std::string_view text_;
+  const std::vector<std::string>& names_;
+  size_t index_;
+  size_t at_ = 0;
+  std::optional<size_t> found_;
+};
+
+size_t LineOfElement(std::string_view xml,
+                     const std::vector<std::string>& names, size_t index) {
+  TagScanner scanner(xml);
+  size_t depth = 0;
+  size_t matching = 0;  // how many open elements are those of `names`
+  while (auto tag = scanner.Next()) {
+    if (tag->kind == Tag::Kind::kClose) {
+      if (matching == depth) --matching;
+      --depth;
+      continue;
+    }
+    bool fits = matching == depth && depth < names.size() &&
+                LocalName(tag->name) == names[depth];
+    if (fits && depth + 1 == names.size() && index-- == 0) {
+      return LineOf(xml, tag->begin);
+    }
+    if (tag->kind == Tag::Kind::kEmpty) continue;
+    if (fits) ++matching;
+    ++depth;
+  }
+  return 0;
+}
+
+}  // namespace
+
+Envelope Unwrap(std::string& text) {
+  constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+  if (text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
+    BlankOut(text, 0, kByteOrderMark.size());
+  }
+  if (size_t zero = text.find('\0'); zero != std::string::npos) {
+    Fail(text, zero, "it holds binary data; XML or JSON text is needed");
+  }
+  // A NETCONF session's end-of-message mark often stays in a capture.
+  constexpr std::string_view kEndOfMessage = "]]>]]>";
+  size_t last = text.find_last_not_of(kBlanks);
+  if (last != std::string::npos && last + 1 >= kEndOfMessage.size()) {
+    size_t mark = last + 1 - kEndOfMessage.size();
+    if (text.compare(mark, kEndOfMessage.size(), kEndOfMessage) == 0) {
+      BlankOut(text, mark, last + 1);
+    }
+  }
+  size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string::npos) {
+    Fail(text, 0, "it is empty; XML or JSON text is needed");
+  }
+  if (text[first] == '<') return {Syntax::kXml, UnwrapXml(text)};
+  if (text[first] == '{') {
+    UnwrapJson(text);
+    return {Syntax::kJson, Wrapping::kNone};
+  }
+  Fail(text, first,
+       "it is neither XML (which begins with '<') nor JSON (with '{')");
+}
+
+size_t LineOfInstance(std::string_view text, Syntax syntax,
+                      const std::vector<std::string>& names, size_t index) {
+  if (syntax == Syntax::kXml) return LineOfElement(text, names, index);
+  auto found = JsonFinder(text, names, index).Find();
+  return found ? LineOf(text, *found) : 0;
+}
+
+std::string_view Opening(const Envelope& envelope) {
+  switch (envelope.wrapping) {
+    case Wrapping::kConfig:
+      return "<config xmlns=\"http://tail-f.com/ns/config/1.0\">\n";
+    case Wrapping::kNetconf:
+      return "<config xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\">\n";
+    case Wrapping::kNone:
+      break;
+  }
+  return "";
+}
+
+std::string_view Closing(const Envelope& envelope) {
+  return envelope.wrapping == Wrapping::kNone ? "" : "</config>\n";
+}
+
+}  // namespace kit::store

@@ -1,0 +1,53 @@
+// What a configuration may come wrapped in, and a first look at its form.
+#ifndef KIT_CONFD_DOCUMENT_ENVELOPE_H_
+#define KIT_CONFD_DOCUMENT_ENVELOPE_H_
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kit::store {
+
+enum class Syntax { kXml, kJson };
+
+enum class Wrapping {
+  kNone,
+  kConfig,  // <config xmlns="http://tail-f.com/ns/config/1.0">
+  kNetconf  // <rpc-reply>, <data>, <config> of NETCONF's base namespace
+};
+
+struct Envelope {
+  Syntax syntax;
+  Wrapping wrapping = Wrapping::kNone;
+};
+
+// The text is no configuration at all; what() is the reason.
+class EnvelopeError : public std::runtime_error {
+ public:
+  EnvelopeError(size_t error_line, const std::string& reason)
+      : std::runtime_error(reason), line(error_line) {}
+  const size_t line;  // from 1
+};
+
+// Tells XML from JSON and takes wrappers off by overwriting them with blanks,
+// so that lines keep their numbers. Namespace prefixes that a wrapper declares
+// go to the elements below it. Throws EnvelopeError for a text that is empty,
+// binary, not well-formed enough to find its way around, or nested so deep that
+// a recursive parser would overflow its stack.
+Envelope Unwrap(std::string& text);
+
+// The line, from 1, of the instance number `index` (from 0, in the order of the
+// text) of the node that has these names from the top; prefixes and modules do
+// not count. 0 if there is none. The text must be well-formed.
+size_t LineOfInstance(std::string_view text, Syntax syntax,
+                      const std::vector<std::string>& names, size_t index);
+
+// The opening and closing text that puts a document into a wrapper.
+std::string_view Opening(const Envelope& envelope);
+std::string_view Closing(const Envelope& envelope);
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_DOCUMENT_ENVELOPE_H_

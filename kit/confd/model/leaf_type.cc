@@ -1,0 +1,636 @@
+#include "kit/confd/model/leaf_type.h"
+
+#include <libyang/libyang.h>
+
+#include <algorithm>
+
+#include "kit/confd/keypath/key_text.h"
+#include "kit/confd/model/error.h"
+#include "kit/confd/model/typedef_chain.h"
+#include "kit/confd/text/text_forms.h"
+
+namespace kit::store {
+namespace {
+
+constexpr uint8_t kIpv4Bits = 32;
+constexpr uint8_t kIpv6Bits = 128;
+
+ValueType TypeOfBase(const lysc_type* type) {
+  switch (type->basetype) {
+    case LY_TYPE_BINARY:
+      return ValueType::kBinary;
+    case LY_TYPE_UINT8:
+      return ValueType::kUint8;
+    case LY_TYPE_UINT16:
+      return ValueType::kUint16;
+    case LY_TYPE_UINT32:
+      return ValueType::kUint32;
+    case LY_TYPE_UINT64:
+      return ValueType::kUint64;
+    case LY_TYPE_STRING:
+      return ValueType::kBuf;
+    case LY_TYPE_BITS: {
+      const auto* bits = reinterpret_cast<const lysc_type_bits*>(type)->bits;
+      uint32_t highest = bits[LY_ARRAY_COUNT(bits) - 1].position;
+      if (highest < 32) return ValueType::kBit32;
+      return highest < 64 ? ValueType::kBit64 : ValueType::kBitbig;
+    }
+    case LY_TYPE_BOOL:
+      return ValueType::kBool;
+    case LY_TYPE_DEC64:
+      return ValueType::kDecimal64;
+    case LY_TYPE_EMPTY:
+      return ValueType::kEmpty;
+    case LY_TYPE_ENUM:
+      return ValueType::kEnum;
+    case LY_TYPE_IDENT:
+      return ValueType::kIdentityref;
+    case LY_TYPE_INST:
+      return ValueType::kObjectRef;
+    case LY_TYPE_INT8:
+      return ValueType::kInt8;
+    case LY_TYPE_INT16:
+      return ValueType::kInt16;
+    case LY_TYPE_INT32:
+      return ValueType::kInt32;
+    case LY_TYPE_INT64:
+      return ValueType::kInt64;
+    default:
+      return ValueType::kNoExists;
+  }
+}
+
+template <typename T>
+std::optional<Value> ParseSigned(ValueType type, std::string_view text) {
+  auto number = ParseNumber<T>(text);
+  if (!number) return std::nullopt;
+  return Value::Number(type, static_cast<uint64_t>(int64_t{*number}));
+}
+
+template <typename T>
+std::optional<Value> ParseUnsigned(ValueType type, std::string_view text) {
+  auto number = ParseNumber<T>(text);
+  if (!number) return std::nullopt;
+  return Value::Number(type, *number);
+}
+
+std::optional<Value> ParseIpv4Value(ValueType type, std::string_view text) {
+  uint8_t length = 0;
+  if (type != ValueType::kIpv4 && type != ValueType::kDquad) {
+    auto halves = SplitPrefix(text, kIpv4Bits);
+    if (!halves) return std::nullopt;
+    std::tie(text, length) = *halves;
+  }
+  auto address = ParseIpv4(text);
+  if (!address) return std::nullopt;
+  if (type == ValueType::kIpv4Prefix) {
+    *address &= static_cast<uint32_t>(~(~uint64_t{0} >> 32 >> length));
+  }
+  return Value::Number(type, *address, length);
+}
+
+// Clears the bits behind the first `length` of an address's 16 bytes.
+void MaskIpv6(std::string& bytes, uint8_t length) {
+  for (size_t bit = length; bit < kIpv6Bits; ++bit) {
+    bytes[bit / 8] = static_cast<char>(bytes[bit / 8] & ~(0x80 >> bit % 8));
+  }
+}
+
+std::optional<Value> ParseIpv6Value(ValueType type, std::string_view text) {
+  uint8_t length = 0;
+  if (type != ValueType::kIpv6) {
+    auto halves = SplitPrefix(text, kIpv6Bits);
+    if (!halves) return std::nullopt;
+    std::tie(text, length) = *halves;
+  }
+  auto address = ParseIpv6(text);
+  if (!address) return std::nullopt;
+  if (type == ValueType::kIpv6Prefix) MaskIpv6(*address, length);
+  return Value::Text(type, *address, length);
+}
+
+std::optional<Value> TextValue(ValueType type,
+                               const std::optional<std::string>& bytes) {
+  if (!bytes) return std::nullopt;
+  return Value::Text(type, *bytes);
+}
+
+uint64_t IdentityBits(uint32_t ns, uint32_t id) {
+  return uint64_t{ns} << 32 | id;
+}
+
+const lysc_type* CompiledType(const lysc_node* node) {
+  return node->nodetype == LYS_LEAF
+             ? reinterpret_cast<const lysc_node_leaf*>(node)->type
+             : reinterpret_cast<const lysc_node_leaflist*>(node)->type;
+}
+
+// The type as written, null where the parsed model is not at hand.
+const lysp_type* ParsedType(const lysc_node* node) {
+  if (node->priv == nullptr) return nullptr;
+  return node->nodetype == LYS_LEAF
+             ? &static_cast<const lysp_node_leaf*>(node->priv)->type
+             : &static_cast<const lysp_node_leaflist*>(node->priv)->type;
+}
+
+const lysp_node* Scope(const lysc_node* node) {
+  return static_cast<const lysp_node*>(node->priv);
+}
+
+const lysc_type* RealType(const lysc_type* type) {
+  return type->basetype == LY_TYPE_LEAFREF
+             ? reinterpret_cast<const lysc_type_leafref*>(type)->realtype
+             : type;
+}
+
+// The leaf that a leafref used at `node` points to; null if it can't be told.
+const lysc_node* LeafrefTarget(const lysc_node* node,
+                               const lysc_type_leafref* type) {
+  ly_set* atoms = nullptr;
+  if (lys_find_expr_atoms(node, node->module, type->path, type->prefixes, 0,
+                          &atoms) != LY_SUCCESS) {
+    return nullptr;
+  }
+  // The path's last step comes last; predicates may name other leaves.
+  const lysc_node* target = nullptr;
+  for (uint32_t i = 0; i < atoms->count; ++i) {
+    const lysc_node* atom = atoms->snodes[i];
+    if (atom != node && (atom->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0 &&
+        RealType(CompiledType(atom)) == type->realtype) {
+      target = atom;
+    }
+  }
+  ly_set_free(atoms, nullptr);
+  return target;
+}
+
+struct TypeUse {
+  const lysp_type* type;
+  const lysp_node* scope;
+};
+
+// The members of a union as written, those of unions inside it in their place,
+// as libyang compiles them.
+void FlattenUnion(const lysp_type* type, const lysp_node* scope,
+                  std::vector<TypeUse>& members) {
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(type->types, i) {
+    TypedefChain chain = FollowTypedefs(&type->types[i], scope);
+    if (chain.last->types != nullptr) {
+      FlattenUnion(chain.last, chain.scope, members);
+    } else {
+      members.push_back({&type->types[i], scope});
+    }
+  }
+}
+
+// A text for a message, whatever it holds.
+std::string Excerpt(std::string_view text) {
+  constexpr size_t kLongest = 200;
+  std::string excerpt = "\"";
+  for (char c : text.substr(0, kLongest)) {
+    excerpt += static_cast<uint8_t>(c) < ' ' ? '?' : c;
+  }
+  return excerpt + (text.size() > kLongest ? "...\"" : "\"");
+}
+
+// "7:9", as an identity's hashes stand in a key.
+std::optional<uint64_t> ParsePair(std::string_view text) {
+  size_t colon = text.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  auto ns = ParseNumber<uint32_t>(text.substr(0, colon));
+  auto id = ParseNumber<uint32_t>(text.substr(colon + 1));
+  if (!ns || !id) return std::nullopt;
+  return IdentityBits(*ns, *id);
+}
+
+}  // namespace
+
+uint32_t NameHash(std::string_view name) {
+  // FNV-1a: any hash does that is the same in every process.
+  uint32_t hash = 2166136261u;
+  for (char c : name) {
+    hash = (hash ^ static_cast<uint8_t>(c)) * 16777619u;
+  }
+  return hash;
+}
+
+void LeafType::Names::Add(std::string name, int64_t number) {
+  names.emplace(number, name);
+  numbers.emplace(std::move(name), number);
+}
+
+LeafType::LeafType(const lysc_node* node, const NamespaceHashes& hashes) {
+  Init(node, CompiledType(node), ParsedType(node), Scope(node), hashes);
+}
+
+void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
+                    const lysp_type* parsed, const lysp_node* scope,
+                    const NamespaceHashes& hashes) {
+  node_ = node;
+  compiled_ = RealType(compiled);
+  // A leafref has its target's type, typedef and all.
+  const lysc_node* user = node;
+  while (compiled->basetype == LY_TYPE_LEAFREF) {
+    user = LeafrefTarget(user,
+                         reinterpret_cast<const lysc_type_leafref*>(compiled));
+    if (user == nullptr) break;
+    compiled = CompiledType(user);
+    parsed = ParsedType(user);
+    scope = Scope(user);
+  }
+  compiled = compiled_;
+  name_ = parsed != nullptr ? parsed->name : "?";
+
+  TypedefChain chain{std::nullopt, false, nullptr, nullptr};
+  if (parsed != nullptr) chain = FollowTypedefs(parsed, scope);
+  value_type_ = TypeOfBase(compiled);
+  // A model may use a well-known name for something else that is no string.
+  if (chain.well_known && compiled->basetype == LY_TYPE_STRING) {
+    value_type_ = *chain.well_known;
+  }
+
+  LY_ARRAY_COUNT_TYPE i;
+  if (compiled->basetype == LY_TYPE_ENUM) {
+    const auto* enums =
+        reinterpret_cast<const lysc_type_enum*>(compiled)->enums;
+    LY_ARRAY_FOR(enums, i) names_.Add(enums[i].name, enums[i].value);
+  } else if (compiled->basetype == LY_TYPE_BITS) {
+    const auto* bits = reinterpret_cast<const lysc_type_bits*>(compiled)->bits;
+    LY_ARRAY_FOR(bits, i) names_.Add(bits[i].name, bits[i].position);
+  } else if (compiled->basetype == LY_TYPE_DEC64) {
+    fraction_digits_ =
+        reinterpret_cast<const lysc_type_dec*>(compiled)->fraction_digits;
+  } else if (compiled->basetype == LY_TYPE_IDENT) {
+    AddIdentities(hashes);
+  } else if (compiled->basetype == LY_TYPE_UNION) {
+    InitUnion(chain.last, chain.scope, hashes);
+  }
+  unrestricted_ = IsUnrestricted(chain.restricted);
+}
+
+void LeafType::InitUnion(const lysp_type* parsed, const lysp_node* scope,
+                         const NamespaceHashes& hashes) {
+  const auto* types =
+      reinterpret_cast<const lysc_type_union*>(compiled_)->types;
+  std::vector<TypeUse> uses;
+  if (parsed != nullptr) FlattenUnion(parsed, scope, uses);
+  // Without its name a member has its built-in type.
+  uses.resize(uses.size() == LY_ARRAY_COUNT(types) ? uses.size() : 0);
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(types, i) {
+    TypeUse use = uses.empty() ? TypeUse{nullptr, nullptr} : uses[i];
+    LeafType member;
+    member.Init(node_, types[i], use.type, use.scope, hashes);
+    members_.push_back(std::move(member));
+  }
+}
+
+void LeafType::AddIdentities(const NamespaceHashes& hashes) {
+  const auto* type = reinterpret_cast<const lysc_type_identityref*>(compiled_);
+  std::vector<const lysc_ident*> pending;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(type->bases, i) pending.push_back(type->bases[i]);
+  while (!pending.empty()) {
+    const lysc_ident* identity = pending.back();
+    pending.pop_back();
+    LY_ARRAY_FOR(identity->derived, i) pending.push_back(identity->derived[i]);
+    std::string module = identity->module->name;
+    auto hash = hashes.find(module);
+    uint32_t ns =
+        hash != hashes.end() ? hash->second : NameHash(identity->module->ns);
+    names_.Add(
+        module + ":" + identity->name,
+        static_cast<int64_t>(IdentityBits(ns, NameHash(identity->name))));
+  }
+}
+
+bool LeafType::IsUnrestricted(bool restricted) const {
+  switch (compiled_->basetype) {
+    case LY_TYPE_BOOL:
+    case LY_TYPE_ENUM:
+      return true;
+    case LY_TYPE_INT8:
+    case LY_TYPE_INT16:
+    case LY_TYPE_INT32:
+    case LY_TYPE_INT64:
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32:
+    case LY_TYPE_UINT64:
+      return reinterpret_cast<const lysc_type_num*>(compiled_)->range ==
+             nullptr;
+    case LY_TYPE_STRING: {
+      // An address that can be read as one meets the typedef's patterns.
+      if (value_type_ == ValueType::kIpv4 || value_type_ == ValueType::kDquad) {
+        return !restricted;
+      }
+      const auto* type = reinterpret_cast<const lysc_type_str*>(compiled_);
+      return value_type_ == ValueType::kBuf && type->length == nullptr &&
+             type->patterns == nullptr;
+    }
+    default:
+      return false;
+  }
+}
+
+std::optional<ValueType> LeafType::value_type() const {
+  if (!members_.empty()) return std::nullopt;
+  return value_type_;
+}
+
+void LeafType::Reject(std::string_view text, const std::string& why) const {
+  std::string message = Excerpt(text) + " is not of type " + name_;
+  if (!why.empty()) message += ": " + why;
+  throw Error(ErrorCode::kBadType, message);
+}
+
+Value LeafType::Parse(std::string_view text) const {
+  if (unrestricted_) return ParseCanonical(text);
+  ly_ctx* context = node_->module->ctx;
+  const lysc_type* real_type = nullptr;
+  const char* canonical = nullptr;
+  LY_ERR result = lyd_value_validate(context, node_, text.data(), text.size(),
+                                     nullptr, &real_type, &canonical);
+  if (result != LY_SUCCESS && result != LY_EINCOMPLETE) {
+    const char* message = ly_errmsg(context);
+    std::string why = message != nullptr ? message : "";
+    // libyang would keep every message of a long run.
+    ly_err_clean(context, nullptr);
+    Reject(text, why);
+  }
+  std::string owned = canonical != nullptr ? canonical : std::string(text);
+  lydict_remove(context, canonical);
+  if (members_.empty()) return ParseCanonical(owned);
+  for (const LeafType& member : members_) {
+    if (real_type == nullptr || member.compiled_ == real_type) {
+      return member.ParseCanonical(owned);
+    }
+    for (const LeafType& nested : member.members_) {
+      if (nested.compiled_ == real_type) return nested.ParseCanonical(owned);
+    }
+  }
+  Reject(text);
+}
+
+Value LeafType::ParseKey(std::string_view text) const {
+  std::optional<Value> value;
+  switch (value_type_) {
+    case ValueType::kBit32:
+    case ValueType::kBit64:
+      if (auto bits = ParseNumber<uint64_t>(text)) {
+        value = Value::Number(value_type_, *bits);
+      }
+      break;
+    case ValueType::kIdentityref:
+      if (auto bits = ParsePair(text)) {
+        value = Value::Text(value_type_, "", 0, *bits);
+      }
+      break;
+    default:
+      break;
+  }
+  // Names begin with no digit, so that nothing else can be meant.
+  return value && members_.empty() ? Check(*value) : Parse(text);
+}
+
+Value LeafType::ParseCanonical(std::string_view text) const {
+  std::optional<Value> value;
+  switch (value_type_) {
+    case ValueType::kInt8:
+      value = ParseSigned<int8_t>(value_type_, text);
+      break;
+    case ValueType::kInt16:
+      value = ParseSigned<int16_t>(value_type_, text);
+      break;
+    case ValueType::kInt32:
+      value = ParseSigned<int32_t>(value_type_, text);
+      break;
+    case ValueType::kInt64:
+      value = ParseSigned<int64_t>(value_type_, text);
+      break;
+    case ValueType::kUint8:
+      value = ParseUnsigned<uint8_t>(value_type_, text);
+      break;
+    case ValueType::kUint16:
+      value = ParseUnsigned<uint16_t>(value_type_, text);
+      break;
+    case ValueType::kUint32:
+      value = ParseUnsigned<uint32_t>(value_type_, text);
+      break;
+    case ValueType::kUint64:
+      value = ParseUnsigned<uint64_t>(value_type_, text);
+      break;
+    case ValueType::kBool:
+      if (text == "true" || text == "false") {
+        value = Value::Number(value_type_, text == "true");
+      }
+      break;
+    case ValueType::kEnum:
+      if (auto it = names_.numbers.find(text); it != names_.numbers.end()) {
+        value = Value::Number(value_type_, static_cast<uint64_t>(it->second));
+      }
+      break;
+    case ValueType::kIdentityref:
+      if (auto it = names_.numbers.find(text); it != names_.numbers.end()) {
+        value = Value::Text(value_type_, text, 0,
+                            static_cast<uint64_t>(it->second));
+      }
+      break;
+    case ValueType::kBit32:
+    case ValueType::kBit64:
+    case ValueType::kBitbig:
+      return ParseBits(text);
+    case ValueType::kIpv4:
+    case ValueType::kDquad:
+    case ValueType::kIpv4Prefix:
+    case ValueType::kIpv4AndPlen:
+      value = ParseIpv4Value(value_type_, text);
+      break;
+    case ValueType::kIpv6:
+    case ValueType::kIpv6Prefix:
+    case ValueType::kIpv6AndPlen:
+      value = ParseIpv6Value(value_type_, text);
+      break;
+    case ValueType::kDecimal64:
+      if (auto scaled = ParseDecimal64(text, fraction_digits_)) {
+        value = Value::Number(value_type_, static_cast<uint64_t>(*scaled),
+                              fraction_digits_);
+      }
+      break;
+    case ValueType::kBinary:
+      value = TextValue(value_type_, ParseBase64(text));
+      break;
+    case ValueType::kHexstr:
+      value = TextValue(value_type_, ParseHex(text));
+      break;
+    case ValueType::kEmpty:
+      if (text.empty()) value = Value::Number(value_type_, 0);
+      break;
+    default:
+      // libyang looks at this in documents only.
+      if (!IsYangText(text)) {
+        Reject(text, "it is not UTF-8 text without control characters");
+      }
+      value = Value::Text(value_type_, text);
+  }
+  if (!value) Reject(text);
+  return *value;
+}
+
+Value LeafType::ParseBits(std::string_view text) const {
+  uint64_t set = 0;
+  std::string bytes;
+  while (!text.empty()) {
+    size_t blank = std::min(text.find(' '), text.size());
+    auto it = names_.numbers.find(text.substr(0, blank));
+    if (it == names_.numbers.end()) Reject(text.substr(0, blank));
+    auto position = static_cast<size_t>(it->second);
+    if (value_type_ == ValueType::kBitbig) {
+      bytes.resize(std::max(bytes.size(), position / 8 + 1), '\0');
+      bytes[position / 8] =
+          static_cast<char>(bytes[position / 8] | 1 << position % 8);
+    } else {
+      set |= uint64_t{1} << position;
+    }
+    text.remove_prefix(std::min(blank + 1, text.size()));
+  }
+  return value_type_ == ValueType::kBitbig ? Value::Text(value_type_, bytes)
+                                           : Value::Number(value_type_, set);
+}
+
+std::string LeafType::PrintBits(const Value& value) const {
+  std::string text;
+  uint64_t known = 0;
+  std::string left = value.text();  // what no name was found for
+  for (const auto& [number, name] : names_.names) {
+    auto position = static_cast<size_t>(number);
+    bool set;
+    if (value.type() == ValueType::kBitbig) {
+      const std::string& bytes = value.text();
+      set = position / 8 < bytes.size() &&
+            (static_cast<uint8_t>(bytes[position / 8]) >> position % 8 & 1);
+      if (set) {
+        left[position / 8] =
+            static_cast<char>(left[position / 8] & ~(1 << position % 8));
+      }
+    } else {
+      set = value.bits() >> position & 1;
+      known |= uint64_t{1} << position;
+    }
+    if (!set) continue;
+    if (!text.empty()) text += ' ';
+    text += name;
+  }
+  bool unknown = value.type() == ValueType::kBitbig
+                     ? left.find_first_not_of('\0') != std::string::npos
+                     : (value.bits() & ~known) != 0;
+  if (unknown) {
+    Reject(value.type() == ValueType::kBitbig ? keypath::HexString(value.text())
+                                              : std::to_string(value.bits()),
+           "it sets a bit without a name");
+  }
+  return text;
+}
+
+std::string LeafType::Print(const Value& value) const {
+  if (!members_.empty()) {
+    for (const LeafType& member : members_) {
+      if (!member.members_.empty() || member.value_type_ == value.type()) {
+        try {
+          return member.Print(value);
+        } catch (const Error&) {
+          // Another member of the same machine type may have it.
+        }
+      }
+    }
+    Reject(TypeName(value.type()));
+  }
+  if (value.type() != value_type_) Reject(TypeName(value.type()));
+  switch (value.type()) {
+    case ValueType::kInt8:
+    case ValueType::kInt16:
+    case ValueType::kInt32:
+    case ValueType::kInt64:
+      return std::to_string(value.signed_bits());
+    case ValueType::kUint8:
+    case ValueType::kUint16:
+    case ValueType::kUint32:
+    case ValueType::kUint64:
+      return std::to_string(value.bits());
+    case ValueType::kBool:
+      return value.bits() != 0 ? "true" : "false";
+    case ValueType::kEnum:
+      if (auto it = names_.names.find(value.signed_bits());
+          it != names_.names.end()) {
+        return it->second;
+      }
+      Reject(std::to_string(value.signed_bits()), "no enum has this number");
+    case ValueType::kIdentityref:
+      if (auto it = names_.names.find(value.signed_bits());
+          it != names_.names.end()) {
+        return it->second;
+      }
+      Reject(value.text(), "no such identity");
+    case ValueType::kBit32:
+    case ValueType::kBit64:
+    case ValueType::kBitbig:
+      return PrintBits(value);
+    case ValueType::kIpv4:
+    case ValueType::kDquad:
+      return PrintIpv4(static_cast<uint32_t>(value.bits()));
+    case ValueType::kIpv4Prefix:
+    case ValueType::kIpv4AndPlen:
+      return PrintIpv4(static_cast<uint32_t>(value.bits())) + "/" +
+             std::to_string(value.length());
+    case ValueType::kIpv6:
+      return PrintIpv6(value.text());
+    case ValueType::kIpv6Prefix:
+    case ValueType::kIpv6AndPlen:
+      return PrintIpv6(value.text()) + "/" + std::to_string(value.length());
+    case ValueType::kDecimal64:
+      if (value.length() != fraction_digits_) {
+        Reject(std::to_string(value.signed_bits()),
+               "the number has " + std::to_string(value.length()) +
+                   " fraction digits, the model " +
+                   std::to_string(fraction_digits_));
+      }
+      return PrintDecimal64(value.signed_bits(), fraction_digits_);
+    case ValueType::kBinary:
+      return keypath::Base64(value.text());
+    case ValueType::kHexstr:
+      return keypath::HexString(value.text());
+    case ValueType::kEmpty:
+      return "";
+    default:
+      return value.text();
+  }
+}
+
+Value LeafType::Check(const Value& value) const {
+  if (members_.empty() && value.type() != value_type_) {
+    throw Error(ErrorCode::kBadType,
+                std::string("a ") + TypeName(value.type()) +
+                    " value was given for a leaf of type " + name_ + " (" +
+                    TypeName(value_type_) + ")");
+  }
+  if (value.type() == ValueType::kBuf && !IsYangText(value.text())) {
+    Reject(value.text(), "it is not UTF-8 text without control characters");
+  }
+  bool is_named = value_type_ == ValueType::kEnum;
+  if (unrestricted_ && !is_named) return value;
+  std::string text = Print(value);
+  return is_named ? value : Parse(text);
+}
+
+std::optional<std::string> LeafType::EnumName(int32_t number) const {
+  for (const LeafType& member : members_) {
+    if (auto name = member.EnumName(number)) return name;
+  }
+  if (value_type_ != ValueType::kEnum) return std::nullopt;
+  auto it = names_.names.find(number);
+  if (it == names_.names.end()) return std::nullopt;
+  return it->second;
+}
+
+}  // namespace kit::store

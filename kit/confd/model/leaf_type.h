@@ -1,0 +1,89 @@
+// The type of a leaf: which values it takes and how they read as text.
+#ifndef KIT_CONFD_MODEL_LEAF_TYPE_H_
+#define KIT_CONFD_MODEL_LEAF_TYPE_H_
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kit/confd/model/value.h"
+
+struct lysc_node;
+struct lysc_type;
+struct lysp_node;
+struct lysp_type;
+
+namespace kit::store {
+
+// Hash of an identity's name, as it stands in identityref values.
+uint32_t NameHash(std::string_view name);
+
+// Immutable; lives as long as the libyang context that it was made from.
+class LeafType {
+ public:
+  // Hash of the namespace of a module, by module name.
+  using NamespaceHashes = std::map<std::string, uint32_t>;
+
+  // The type of a leaf or leaf-list. libyang must have set the nodes' private
+  // pointers to the parsed nodes: only those know typedefs by name.
+  LeafType(const lysc_node* node, const NamespaceHashes& hashes);
+
+  // What values of this type carry as a tag; of a union, nothing.
+  std::optional<ValueType> value_type() const;
+
+  // Throws Error with kBadType for a text that is no value of the type.
+  Value Parse(std::string_view text) const;
+
+  // The same for a key of a key path, where bit sets and identities may stand
+  // as the numbers that values carry: "5", "NAMESPACE-HASH:NAME-HASH".
+  Value ParseKey(std::string_view text) const;
+
+  // The value if the type has it (with what a program can't know filled in).
+  // Throws Error with kBadType for one of another type or out of its limits.
+  Value Check(const Value& value) const;
+
+  // The canonical text as libyang knows it. The value must be of the type.
+  std::string Print(const Value& value) const;
+
+  // The name of an enum constant, of a union's first member that has it.
+  std::optional<std::string> EnumName(int32_t number) const;
+
+ private:
+  struct Names {
+    std::map<std::string, int64_t, std::less<>> numbers;
+    std::map<int64_t, std::string> names;
+    void Add(std::string name, int64_t number);
+  };
+
+  LeafType() = default;
+  void Init(const lysc_node* node, const lysc_type* compiled,
+            const lysp_type* parsed, const lysp_node* scope,
+            const NamespaceHashes& hashes);
+  void InitUnion(const lysp_type* parsed, const lysp_node* scope,
+                 const NamespaceHashes& hashes);
+  void AddIdentities(const NamespaceHashes& hashes);
+  // Whether the machine type alone says which values there are. `restricted`:
+  // the use of a well-known typedef narrows it.
+  bool IsUnrestricted(bool restricted) const;
+  Value ParseCanonical(std::string_view text) const;
+  Value ParseBits(std::string_view text) const;
+  std::string PrintBits(const Value& value) const;
+  [[noreturn]] void Reject(std::string_view text,
+                           const std::string& why = {}) const;
+
+  const lysc_node* node_ = nullptr;
+  const lysc_type* compiled_ = nullptr;
+  ValueType value_type_ = ValueType::kNoExists;
+  std::string name_;  // as the model writes it, for messages
+  bool unrestricted_ = false;
+  uint8_t fraction_digits_ = 0;
+  Names names_;  // enums, bits by position, identities by hash pair
+  std::vector<LeafType> members_;  // of a union
+};
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_MODEL_LEAF_TYPE_H_

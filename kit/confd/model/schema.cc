@@ -1,0 +1,307 @@
+#include "kit/confd/model/schema.h"
+
+#include <libyang/libyang.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+#include "kit/confd/model/error.h"
+
+namespace kit::store {
+namespace {
+
+constexpr size_t kMaxKeys = 9;  // MAXKEYLEN of confd_lib.h
+
+NodeKind KindOf(const lysc_node* node) {
+  switch (node->nodetype) {
+    case LYS_CONTAINER:
+      return (node->flags & LYS_PRESENCE) != 0 ? NodeKind::kPresenceContainer
+                                               : NodeKind::kContainer;
+    case LYS_LIST:
+      return NodeKind::kList;
+    case LYS_LEAF:
+      return NodeKind::kLeaf;
+    case LYS_LEAFLIST:
+      return NodeKind::kLeafList;
+    default:
+      return NodeKind::kAny;
+  }
+}
+
+std::string LastMessage(const ly_ctx* context) {
+  const ly_err_item* error = ly_err_first(context);
+  // The first message names the cause, later ones what followed from it.
+  while (error != nullptr && error->level != LY_LLERR) error = error->next;
+  if (error == nullptr) return "unknown reason";
+  std::string text = error->msg != nullptr ? error->msg : "";
+  if (error->path != nullptr) text += " (" + std::string(error->path) + ")";
+  return text;
+}
+
+bool IsSubmodule(std::string_view text) {
+  size_t at = text.find_first_not_of(" \t\r\n");
+  while (at != std::string_view::npos) {
+    if (text.compare(at, 2, "//") == 0) {
+      at = text.find('\n', at);
+    } else if (text.compare(at, 2, "/*") == 0) {
+      at = text.find("*/", at);
+      if (at != std::string_view::npos) at += 2;
+    } else {
+      return text.compare(at, 9, "submodule") == 0;
+    }
+    if (at != std::string_view::npos) {
+      at = text.find_first_not_of(" \t\r\n", at);
+    }
+  }
+  return false;
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::string text;
+  FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) {
+    throw SchemaError(path.string() + ": " +
+                      std::generic_category().message(errno));
+  }
+  char buffer[1 << 16];
+  size_t count;
+  while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) {
+    text.append(buffer, count);
+  }
+  bool failed = std::ferror(file) != 0;
+  std::fclose(file);
+  if (failed) throw SchemaError(path.string() + ": it can't be read");
+  return text;
+}
+
+}  // namespace
+
+std::string SchemaNode::PathName() const {
+  bool at_top = parent->parent == nullptr;
+  bool needs_prefix =
+      at_top ? parent->by_name.at(name).size() > 1 : module != parent->module;
+  return needs_prefix ? module->prefix + ":" + name : name;
+}
+
+std::string SchemaNode::Path() const {
+  if (parent == nullptr) return "/";
+  return (parent->parent == nullptr ? "" : parent->Path()) + "/" + PathName();
+}
+
+void Schema::ContextDeleter::operator()(ly_ctx* context) const {
+  ly_ctx_destroy(context);
+}
+
+Schema::Schema(const std::filesystem::path& directory,
+               const LeafType::NamespaceHashes& hashes)
+    : hashes_(hashes) {
+  // Errors are read from the context; nothing may go to the program's stderr.
+  ly_log_options(LY_LOSTORE);
+  LoadModules(directory);
+
+  root_.kind = NodeKind::kRoot;
+  uint32_t index = 0;
+  while (const lys_module* module =
+             ly_ctx_get_module_iter(context_.get(), &index)) {
+    if (module->implemented && module->compiled != nullptr) {
+      ModuleOf(module);
+      AddChildren(module->compiled->data, root_);
+    }
+  }
+  FinishNode(root_);
+}
+
+Schema::~Schema() = default;
+
+void Schema::LoadModules(const std::filesystem::path& directory) {
+  std::error_code error;
+  std::vector<std::filesystem::path> files;
+  std::filesystem::directory_iterator entries(directory, error);
+  if (error) {
+    throw SchemaError(directory.string() + ": " + error.message() +
+                      "; name a folder of YANG modules");
+  }
+  for (const auto& entry : entries) {
+    if (entry.path().extension() == ".yang") files.push_back(entry.path());
+  }
+  if (files.empty()) {
+    throw SchemaError(directory.string() + ": no YANG module (*.yang) in it");
+  }
+  // So that messages and the order of nodes do not depend on the file system.
+  std::sort(files.begin(), files.end());
+
+  ly_ctx* context = nullptr;
+  LY_ERR result = ly_ctx_new(directory.c_str(),
+                             LY_CTX_NO_YANGLIBRARY | LY_CTX_SET_PRIV_PARSED |
+                                 LY_CTX_DISABLE_SEARCHDIR_CWD,
+                             &context);
+  context_.reset(context);
+  if (result != LY_SUCCESS) {
+    throw SchemaError(directory.string() + ": libyang can't use this folder");
+  }
+  static const char* all_features[] = {"*", nullptr};
+  for (const auto& file : files) {
+    std::string text = ReadFile(file);
+    if (IsSubmodule(text)) continue;
+    // "name@revision.yang" or "name.yang".
+    std::string stem = file.stem().string();
+    size_t at = stem.find('@');
+    std::string name = stem.substr(0, at);
+    std::string revision = at == std::string::npos ? "" : stem.substr(at + 1);
+    ly_err_clean(context, nullptr);
+    const lys_module* module = ly_ctx_load_module(
+        context, name.c_str(), revision.empty() ? nullptr : revision.c_str(),
+        all_features);
+    if (module == nullptr) {
+      throw SchemaError(file.string() + ": " + LastMessage(context));
+    }
+  }
+}
+
+const Module* Schema::ModuleOf(const lys_module* compiled) {
+  for (const auto& module : modules_) {
+    if (module->compiled == compiled) return module.get();
+  }
+  auto known = hashes_.find(compiled->name);
+  uint32_t hash =
+      known != hashes_.end() ? known->second : NameHash(compiled->ns);
+  modules_.push_back(std::make_unique<Module>(
+      Module{compiled->name, compiled->prefix, hash, compiled}));
+  return modules_.back().get();
+}
+
+void Schema::AddChildren(const lysc_node* first, SchemaNode& parent) {
+  for (const lysc_node* node = first; node != nullptr; node = node->next) {
+    AddNode(node, parent, {});
+  }
+}
+
+void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
+                     std::vector<SchemaNode::CaseOf> cases) {
+  if ((compiled->flags & LYS_CONFIG_W) == 0) return;
+  if (compiled->nodetype == LYS_CHOICE) {
+    const auto* choice = reinterpret_cast<const lysc_node_choice*>(compiled);
+    const lysc_node* first =
+        choice->cases != nullptr ? &choice->cases->node : nullptr;
+    const lysc_node* by_default =
+        choice->dflt != nullptr ? &choice->dflt->node : nullptr;
+    for (const lysc_node* one = first; one != nullptr; one = one->next) {
+      auto inner = cases;
+      inner.push_back({compiled, one, one == by_default});
+      for (const lysc_node* node = lysc_node_child(one); node != nullptr;
+           node = node->next) {
+        AddNode(node, parent, inner);
+      }
+    }
+    return;
+  }
+  if ((compiled->nodetype & (LYS_CONTAINER | LYS_LIST | LYS_LEAF |
+                             LYS_LEAFLIST | LYS_ANYDATA)) == 0) {
+    return;
+  }
+  auto node = std::make_unique<SchemaNode>();
+  node->kind = KindOf(compiled);
+  node->name = compiled->name;
+  node->module = ModuleOf(compiled->module);
+  node->parent = &parent;
+  node->compiled = compiled;
+  node->cases = std::move(cases);
+  if (node->kind == NodeKind::kLeaf || node->kind == NodeKind::kLeafList) {
+    node->type = std::make_unique<LeafType>(compiled, hashes_);
+    SetLeafDetails(*node);
+  }
+  AddChildren(lysc_node_child(compiled), *node);
+  parent.children.push_back(std::move(node));
+}
+
+void Schema::SetLeafDetails(SchemaNode& node) {
+  node.mandatory = (node.compiled->flags & LYS_MAND_TRUE) != 0;
+  auto parse = [&](const lyd_value* value) {
+    const char* text = lyd_value_get_canonical(context_.get(), value);
+    try {
+      return node.type->Parse(text);
+    } catch (const Error& error) {
+      throw SchemaError("module " + node.module->name + ": default of \"" +
+                        node.name + "\": " + error.what());
+    }
+  };
+  if (node.kind == NodeKind::kLeaf) {
+    const auto* leaf = reinterpret_cast<const lysc_node_leaf*>(node.compiled);
+    if (leaf->dflt != nullptr) node.default_value = parse(leaf->dflt);
+    return;
+  }
+  const auto* list = reinterpret_cast<const lysc_node_leaflist*>(node.compiled);
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(list->dflts, i) {
+    node.default_values.push_back(parse(list->dflts[i]));
+  }
+}
+
+void Schema::FinishNode(SchemaNode& node) {
+  if (node.kind == NodeKind::kList) {
+    // libyang puts keys first, in the order of the key statement.
+    for (const auto& child : node.children) {
+      if (lysc_is_key(child->compiled)) ++node.key_count;
+    }
+    node.user_ordered = lysc_is_userordered(node.compiled);
+    if (node.key_count == 0 || node.key_count > kMaxKeys) {
+      throw SchemaError(
+          "list " + node.Path() + " has " + std::to_string(node.key_count) +
+          " keys; a configuration list has 1 to " + std::to_string(kMaxKeys));
+    }
+  }
+  for (size_t i = 0; i < node.children.size(); ++i) {
+    SchemaNode& child = *node.children[i];
+    child.slot = i;
+    node.by_name[child.name].push_back(&child);
+  }
+  for (const auto& child_node : node.children) {
+    SchemaNode& child = *child_node;
+    FinishNode(child);
+    node.width += 1;
+    if (child.IsContainer()) node.width += child.width;
+  }
+}
+
+const Module* Schema::ModuleOfHash(uint32_t hash) const {
+  for (const auto& module : modules_) {
+    if (module->hash == hash) return module.get();
+  }
+  return nullptr;
+}
+
+const SchemaNode& Schema::Child(const SchemaNode& parent,
+                                std::string_view prefix, std::string_view name,
+                                const Module* selected) const {
+  auto found = parent.by_name.find(name);
+  auto unknown = [&]() {
+    std::string full(prefix);
+    if (!prefix.empty()) full += ':';
+    full += name;
+    return Error(ErrorCode::kBadPath,
+                 "the model has no \"" + full + "\" in " + parent.Path());
+  };
+  if (found == parent.by_name.end()) throw unknown();
+  const auto& candidates = found->second;
+  if (!prefix.empty()) {
+    for (const SchemaNode* node : candidates) {
+      if (node->module->prefix == prefix || node->module->name == prefix) {
+        return *node;
+      }
+    }
+    throw unknown();
+  }
+  if (candidates.size() == 1) return *candidates.front();
+  for (const Module* preferred : {parent.module, selected}) {
+    for (const SchemaNode* node : candidates) {
+      if (node->module == preferred && preferred != nullptr) return *node;
+    }
+  }
+  throw Error(ErrorCode::kBadPath,
+              "several modules define \"" + std::string(name) + "\" in " +
+                  parent.Path() + "; give a prefix or select a namespace");
+}
+
+}  // namespace kit::store

@@ -1,0 +1,136 @@
+// A set of data models as the store sees it: what nodes there are, where.
+#ifndef KIT_CONFD_MODEL_SCHEMA_H_
+#define KIT_CONFD_MODEL_SCHEMA_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "kit/confd/model/leaf_type.h"
+#include "kit/confd/model/value.h"
+
+struct ly_ctx;
+struct lys_module;
+struct lysc_node;
+
+namespace kit::store {
+
+// The models can't be used; what() says where and why.
+class SchemaError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+enum class NodeKind {
+  kRoot,
+  kContainer,
+  kPresenceContainer,
+  kList,
+  kLeaf,
+  kLeafList,
+  kAny  // anydata, anyxml: known, but never kept
+};
+
+struct Module {
+  std::string name;
+  std::string prefix;
+  uint32_t hash;  // of its namespace
+  const lys_module* compiled;
+};
+
+// One configuration node. Choices and cases are not nodes: what they hold
+// stands in their parent.
+struct SchemaNode {
+  NodeKind kind;
+  std::string name;
+  const Module* module = nullptr;  // null for the root
+  const SchemaNode* parent = nullptr;
+  size_t slot = 0;  // position among the parent's children
+  const lysc_node* compiled = nullptr;
+
+  // In the model's order, a list's keys first.
+  std::vector<std::unique_ptr<SchemaNode>> children;
+  std::unordered_map<std::string_view, std::vector<const SchemaNode*>> by_name;
+
+  size_t key_count = 0;       // list
+  bool user_ordered = false;  // list
+  size_t width = 0;  // most elements of a value array of this node's children
+
+  std::unique_ptr<LeafType> type;      // leaf, leaf-list
+  std::optional<Value> default_value;  // leaf
+  std::vector<Value> default_values;   // leaf-list
+  bool mandatory = false;              // leaf
+
+  // The cases that this node stands in, outermost first.
+  struct CaseOf {
+    const lysc_node* choice;
+    const lysc_node* chosen;
+    bool is_default;
+  };
+  std::vector<CaseOf> cases;
+
+  bool IsContainer() const {
+    return kind == NodeKind::kContainer || kind == NodeKind::kPresenceContainer;
+  }
+  bool is_key() const {
+    return parent != nullptr && parent->kind == NodeKind::kList &&
+           slot < parent->key_count;
+  }
+  // The name, with its module's prefix where the name alone would not do or
+  // the module changes.
+  std::string PathName() const;
+  // "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry"; "/" for the root.
+  std::string Path() const;
+};
+
+class Schema {
+ public:
+  // Loads every YANG module of a folder. Throws SchemaError.
+  Schema(const std::filesystem::path& directory,
+         const LeafType::NamespaceHashes& hashes);
+  ~Schema();
+  Schema(const Schema&) = delete;
+  Schema& operator=(const Schema&) = delete;
+
+  const SchemaNode& root() const { return root_; }
+  ly_ctx* context() const { return context_.get(); }
+
+  // The module that a namespace hash belongs to, null for an unknown one.
+  const Module* ModuleOfHash(uint32_t hash) const;
+
+  // The child of `parent` that a path names. The prefix is a module's prefix or
+  // name, or empty: then the parent's own module comes first, then the one
+  // module that defines such a child, and between several `selected` decides.
+  // Throws Error with kBadPath.
+  const SchemaNode& Child(const SchemaNode& parent, std::string_view prefix,
+                          std::string_view name, const Module* selected) const;
+
+ private:
+  struct ContextDeleter {
+    void operator()(ly_ctx* context) const;
+  };
+
+  void LoadModules(const std::filesystem::path& directory);
+  void AddChildren(const lysc_node* first, SchemaNode& parent);
+  void AddNode(const lysc_node* compiled, SchemaNode& parent,
+               std::vector<SchemaNode::CaseOf> cases);
+  void SetLeafDetails(SchemaNode& node);
+  void FinishNode(SchemaNode& node);
+  const Module* ModuleOf(const lys_module* compiled);
+
+  LeafType::NamespaceHashes hashes_;
+  std::unique_ptr<ly_ctx, ContextDeleter> context_;
+  std::vector<std::unique_ptr<Module>> modules_;
+  SchemaNode root_;
+};
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_MODEL_SCHEMA_H_

@@ -1,0 +1,114 @@
+#include "kit/confd/model/typedef_chain.h"
+
+#include <libyang/libyang.h>
+
+#include <string_view>
+#include <utility>
+
+namespace kit::store {
+namespace {
+
+constexpr std::pair<std::string_view, ValueType> kWellKnownTypedefs[] = {
+    {"ipv4-address", ValueType::kIpv4},
+    {"ipv4-address-no-zone", ValueType::kIpv4},
+    {"ipv6-address", ValueType::kIpv6},
+    {"ipv6-address-no-zone", ValueType::kIpv6},
+    {"ipv4-prefix", ValueType::kIpv4Prefix},
+    {"ipv6-prefix", ValueType::kIpv6Prefix},
+    {"ipv4-address-and-prefix-length", ValueType::kIpv4AndPlen},
+    {"ipv6-address-and-prefix-length", ValueType::kIpv6AndPlen},
+    {"dotted-quad", ValueType::kDquad},
+    {"date-and-time", ValueType::kDatetime},
+    {"hex-string", ValueType::kHexstr},
+};
+
+std::optional<ValueType> WellKnown(std::string_view name) {
+  for (const auto& [known, type] : kWellKnownTypedefs) {
+    if (name == known) return type;
+  }
+  return std::nullopt;
+}
+
+const lysp_tpdf* FindIn(const lysp_tpdf* typedefs, std::string_view name) {
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(typedefs, i) {
+    if (name == typedefs[i].name) return &typedefs[i];
+  }
+  return nullptr;
+}
+
+const lysp_tpdf* FindInModule(const lysp_module* module,
+                              std::string_view name) {
+  if (module == nullptr) return nullptr;
+  if (const lysp_tpdf* found = FindIn(module->typedefs, name)) return found;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(module->includes, i) {
+    const lysp_submodule* submodule = module->includes[i].submodule;
+    if (submodule == nullptr) continue;
+    if (const lysp_tpdf* found = FindIn(submodule->typedefs, name)) {
+      return found;
+    }
+  }
+  // A submodule sees what its module and the other submodules define.
+  if (module->is_submod && module->mod != nullptr) {
+    return FindInModule(module->mod->parsed, name);
+  }
+  return nullptr;
+}
+
+const lysp_module* ImportedModule(const lysp_module* module,
+                                  std::string_view prefix) {
+  // A submodule has a prefix of its own for the module that it belongs to.
+  const char* own =
+      module->is_submod
+          ? reinterpret_cast<const lysp_submodule*>(module)->prefix
+          : module->mod->prefix;
+  if (own != nullptr && prefix == own) return module;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(module->imports, i) {
+    if (prefix == module->imports[i].prefix) {
+      const lys_module* imported = module->imports[i].module;
+      return imported == nullptr ? nullptr : imported->parsed;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+TypedefChain FollowTypedefs(const lysp_type* type, const lysp_node* scope) {
+  TypedefChain chain{std::nullopt, false, type, scope};
+  while (true) {
+    chain.last = type;
+    chain.scope = scope;
+    std::string_view name = type->name;
+    std::string_view prefix;
+    if (size_t colon = name.find(':'); colon != std::string_view::npos) {
+      prefix = name.substr(0, colon);
+      name.remove_prefix(colon + 1);
+    }
+    if (!chain.well_known) {
+      chain.restricted |= type->length != nullptr || type->patterns != nullptr;
+      chain.well_known = WellKnown(name);
+    }
+
+    const lysp_module* module = type->pmod;
+    if (module == nullptr) return chain;
+    const lysp_tpdf* next = nullptr;
+    if (!prefix.empty()) module = ImportedModule(module, prefix);
+    if (prefix.empty() || module == type->pmod) {
+      for (; scope != nullptr && next == nullptr; scope = scope->parent) {
+        next = FindIn(lysp_node_typedefs(scope), name);
+        if (next != nullptr) break;
+      }
+    }
+    if (next == nullptr) {
+      scope = nullptr;
+      next = FindInModule(module, name);
+    }
+    if (next == nullptr) return chain;
+    type = &next->type;
+  }
+}
+
+}  // namespace kit::store

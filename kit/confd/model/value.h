@@ -1,0 +1,102 @@
+// One typed value of a leaf.
+#ifndef KIT_CONFD_MODEL_VALUE_H_
+#define KIT_CONFD_MODEL_VALUE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kit::store {
+
+// The numbers are those of enum confd_vtype in confd_lib.h.
+enum class ValueType : uint8_t {
+  kNoExists = 1,
+  kXmlTag = 2,
+  kBuf = 5,
+  kInt8 = 6,
+  kInt16 = 7,
+  kInt32 = 8,
+  kInt64 = 9,
+  kUint8 = 10,
+  kUint16 = 11,
+  kUint32 = 12,
+  kUint64 = 13,
+  kIpv4 = 15,
+  kIpv6 = 16,
+  kBool = 17,
+  kDatetime = 19,
+  kEnum = 28,
+  kBit32 = 29,
+  kBit64 = 30,
+  kList = 31,
+  kObjectRef = 34,
+  kBinary = 39,
+  kIpv4Prefix = 40,
+  kIpv6Prefix = 41,
+  kDecimal64 = 43,
+  kIdentityref = 44,
+  kDquad = 46,
+  kHexstr = 47,
+  kIpv4AndPlen = 48,
+  kIpv6AndPlen = 49,
+  kBitbig = 50,
+  kEmpty = 53,
+};
+
+// "C_UINT32" for kUint32.
+const char* TypeName(ValueType type);
+
+// Which members count depends on the type; Compare and == look at all of them.
+class Value {
+ public:
+  Value() = default;
+
+  // Integers in two's complement, booleans, enumerations, bit sets, decimal64
+  // (with its fraction digits in `length`), IPv4 addresses and dotted quads in
+  // host byte order (with the prefix length in bits in `length`).
+  static Value Number(ValueType type, uint64_t bits, uint8_t length = 0);
+
+  // Strings and binary data as they are, IPv6 addresses as their 16 bytes,
+  // date and time as text, identities as "module:name" with namespace hash and
+  // name hash in the upper and lower half of `bits`.
+  static Value Text(ValueType type, std::string_view text, uint8_t length = 0,
+                    uint64_t bits = 0);
+
+  ValueType type() const { return type_; }
+  bool exists() const { return type_ != ValueType::kNoExists; }
+  uint64_t bits() const { return bits_; }
+  int64_t signed_bits() const { return static_cast<int64_t>(bits_); }
+  uint8_t length() const { return length_; }
+  const std::string& text() const;
+
+ private:
+  ValueType type_ = ValueType::kNoExists;
+  uint8_t length_ = 0;
+  uint64_t bits_ = 0;
+  std::shared_ptr<const std::string> text_;
+};
+
+// The natural order of the type, as negative, zero or positive: numbers by
+// value, addresses and strings by their bytes, enumerations by number. Values
+// of different types are ordered by type.
+int Compare(const Value& a, const Value& b);
+
+inline bool operator==(const Value& a, const Value& b) {
+  return Compare(a, b) == 0;
+}
+inline bool operator!=(const Value& a, const Value& b) { return !(a == b); }
+
+// The keys of an entry, or the first of them.
+struct KeyView {
+  const Value* data;
+  size_t size;
+};
+
+// Lexicographic; a prefix stands before everything that begins with it.
+int Compare(KeyView a, KeyView b);
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_MODEL_VALUE_H_

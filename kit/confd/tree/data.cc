@@ -1,0 +1,412 @@
+#include "kit/confd/tree/data.h"
+
+#include <string>
+#include <utility>
+
+#include "kit/confd/model/error.h"
+
+namespace kit::store {
+namespace {
+
+[[noreturn]] void Fail(ErrorCode code, const std::string& reason) {
+  throw Error(code, reason);
+}
+
+bool IsLeafKind(const SchemaNode& node) {
+  return node.kind == NodeKind::kLeaf || node.kind == NodeKind::kLeafList;
+}
+
+std::string Count(size_t number, const char* noun) {
+  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+void AppendChildren(const Node& node, std::vector<Element>& elements) {
+  for (const auto& child : node.schema->children) {
+    Element element;
+    const Node* container = nullptr;
+    if (child->kind == NodeKind::kLeaf) {
+      element.value = node.LeafValue(*child);
+    } else if (child->kind == NodeKind::kLeafList) {
+      element.items = node.LeafListValues(*child);
+    } else if (child->kind != NodeKind::kList) {
+      container = node.Container(*child);
+      if (container != nullptr) element.container = child.get();
+    }
+    elements.push_back(element);
+    if (container != nullptr) AppendChildren(*container, elements);
+  }
+}
+
+Value Checked(const SchemaNode& leaf, const Value& value) {
+  try {
+    return leaf.type->Check(value);
+  } catch (const Error& error) {
+    Fail(error.code(), "leaf \"" + leaf.name + "\": " + error.what());
+  }
+}
+
+std::vector<Value> Checked(const SchemaNode& leaf_list,
+                           const std::vector<Value>& values) {
+  std::vector<Value> checked;
+  checked.reserve(values.size());
+  for (const Value& value : values) {
+    checked.push_back(Checked(leaf_list, value));
+  }
+  return checked;
+}
+
+// Walks a value array alongside the model: once to check it, so that one bad
+// value leaves the entry as it was, and once to write it.
+class ObjectWriter {
+ public:
+  explicit ObjectWriter(std::vector<NewElement>& elements)
+      : elements_(elements) {}
+
+  // `entry` is null where it is yet to be created.
+  void Check(const SchemaNode& schema, Node* entry) {
+    writes_ = false;
+    next_ = schema.key_count;
+    Walk(schema, entry);
+    for (; next_ < elements_.size(); ++next_) {
+      const NewElement& left = elements_[next_];
+      if (left.value || left.items || left.is_container) {
+        Fail(ErrorCode::kProtoUsage, "value " + std::to_string(next_) +
+                                         " of the array stands behind the "
+                                         "entry's last node");
+      }
+    }
+  }
+  void Write(Node& entry) {
+    writes_ = true;
+    next_ = entry.schema->key_count;
+    Walk(*entry.schema, &entry);
+  }
+
+ private:
+  void Walk(const SchemaNode& schema, Node* node) {
+    for (size_t i = schema.key_count;
+         i < schema.children.size() && next_ < elements_.size(); ++i) {
+      const SchemaNode& child = *schema.children[i];
+      NewElement& element = elements_[next_++];
+      if (writes_) {
+        WriteElement(child, element, *node);
+      } else {
+        CheckElement(child, element, node);
+      }
+      if (element.is_container) {
+        Walk(child, node == nullptr ? nullptr : node->Container(child));
+      }
+    }
+  }
+
+  void CheckElement(const SchemaNode& child, NewElement& element,
+                    const Node* node) const {
+    bool is_leaf = child.kind == NodeKind::kLeaf;
+    bool is_leaf_list = child.kind == NodeKind::kLeafList;
+    bool is_container = child.kind == NodeKind::kContainer;
+    // A list inside takes one empty element and is written by itself.
+    if ((element.value && !is_leaf) || (element.items && !is_leaf_list) ||
+        (element.is_container && !child.IsContainer()) ||
+        (is_container && !element.is_container)) {
+      Fail(ErrorCode::kBadType, "value " + std::to_string(next_ - 1) +
+                                    " of the array does not fit the node \"" +
+                                    child.name + "\"");
+    }
+    if (element.value) element.value = Checked(child, *element.value);
+    if (element.items) element.items = Checked(child, *element.items);
+    bool deletes = !element.value && !element.items && !element.is_container;
+    if (deletes && child.mandatory && node != nullptr && node->IsSet(child)) {
+      Fail(ErrorCode::kNotDeletable, "value " + std::to_string(next_ - 1) +
+                                         " of the array deletes \"" +
+                                         child.name + "\", which is mandatory");
+    }
+  }
+
+  static void WriteElement(const SchemaNode& child, NewElement& element,
+                           Node& node) {
+    if (element.value) {
+      node.SetLeaf(child, std::move(*element.value));
+    } else if (element.items) {
+      node.SetLeafList(child, std::move(*element.items));
+    } else if (element.is_container) {
+      node.MakeContainer(child);
+    } else if (child.kind != NodeKind::kList) {
+      node.Clear(child);
+    }
+  }
+
+  std::vector<NewElement>& elements_;
+  bool writes_ = false;
+  size_t next_ = 0;
+};
+
+void RequireHolder(const Target& target) {
+  if (target.holder == nullptr) {
+    bool is_entry = target.missing->kind == NodeKind::kList;
+    Fail(ErrorCode::kNoExists,
+         (is_entry ? std::string("the entry")
+                   : "the container \"" + target.missing->name + "\"") +
+             " above it does not exist");
+  }
+}
+
+}  // namespace
+
+std::vector<Value> Data::ParseKeys(const SchemaNode& list,
+                                   const std::vector<std::string>& keys) const {
+  if (keys.size() != list.key_count) {
+    Fail(ErrorCode::kBadPath, "list \"" + list.name + "\" has " +
+                                  store::Count(list.key_count, "key") +
+                                  ", the path gives " +
+                                  std::to_string(keys.size()));
+  }
+  std::vector<Value> values;
+  values.reserve(keys.size());
+  for (size_t i = 0; i < keys.size(); ++i) {
+    const SchemaNode& key = *list.children[i];
+    try {
+      values.push_back(key.type->ParseKey(keys[i]));
+    } catch (const Error& error) {
+      Fail(ErrorCode::kBadPath, "key \"" + key.name + "\": " + error.what());
+    }
+  }
+  return values;
+}
+
+Target Data::Find(const keypath::Path& path, const PathRules& rules) const {
+  Target target;
+  target.schema = &schema_->root();
+  Node* current = root_.get();
+  for (const keypath::Step& step : path.steps) {
+    const SchemaNode& parent = *target.schema;
+    if (parent.kind == NodeKind::kList && !target.is_entry) {
+      Fail(ErrorCode::kBadPath, "list \"" + parent.name +
+                                    "\" needs its keys before \"" + step.name +
+                                    "\"");
+    }
+    if (IsLeafKind(parent)) {
+      Fail(ErrorCode::kBadPath,
+           "\"" + parent.name + "\" is a leaf, nothing is below");
+    }
+    const SchemaNode& child =
+        schema_->Child(parent, step.prefix, step.name, rules.selected);
+    if (current == nullptr && target.missing == nullptr) {
+      target.missing = target.schema;
+    }
+    target.schema = &child;
+    target.holder = current;
+    target.keys.clear();
+    target.entry = nullptr;
+    target.is_entry = step.selector != keypath::Selector::kNone;
+    if (target.is_entry && child.kind != NodeKind::kList) {
+      Fail(ErrorCode::kBadPath, "\"" + child.name + "\" is not a list");
+    }
+    if (step.selector == keypath::Selector::kPosition) {
+      if (!rules.positions_allowed) {
+        Fail(ErrorCode::kBadPath,
+             "a list entry can't be addressed by position in a transaction");
+      }
+      List* list = current == nullptr ? nullptr : current->ListAt(child);
+      target.entry = list == nullptr
+                         ? nullptr
+                         : list->At(static_cast<size_t>(step.position));
+      current = target.entry;
+    } else if (step.selector == keypath::Selector::kKeys) {
+      target.keys = ParseKeys(child, step.keys);
+      List* list = current == nullptr ? nullptr : current->ListAt(child);
+      if (list != nullptr) {
+        target.entry = list->Find({target.keys.data(), target.keys.size()});
+      }
+      current = target.entry;
+    } else if (current != nullptr && child.IsContainer()) {
+      current = current->Container(child);
+    }
+  }
+  return target;
+}
+
+bool Data::Exists(const Target& target) const {
+  const SchemaNode& schema = *target.schema;
+  if (schema.kind == NodeKind::kRoot) return true;
+  if (schema.kind == NodeKind::kList) {
+    // Without keys the question is whether the model has the list.
+    return !target.is_entry || target.entry != nullptr;
+  }
+  if (target.holder == nullptr) return false;
+  switch (schema.kind) {
+    case NodeKind::kLeaf:
+      return target.holder->LeafValue(schema) != nullptr;
+    case NodeKind::kLeafList:
+      return target.holder->LeafListValues(schema) != nullptr;
+    case NodeKind::kPresenceContainer:
+      return target.holder->Container(schema) != nullptr;
+    default:
+      return schema.kind == NodeKind::kContainer;
+  }
+}
+
+List* Data::ListOf(const Target& target) {
+  if (target.schema->kind != NodeKind::kList || target.is_entry) {
+    Fail(ErrorCode::kBadPath,
+         "it names " +
+             std::string(target.is_entry ? "a list entry" : "no list") +
+             " where a list is needed");
+  }
+  return target.holder == nullptr ? nullptr
+                                  : target.holder->ListAt(*target.schema);
+}
+
+size_t Data::Count(const Target& target) const {
+  const List* list = ListOf(target);
+  return list == nullptr ? 0 : list->size();
+}
+
+Element Data::Get(const Target& target) const {
+  const SchemaNode& schema = *target.schema;
+  if (!IsLeafKind(schema)) {
+    Fail(ErrorCode::kUnavailable, "it is not a leaf and has no value");
+  }
+  RequireHolder(target);
+  Element element;
+  if (schema.kind == NodeKind::kLeaf) {
+    element.value = target.holder->LeafValue(schema);
+  } else {
+    element.items = target.holder->LeafListValues(schema);
+  }
+  if (!element.exists()) {
+    Fail(ErrorCode::kNoExists, "the leaf has no value and no default");
+  }
+  return element;
+}
+
+void Data::ReadObject(const Node& entry, std::vector<Element>& elements) {
+  AppendChildren(entry, elements);
+}
+
+std::vector<Element> Data::GetObject(const Target& target) const {
+  const SchemaNode& schema = *target.schema;
+  bool is_container = schema.IsContainer();
+  if (!target.is_entry && !is_container) {
+    Fail(ErrorCode::kBadPath, "it names neither a list entry nor a container");
+  }
+  const Node* node = target.entry;
+  if (is_container && target.holder != nullptr) {
+    node = target.holder->Container(schema);
+  }
+  if (node == nullptr) Fail(ErrorCode::kNoExists, "it does not exist");
+  std::vector<Element> elements;
+  elements.reserve(schema.width);
+  ReadObject(*node, elements);
+  return elements;
+}
+
+void Data::Create(const Target& target) {
+  const SchemaNode& schema = *target.schema;
+  bool is_empty_leaf = schema.kind == NodeKind::kLeaf &&
+                       schema.type->value_type() == ValueType::kEmpty;
+  if (!target.is_entry && schema.kind != NodeKind::kPresenceContainer &&
+      !is_empty_leaf) {
+    Fail(ErrorCode::kNotCreatable,
+         "only list entries, presence containers and leaves of type empty can "
+         "be created");
+  }
+  RequireHolder(target);
+  if (Exists(target)) Fail(ErrorCode::kAlreadyExists, "it exists already");
+  if (target.is_entry) {
+    target.holder->MakeList(schema).Insert(target.keys);
+  } else if (is_empty_leaf) {
+    target.holder->SetLeaf(schema, Value::Number(ValueType::kEmpty, 0));
+  } else {
+    target.holder->MakeContainer(schema);
+  }
+}
+
+void Data::Delete(const Target& target) {
+  const SchemaNode& schema = *target.schema;
+  if (schema.kind == NodeKind::kList) {
+    if (!target.is_entry) {
+      Fail(ErrorCode::kNotDeletable, "a list is deleted entry by entry");
+    }
+    RequireHolder(target);
+    if (target.entry == nullptr) {
+      Fail(ErrorCode::kNoExists, "the list entry does not exist");
+    }
+    target.holder->ListAt(schema)->Erase(
+        {target.keys.data(), target.keys.size()});
+    return;
+  }
+  if (schema.kind == NodeKind::kContainer || schema.kind == NodeKind::kRoot) {
+    Fail(ErrorCode::kNotDeletable,
+         "a container without presence is always there");
+  }
+  if (schema.is_key() || schema.mandatory) {
+    Fail(ErrorCode::kNotDeletable,
+         schema.is_key() ? "it is a key" : "the leaf is mandatory");
+  }
+  RequireHolder(target);
+  if (!target.holder->IsSet(schema)) {
+    Fail(ErrorCode::kNoExists, "it does not exist");
+  }
+  target.holder->Clear(schema);
+}
+
+void Data::Set(const Target& target, NewElement element) {
+  const SchemaNode& schema = *target.schema;
+  if (!IsLeafKind(schema)) {
+    Fail(ErrorCode::kNotWritable, "it is not a leaf and takes no value");
+  }
+  if (schema.is_key()) {
+    Fail(ErrorCode::kNotWritable, "it is a key, set when its entry is created");
+  }
+  RequireHolder(target);
+  if (schema.kind == NodeKind::kLeaf && element.value) {
+    target.holder->SetLeaf(schema, Checked(schema, *element.value));
+  } else if (schema.kind == NodeKind::kLeafList && element.items) {
+    target.holder->SetLeafList(schema, Checked(schema, *element.items));
+  } else {
+    Fail(ErrorCode::kBadType, "the value given is not one for this node");
+  }
+}
+
+void Data::RequireObjectSize(const Target& target, size_t count) {
+  const SchemaNode& schema = *target.schema;
+  if (schema.kind != NodeKind::kList) {
+    Fail(ErrorCode::kBadPath, "it names neither a list nor a list entry");
+  }
+  if (count < schema.key_count) {
+    Fail(ErrorCode::kProtoUsage, store::Count(count, "value") +
+                                     " can't hold the list's " +
+                                     store::Count(schema.key_count, "key"));
+  }
+  if (count > schema.width) {
+    Fail(ErrorCode::kProtoUsage, store::Count(count, "value") +
+                                     " for an entry that takes " +
+                                     std::to_string(schema.width));
+  }
+}
+
+void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
+  const SchemaNode& schema = *target.schema;
+  RequireObjectSize(target, elements.size());
+  RequireHolder(target);
+  std::vector<Value> keys = target.keys;
+  if (!target.is_entry) {
+    for (size_t i = 0; i < schema.key_count; ++i) {
+      if (!elements[i].value) {
+        Fail(ErrorCode::kBadType, "value " + std::to_string(i) +
+                                      " of the array is not the key \"" +
+                                      schema.children[i]->name + "\"");
+      }
+      keys.push_back(Checked(*schema.children[i], *elements[i].value));
+    }
+  }
+  ObjectWriter writer(elements);
+  List* existing = target.holder->ListAt(schema);
+  writer.Check(schema, existing == nullptr
+                           ? nullptr
+                           : existing->Find({keys.data(), keys.size()}));
+  List& list = target.holder->MakeList(schema);
+  writer.Write(*list.Insert(std::move(keys)).first);
+}
+
+}  // namespace kit::store

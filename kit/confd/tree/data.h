@@ -1,0 +1,104 @@
+// Reading and writing a tree by key path, as strictly as a device does.
+#ifndef KIT_CONFD_TREE_DATA_H_
+#define KIT_CONFD_TREE_DATA_H_
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "kit/confd/keypath/keypath.h"
+#include "kit/confd/model/schema.h"
+#include "kit/confd/model/value.h"
+#include "kit/confd/tree/tree.h"
+
+namespace kit::store {
+
+// What a path says besides its text: positions are for CDB only, and the
+// selected namespace decides between modules.
+struct PathRules {
+  bool positions_allowed = false;
+  const Module* selected = nullptr;
+};
+
+// One element of a value array.
+struct Element {
+  const Value* value = nullptr;               // a leaf's value
+  const std::vector<Value>* items = nullptr;  // a leaf-list's values
+  const SchemaNode* container = nullptr;      // the start of a container
+  bool exists() const {
+    return value != nullptr || items != nullptr || container != nullptr;
+  }
+};
+
+// A writer's value array element: what Element has, owned.
+struct NewElement {
+  std::optional<Value> value;
+  std::optional<std::vector<Value>> items;
+  bool is_container = false;
+};
+
+// Where a path leads.
+struct Target {
+  const SchemaNode* schema = nullptr;
+  // The node that holds the target; null when an entry or presence container
+  // on the way is missing.
+  Node* holder = nullptr;
+  // That entry's list, or that container.
+  const SchemaNode* missing = nullptr;
+  // Keys of the entry that the path ends in; empty for the list as a whole and
+  // for an entry addressed by position.
+  std::vector<Value> keys;
+  // That entry, if it is there.
+  Node* entry = nullptr;
+  bool is_entry = false;
+};
+
+// One tree under its schema. Every operation throws Error.
+class Data {
+ public:
+  explicit Data(const Schema& schema)
+      : schema_(&schema),
+        root_(std::make_unique<Node>(schema.root(), nullptr)) {}
+
+  const Schema& schema() const { return *schema_; }
+  Node& root() { return *root_; }
+  const Node& root() const { return *root_; }
+
+  // kBadPath: the path does not fit the model.
+  Target Find(const keypath::Path& path, const PathRules& rules) const;
+
+  bool Exists(const Target& target) const;
+  // kBadPath: not a list.
+  size_t Count(const Target& target) const;
+  // kNoExists: no value and no default, or no such entry; kUnavailable: not a
+  // leaf.
+  Element Get(const Target& target) const;
+  // kBadPath: not a list entry.
+  std::vector<Element> GetObject(const Target& target) const;
+  // The elements of an entry that is at hand.
+  static void ReadObject(const Node& entry, std::vector<Element>& elements);
+
+  void Create(const Target& target);
+  void Delete(const Target& target);
+  void Set(const Target& target, NewElement element);
+  void SetObject(const Target& target, std::vector<NewElement> elements);
+  // Whether SetObject may be given so many elements. kBadPath: neither a list
+  // nor an entry; kProtoUsage: too few or too many.
+  static void RequireObjectSize(const Target& target, size_t count);
+
+  // The list that a path without keys names; null when it has no entries.
+  // kBadPath: not a list.
+  static List* ListOf(const Target& target);
+
+ private:
+  std::vector<Value> ParseKeys(const SchemaNode& list,
+                               const std::vector<std::string>& keys) const;
+
+  const Schema* schema_;
+  std::unique_ptr<Node> root_;
+};
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_TREE_DATA_H_

@@ -1,0 +1,182 @@
+#include "kit/confd/upgrade/automatic_upgrade.h"
+
+#include <libyang/libyang.h>
+
+#include <cstring>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "kit/confd/model/error.h"
+
+namespace kit::store {
+namespace {
+
+// The node of the other model with the same name in the same namespace.
+const SchemaNode* Counterpart(const SchemaNode& node,
+                              const SchemaNode& other_parent) {
+  auto found = other_parent.by_name.find(node.name);
+  if (found == other_parent.by_name.end()) return nullptr;
+  for (const SchemaNode* other : found->second) {
+    if (std::strcmp(other->module->compiled->ns, node.module->compiled->ns) ==
+        0) {
+      return other;
+    }
+  }
+  return nullptr;
+}
+
+class Carrier {
+ public:
+  explicit Carrier(std::vector<Loss>* losses) : losses_(losses) {}
+
+  void CarryOver(const Node& from, Node& to) {
+    for (const auto& child : to.schema->children) {
+      if (child->is_key()) continue;
+      const SchemaNode* old_child = Counterpart(*child, *from.schema);
+      if (old_child == nullptr) continue;
+      if (child->IsContainer() && old_child->IsContainer()) {
+        const Node* container = from.Container(*old_child);
+        if (container != nullptr && from.IsSet(*old_child)) {
+          CarryOver(*container, to.MakeContainer(*child));
+        }
+      } else if (child->kind != old_child->kind) {
+        LoseNode(from, *old_child, "the new model has another kind of node");
+      } else if (child->kind == NodeKind::kLeaf) {
+        CarryOverLeaf(from, *old_child, to, *child);
+      } else if (child->kind == NodeKind::kLeafList) {
+        CarryOverLeafList(from, *old_child, to, *child);
+      } else if (child->kind == NodeKind::kList) {
+        CarryOverList(from, *old_child, to, *child);
+      }
+    }
+    for (const auto& old_child : from.schema->children) {
+      if (Counterpart(*old_child, *to.schema) == nullptr) {
+        LoseNode(from, *old_child, "the new model has no such node");
+      }
+    }
+  }
+
+ private:
+  void Lose(const std::string& path, std::string value, std::string reason) {
+    if (losses_ == nullptr) return;
+    losses_->push_back({path, std::move(value), std::move(reason)});
+  }
+
+  void LoseNode(const Node& holder, const SchemaNode& node,
+                const std::string& reason) {
+    if (losses_ == nullptr || node.is_key() || !holder.IsSet(node)) return;
+    std::string value;
+    if (node.kind == NodeKind::kLeaf) {
+      value = node.type->Print(*holder.SetValue(node));
+    } else if (node.kind == NodeKind::kLeafList) {
+      for (const Value& one : *holder.LeafListValues(node)) {
+        value += (value.empty() ? "" : " ") + node.type->Print(one);
+      }
+    }
+    Lose(PathOf(holder, node), std::move(value), reason);
+  }
+
+  static std::string PathOf(const Node& holder, const SchemaNode& child) {
+    return KeyPath(holder) + "/" + child.PathName();
+  }
+
+  // Nothing if the new type does not have the value, which is then a loss of
+  // the node at `path()`.
+  template <typename Path>
+  std::optional<Value> Convert(const Value& value, const SchemaNode& from,
+                               const SchemaNode& to, const Path& path) {
+    std::string text = from.type->Print(value);
+    try {
+      return to.type->Parse(text);
+    } catch (const Error& error) {
+      if (losses_ != nullptr) Lose(path(), std::move(text), error.what());
+      return std::nullopt;
+    }
+  }
+
+  void CarryOverLeaf(const Node& from, const SchemaNode& old_leaf, Node& to,
+                     const SchemaNode& new_leaf) {
+    const Value* value = from.SetValue(old_leaf);
+    if (value == nullptr) return;
+    if (old_leaf.default_value && *value == *old_leaf.default_value &&
+        new_leaf.default_value) {
+      return;
+    }
+    auto converted = Convert(*value, old_leaf, new_leaf,
+                             [&] { return PathOf(from, old_leaf); });
+    if (converted) to.SetLeaf(new_leaf, std::move(*converted));
+  }
+
+  void CarryOverLeafList(const Node& from, const SchemaNode& old_list, Node& to,
+                         const SchemaNode& new_list) {
+    if (!from.IsSet(old_list)) return;
+    const std::vector<Value>& values = *from.LeafListValues(old_list);
+    if (values == old_list.default_values && !new_list.default_values.empty()) {
+      return;
+    }
+    std::vector<Value> converted;
+    for (const Value& value : values) {
+      auto one = Convert(value, old_list, new_list,
+                         [&] { return PathOf(from, old_list); });
+      if (one) converted.push_back(std::move(*one));
+    }
+    if (!converted.empty()) to.SetLeafList(new_list, std::move(converted));
+  }
+
+  // The keys that an entry has in the new model; nothing, and a loss of the
+  // entry, if one can't be had.
+  std::optional<std::vector<Value>> ConvertKeys(const Node& entry,
+                                                const SchemaNode& new_list) {
+    std::vector<Value> keys;
+    for (size_t i = 0; i < new_list.key_count; ++i) {
+      const SchemaNode& new_key = *new_list.children[i];
+      const SchemaNode* old_key = Counterpart(new_key, *entry.schema);
+      const Value* value =
+          old_key != nullptr && old_key->kind == NodeKind::kLeaf
+              ? entry.LeafValue(*old_key)
+              : nullptr;
+      if (value == nullptr) {
+        Lose(KeyPath(entry), "",
+             "it has no value for the new key \"" + new_key.name + "\"");
+        return std::nullopt;
+      }
+      auto converted =
+          Convert(*value, *old_key, new_key, [&] { return KeyPath(entry); });
+      if (!converted) return std::nullopt;
+      keys.push_back(std::move(*converted));
+    }
+    return keys;
+  }
+
+  void CarryOverList(const Node& from, const SchemaNode& old_list, Node& to,
+                     const SchemaNode& new_list) {
+    const List* list = from.ListAt(old_list);
+    if (list == nullptr) return;
+    for (const Node* entry = list->First(); entry != nullptr;
+         entry = entry->next) {
+      auto keys = ConvertKeys(*entry, new_list);
+      if (!keys) continue;
+      auto [node, is_new] = to.MakeList(new_list).Insert(std::move(*keys));
+      if (is_new) {
+        CarryOver(*entry, *node);
+      } else {
+        Lose(KeyPath(*entry), "",
+             "another entry has its keys in the new model");
+      }
+    }
+  }
+
+  std::vector<Loss>* losses_;
+};
+
+}  // namespace
+
+Data UpgradeAutomatically(const Data& old_data, const Schema& new_schema,
+                          std::vector<Loss>* losses) {
+  Data data(new_schema);
+  Carrier(losses).CarryOver(old_data.root(), data.root());
+  return data;
+}
+
+}  // namespace kit::store

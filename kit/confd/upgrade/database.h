@@ -1,0 +1,48 @@
+// One upgrade: the old configuration and the transaction that becomes the new
+// one.
+#ifndef KIT_CONFD_UPGRADE_DATABASE_H_
+#define KIT_CONFD_UPGRADE_DATABASE_H_
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "kit/confd/document/envelope.h"
+#include "kit/confd/model/schema.h"
+#include "kit/confd/tree/data.h"
+#include "kit/confd/upgrade/automatic_upgrade.h"
+
+namespace kit::store {
+
+class Database {
+ public:
+  // Loads the models, reads the configuration and starts the transaction.
+  // Throws SchemaError, DocumentError.
+  Database(const std::filesystem::path& models_before,
+           const std::filesystem::path& models_after,
+           const LeafType::NamespaceHashes& hashes_before,
+           const LeafType::NamespaceHashes& hashes_after, std::string text);
+
+  const Data& running() const { return running_; }
+  Data& transaction() { return transaction_; }
+  const Data& transaction() const { return transaction_; }
+  const Envelope& envelope() const { return envelope_; }
+
+  // What the start of the transaction left behind.
+  const std::vector<Loss>& losses() const { return losses_; }
+
+  // The transaction as it stood before any program wrote to it.
+  Data StartOfTransaction() const;
+
+ private:
+  Schema schema_before_;
+  Schema schema_after_;
+  Data running_;
+  Envelope envelope_;
+  std::vector<Loss> losses_;
+  Data transaction_;
+};
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_UPGRADE_DATABASE_H_

@@ -1,0 +1,122 @@
+#include "kit/confd/upgrade/difference.h"
+
+namespace kit::store {
+namespace {
+
+class Comparison {
+ public:
+  explicit Comparison(const std::function<void(const EntryDifference&)>& sink)
+      : sink_(sink) {}
+
+  // Either side may be null: the entry is not there.
+  void Entry(const Node* before, const Node* after, const std::string& path) {
+    const SchemaNode& schema = *(before != nullptr ? before : after)->schema;
+    EntryDifference difference{
+        DifferenceKind::kChanged, &schema, path.empty() ? "/" : path, {}};
+    if (before == nullptr) difference.kind = DifferenceKind::kCreated;
+    if (after == nullptr) difference.kind = DifferenceKind::kDeleted;
+    Leaves(schema, before, after, "", difference.leaves);
+    if (difference.kind != DifferenceKind::kChanged ||
+        !difference.leaves.empty()) {
+      sink_(difference);
+    }
+    Lists(schema, before, after, path);
+  }
+
+ private:
+  static std::optional<std::string> LeafText(const Node* node,
+                                             const SchemaNode& leaf) {
+    if (node == nullptr || !node->IsSet(leaf)) return std::nullopt;
+    if (leaf.kind == NodeKind::kLeaf) {
+      return leaf.type->Print(*node->SetValue(leaf));
+    }
+    std::string text = "[";
+    for (const Value& value : *node->LeafListValues(leaf)) {
+      if (text.size() > 1) text += ' ';
+      text += leaf.type->Print(value);
+    }
+    return text + "]";
+  }
+
+  static const Node* ContainerOf(const Node* node, const SchemaNode& schema) {
+    return node == nullptr ? nullptr : node->Container(schema);
+  }
+
+  static void Leaves(const SchemaNode& schema, const Node* before,
+                     const Node* after, const std::string& prefix,
+                     std::vector<LeafDifference>& leaves) {
+    for (const auto& child : schema.children) {
+      std::string name = prefix + child->PathName();
+      if (child->kind == NodeKind::kLeaf ||
+          child->kind == NodeKind::kLeafList) {
+        if (child->is_key()) continue;
+        auto old_text = LeafText(before, *child);
+        auto new_text = LeafText(after, *child);
+        if (old_text != new_text) {
+          leaves.push_back(
+              {std::move(name), std::move(old_text), std::move(new_text)});
+        }
+      } else if (child->IsContainer()) {
+        const Node* old_container = ContainerOf(before, *child);
+        const Node* new_container = ContainerOf(after, *child);
+        if (child->kind == NodeKind::kPresenceContainer &&
+            (old_container == nullptr) != (new_container == nullptr)) {
+          LeafDifference presence{name, std::nullopt, std::nullopt};
+          (old_container != nullptr ? presence.before : presence.after) = "";
+          leaves.push_back(std::move(presence));
+        }
+        if (old_container != nullptr || new_container != nullptr) {
+          Leaves(*child, old_container, new_container, name + "/", leaves);
+        }
+      }
+    }
+  }
+
+  void Lists(const SchemaNode& schema, const Node* before, const Node* after,
+             const std::string& path) {
+    for (const auto& child : schema.children) {
+      std::string child_path = path + "/" + child->PathName();
+      if (child->kind == NodeKind::kList) {
+        ListEntries(before == nullptr ? nullptr : before->ListAt(*child),
+                    after == nullptr ? nullptr : after->ListAt(*child),
+                    child_path);
+      } else if (child->IsContainer()) {
+        const Node* old_container = ContainerOf(before, *child);
+        const Node* new_container = ContainerOf(after, *child);
+        if (old_container != nullptr || new_container != nullptr) {
+          Lists(*child, old_container, new_container, child_path);
+        }
+      }
+    }
+  }
+
+  // Merges the two lists by key, whatever order the user gave them.
+  void ListEntries(const List* before, const List* after,
+                   const std::string& path) {
+    const Node* old_entry = before == nullptr ? nullptr : before->FirstByKey();
+    const Node* new_entry = after == nullptr ? nullptr : after->FirstByKey();
+    while (old_entry != nullptr || new_entry != nullptr) {
+      int order = old_entry == nullptr ? 1
+                  : new_entry == nullptr
+                      ? -1
+                      : store::Compare(old_entry->Keys(), new_entry->Keys());
+      const Node* old_side = order <= 0 ? old_entry : nullptr;
+      const Node* new_side = order >= 0 ? new_entry : nullptr;
+      Entry(old_side, new_side,
+            path + KeyText(old_side != nullptr ? *old_side : *new_side));
+      if (old_side != nullptr) old_entry = before->NextByKey(old_side->Keys());
+      if (new_side != nullptr) new_entry = after->NextByKey(new_side->Keys());
+    }
+  }
+
+  const std::function<void(const EntryDifference&)>& sink_;
+};
+
+}  // namespace
+
+void Compare(const Data& before, const Data& after,
+             const std::function<void(const EntryDifference&)>& sink) {
+  Comparison(sink).Entry(&before.root(), &after.root(), "");
+}
+
+}  // namespace kit::store

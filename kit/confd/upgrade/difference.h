@@ -1,0 +1,37 @@
+// What differs between two states of the same models' data.
+#ifndef KIT_CONFD_UPGRADE_DIFFERENCE_H_
+#define KIT_CONFD_UPGRADE_DIFFERENCE_H_
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kit/confd/tree/data.h"
+
+namespace kit::store {
+
+enum class DifferenceKind { kCreated, kChanged, kDeleted };
+
+struct LeafDifference {
+  std::string leaf;  // path relative to the entry
+  std::optional<std::string> before;
+  std::optional<std::string> after;
+};
+
+// One list entry, or what stands outside of any list (path "/").
+struct EntryDifference {
+  DifferenceKind kind;
+  const SchemaNode* list;
+  std::string path;
+  std::vector<LeafDifference> leaves;
+};
+
+// Hands every differing entry to `sink` in the order of the model and its
+// keys. Both must have the same schema.
+void Compare(const Data& before, const Data& after,
+             const std::function<void(const EntryDifference&)>& sink);
+
+}  // namespace kit::store
+
+#endif  // KIT_CONFD_UPGRADE_DIFFERENCE_H_

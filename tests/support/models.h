@@ -1,0 +1,62 @@
+// Small models and data of them for the tests of the store.
+#ifndef TESTS_SUPPORT_MODELS_H_
+#define TESTS_SUPPORT_MODELS_H_
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "kit/confd/document/document.h"
+#include "kit/confd/keypath/keypath.h"
+#include "kit/confd/model/error.h"
+#include "kit/confd/model/schema.h"
+#include "kit/confd/tree/data.h"
+
+namespace kit::store {
+
+inline std::string ModelDirectory(const std::string& name) {
+  return std::string(TEST_SOURCE_ROOT) + "/tests/models/" + name;
+}
+
+// Loaded once: a schema never changes.
+inline const Schema& Zoo() {
+  static const Schema schema(ModelDirectory("zoo"), {{"zoo", 1001}});
+  return schema;
+}
+
+inline const Schema& Rules() {
+  static const Schema schema(ModelDirectory("rules"), {});
+  return schema;
+}
+
+inline Target At(const Data& data, const std::string& path) {
+  return data.Find(keypath::Parse(path), {true, nullptr});
+}
+
+inline const SchemaNode& NodeAt(const Schema& schema, const std::string& path) {
+  Data data(schema);
+  return *At(data, path).schema;
+}
+
+inline std::string Write(const Data& data, Syntax syntax,
+                         Wrapping wrapping = Wrapping::kNone) {
+  std::string text;
+  WriteDocument(data, {syntax, wrapping},
+                [&](std::string_view piece) { text += piece; });
+  return text;
+}
+
+// What the body of a failing operation throws; "" for nothing.
+template <typename Body>
+std::string ErrorOf(const Body& body) {
+  try {
+    body();
+  } catch (const Error& error) {
+    return std::to_string(static_cast<int>(error.code())) + ": " + error.what();
+  }
+  return "";
+}
+
+}  // namespace kit::store
+
+#endif  // TESTS_SUPPORT_MODELS_H_

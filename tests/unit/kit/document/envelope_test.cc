@@ -1,0 +1,235 @@
+#include "kit/confd/document/envelope.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace kit::store {
+namespace {
+
+constexpr char kConfigNs[] = "http://tail-f.com/ns/config/1.0";
+constexpr char kNetconfNs[] = "urn:ietf:params:xml:ns:netconf:base:1.0";
+
+// The text with runs of blanks as one, so that wrappers' places do not show.
+std::string Squeezed(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c != ' ' || (!out.empty() && out.back() != ' ')) out += c;
+  }
+  while (!out.empty() && out.back() == ' ') out.pop_back();
+  return out;
+}
+
+struct WrapCase {
+  std::string text;
+  Wrapping wrapping;
+  std::string inside;
+};
+
+std::string Xmlns(const std::string& ns) { return " xmlns=\"" + ns + "\""; }
+
+TEST(UnwrapXml, TakesWrappersOff) {
+  const WrapCase cases[] = {
+      {"<a/>", Wrapping::kNone, "<a/>"},
+      {"<a/><b/>", Wrapping::kNone, "<a/><b/>"},
+      {"<config" + Xmlns(kConfigNs) + "><a/></config>", Wrapping::kConfig,
+       "<a/>"},
+      {"<config xmlns='" + std::string(kConfigNs) + "'><a/></config >",
+       Wrapping::kConfig, "<a/>"},
+      {"<config" + Xmlns(kConfigNs) + "/>", Wrapping::kConfig, ""},
+      {"<rpc-reply" + Xmlns(kNetconfNs) +
+           " message-id=\"1>2\"><data><a/></data></rpc-reply>",
+       Wrapping::kNetconf, "<a/>"},
+      {"<rpc-reply" + Xmlns(kNetconfNs) + "><data/></rpc-reply>",
+       Wrapping::kNetconf, ""},
+      {"<data" + Xmlns(kNetconfNs) + "><a/></data>", Wrapping::kNetconf,
+       "<a/>"},
+      {"<config" + Xmlns(kNetconfNs) + "><a/></config>", Wrapping::kNetconf,
+       "<a/>"},
+      {"<nc:data xmlns:nc=\"" + std::string(kNetconfNs) + "\"><a/></nc:data>",
+       Wrapping::kNetconf, "<a/>"},
+      {"<nc:rpc-reply xmlns:nc=\"" + std::string(kNetconfNs) +
+           "\"><nc:data><a/></nc:data></nc:rpc-reply>",
+       Wrapping::kNetconf, "<a/>"},
+      {"<data" + Xmlns(kNetconfNs) + "><config" + Xmlns(kConfigNs) +
+           "><a/></config></data>",
+       Wrapping::kNetconf, "<a/>"},
+      // Elements of the same name that are the user's own.
+      {"<config xmlns=\"urn:u\"><a/></config>", Wrapping::kNone,
+       "<config xmlns=\"urn:u\"><a/></config>"},
+      {"<config" + Xmlns(kConfigNs) + "><config xmlns=\"urn:u\"/></config>",
+       Wrapping::kConfig, "<config xmlns=\"urn:u\"/>"},
+      {"<data" + Xmlns(kConfigNs) + "/>", Wrapping::kNone,
+       "<data" + Xmlns(kConfigNs) + "/>"},
+      {"<nc:data><a/></nc:data>", Wrapping::kNone, "<nc:data><a/></nc:data>"},
+      // Comments, sections and instructions may stand anywhere.
+      {"<?xml version=\"1.0\"?><!-- <config> --><config" + Xmlns(kConfigNs) +
+           "><!-- </config> --><a><![CDATA[</a>]]></a><?pi > ?></config>",
+       Wrapping::kConfig,
+       "<?xml version=\"1.0\"?><!-- <config> --> <!-- </config> -->"
+       "<a><![CDATA[</a>]]></a><?pi > ?>"},
+      {"\xef\xbb\xbf<a/>", Wrapping::kNone, "<a/>"},
+      {"<a/>\n]]>]]>\n", Wrapping::kNone, "<a/>\n \n"},
+      {"<a b='>' c=\"'/>\"/>", Wrapping::kNone, "<a b='>' c=\"'/>\"/>"},
+  };
+  for (const WrapCase& one : cases) {
+    std::string text = one.text;
+    Envelope envelope = Unwrap(text);
+    EXPECT_EQ(envelope.syntax, Syntax::kXml);
+    EXPECT_EQ(envelope.wrapping, one.wrapping) << one.text;
+    EXPECT_EQ(Squeezed(text), one.inside) << one.text;
+  }
+}
+
+TEST(UnwrapXml, PassesOnWhatWrappersDeclare) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"<config" + Xmlns(kConfigNs) +
+           " xmlns:p=\"urn:p\"><p:a/><b><c/></b>"
+           "</config>",
+       "<p:a xmlns:p=\"urn:p\"/><b xmlns:p=\"urn:p\"><c/></b>"},
+      // Unless the element declares the prefix itself.
+      {"<config" + Xmlns(kConfigNs) +
+           " xmlns:p=\"urn:p\"><a xmlns:p=\"urn:q\"/>"
+           "</config>",
+       "<a xmlns:p=\"urn:q\"/>"},
+      // The innermost wrapper's declaration holds.
+      {"<rpc-reply" + Xmlns(kNetconfNs) +
+           " xmlns:p=\"urn:p\" xmlns:o=\"urn:o\">"
+           "<data xmlns:p=\"urn:q\"><p:a/></data></rpc-reply>",
+       "<p:a xmlns:o=\"urn:o\" xmlns:p=\"urn:q\"/>"},
+      // A default namespace too, where the wrapper itself has a prefix.
+      {"<nc:data xmlns:nc=\"" + std::string(kNetconfNs) +
+           "\" xmlns=\"urn:u\"><a/><b xmlns=\"urn:v\"/></nc:data>",
+       "<a xmlns=\"urn:u\"/><b xmlns=\"urn:v\"/>"},
+      {"<config" + Xmlns(kConfigNs) + " xmlns:p='a\"b'><p:a/></config>",
+       "<p:a xmlns:p='a\"b'/>"},
+      // The user's element under a prefix is no wrapper.
+      {"<config" + Xmlns(kConfigNs) + " xmlns:u=\"urn:u\"><u:config/></config>",
+       "<u:config xmlns:u=\"urn:u\"/>"},
+  };
+  for (const auto& [wrapped, inside] : cases) {
+    std::string text = wrapped;
+    Unwrap(text);
+    EXPECT_EQ(Squeezed(text), inside);
+  }
+}
+
+TEST(UnwrapXml, KeepsLineNumbers) {
+  std::string text = "<config\n" + Xmlns(kConfigNs) + ">\n<a>\n</a>\n</config>";
+  Unwrap(text);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 4);
+  EXPECT_EQ(
+      std::count(text.begin(),
+                 text.begin() + static_cast<long>(text.find("<a>")), '\n'),
+      2);
+}
+
+TEST(UnwrapJson, TakesTheDataMemberOff) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"{}", "{}"},
+      {"{\"m:a\": {}}", "{\"m:a\": {}}"},
+      {"{\"data\": {\"m:a\": {}}}", "{\"m:a\": {}}"},
+      {"{ \"ietf-restconf:data\" : {\"m:a\": {}} }", "{\"m:a\": {}}"},
+      {"{\"data\": 5}", "{\"data\": 5}"},
+      {"{\"data\": {}, \"m:a\": 5}", "{\"data\": {}, \"m:a\": 5}"},
+  };
+  for (const auto& [wrapped, inside] : cases) {
+    std::string text = wrapped;
+    Envelope envelope = Unwrap(text);
+    EXPECT_EQ(envelope.syntax, Syntax::kJson);
+    EXPECT_EQ(Squeezed(text), inside);
+  }
+}
+
+struct BadCase {
+  std::string text;
+  size_t line;
+  const char* reason;
+};
+
+TEST(Unwrap, SaysWhereAndWhyATextIsNoConfiguration) {
+  std::string deep_xml;
+  for (int i = 0; i < 600; ++i) deep_xml += "<a>\n";
+  const BadCase cases[] = {
+      {"", 1, "it is empty"},
+      {" \n\n ", 1, "it is empty"},
+      {"plain\ntext", 1, "it is neither XML"},
+      {"\n\n[1]", 3, "it is neither XML"},
+      {std::string("<a>\n\0</a>", 9), 2, "it holds binary data"},
+      {"\xff\xfe<", 1, "it is neither XML"},
+      {"<a>\n<b>\n", 3, "the document ends before </b>"},
+      {"<a>\n</b>", 2, "</b> closes <a>"},
+      {"</a>", 1, "</a> closes nothing"},
+      {"<a></a></a>", 1, "</a> closes nothing"},
+      {"<a\n", 1, "the document ends inside a tag"},
+      {"<a>\n<b <c/>", 2, "unexpected '<' inside a tag"},
+      {"<a x=\"1>\n", 1, "the document ends inside a tag"},
+      {"\n<!-- open", 2, "the comment is not closed"},
+      {"<a>\n<![CDATA[ ]] </a>", 2, "the CDATA section is not closed"},
+      {"<?xml version", 1, "the processing instruction is not closed"},
+      {"<!DOCTYPE a [<!ENTITY x \"y\">]>\n<a/>", 1,
+       "a document type declaration is not part of a configuration"},
+      {"<!-- only a comment -->", 1, "there is no XML element in it"},
+      {"<>", 1, "a tag has no name"},
+      {"< a/>", 1, "a tag has no name"},
+      {deep_xml, 501, "the elements are nested more than 500 deep"},
+      {"{\n\"a\": [", 2, "the document ends before ']'"},
+      {"{\n\"a\": ]", 2, "']' closes nothing"},
+      {"{\"a\": \"b", 1, "the document ends inside a string"},
+      {"{\"a\": \"b\\", 1, "the document ends inside a string"},
+      {std::string(600, '{'), 1, "it is nested more than 500 deep"},
+      {"{}\n{}", 2, "there is more text behind the JSON object"},
+      {"{}\n, {\"a\": 1}", 2, "there is more text behind the JSON object"},
+      {"{}\n}", 2, "there is more text behind the JSON object"},
+  };
+  for (const BadCase& one : cases) {
+    std::string text = one.text;
+    try {
+      Unwrap(text);
+      ADD_FAILURE() << "accepted " << one.text.substr(0, 80);
+    } catch (const EnvelopeError& error) {
+      EXPECT_EQ(error.line, one.line) << one.text.substr(0, 80);
+      EXPECT_EQ(std::string(error.what()).find(one.reason), 0u)
+          << error.what() << "\n  instead of " << one.reason;
+    }
+  }
+}
+
+TEST(Unwrap, AttributesWithoutAValueAreErrors) {
+  // Attributes are looked at where a wrapper may stand.
+  for (std::string text :
+       {"<config x></config>", "<config x=1/>", "<config =\n></config>"}) {
+    EXPECT_THROW(Unwrap(text), EnvelopeError) << text;
+  }
+}
+
+// Every cut of a valid document is an error or a document, never a crash.
+TEST(Unwrap, TruncatedDocumentsAreErrors) {
+  const std::string whole =
+      "<?xml version=\"1.0\"?><config" + Xmlns(kConfigNs) +
+      " xmlns:p=\"urn:p\"><!-- c --><p:a x='1'><![CDATA[x]]></p:a></config>";
+  for (size_t length = 0; length < whole.size(); ++length) {
+    std::string text = whole.substr(0, length);
+    EXPECT_THROW(Unwrap(text), EnvelopeError) << text;
+  }
+  std::string text = whole;
+  EXPECT_NO_THROW(Unwrap(text));
+}
+
+TEST(Envelope, OpeningAndClosingFit) {
+  for (Wrapping wrapping : {Wrapping::kConfig, Wrapping::kNetconf}) {
+    Envelope envelope{Syntax::kXml, wrapping};
+    std::string text(Opening(envelope));
+    text += "<a/>";
+    text += Closing(envelope);
+    Envelope read = Unwrap(text);
+    EXPECT_EQ(read.wrapping, wrapping);
+  }
+  EXPECT_EQ(Opening({Syntax::kXml, Wrapping::kNone}), "");
+  EXPECT_EQ(Closing({Syntax::kXml, Wrapping::kNone}), "");
+}
+
+}  // namespace
+}  // namespace kit::store

@@ -1,0 +1,95 @@
+#include "kit/confd/model/value.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+namespace kit::store {
+namespace {
+
+Value Signed(ValueType type, int64_t number) {
+  return Value::Number(type, static_cast<uint64_t>(number));
+}
+
+// Values in their natural order.
+void ExpectAscending(const std::vector<Value>& values) {
+  for (size_t i = 0; i < values.size(); ++i) {
+    for (size_t j = 0; j < values.size(); ++j) {
+      int order = Compare(values[i], values[j]);
+      EXPECT_EQ(order < 0, i < j) << i << " " << j;
+      EXPECT_EQ(order == 0, i == j) << i << " " << j;
+      EXPECT_EQ(values[i] == values[j], i == j);
+      EXPECT_EQ(values[i] != values[j], i != j);
+    }
+  }
+}
+
+TEST(ValueOrder, SignedNumbersByValue) {
+  for (ValueType type : {ValueType::kInt8, ValueType::kInt16, ValueType::kInt32,
+                         ValueType::kInt64, ValueType::kEnum}) {
+    ExpectAscending({Signed(type, -100), Signed(type, -1), Signed(type, 0),
+                     Signed(type, 9), Signed(type, 10)});
+  }
+}
+
+TEST(ValueOrder, UnsignedNumbersByValue) {
+  ExpectAscending({Value::Number(ValueType::kUint64, 0),
+                   Value::Number(ValueType::kUint64, 10),
+                   Value::Number(ValueType::kUint64,
+                                 std::numeric_limits<uint64_t>::max())});
+}
+
+TEST(ValueOrder, AddressesByTheirBytesThenByLength) {
+  ExpectAscending({Value::Number(ValueType::kIpv4, 0x09ffffff),
+                   Value::Number(ValueType::kIpv4, 0x0a000001),
+                   Value::Number(ValueType::kIpv4, 0xc0000201)});
+  ExpectAscending({Value::Number(ValueType::kIpv4AndPlen, 0x0a000001, 8),
+                   Value::Number(ValueType::kIpv4AndPlen, 0x0a000001, 24),
+                   Value::Number(ValueType::kIpv4AndPlen, 0x0a000002, 8)});
+  ExpectAscending({Value::Text(ValueType::kIpv6, std::string(16, '\x01')),
+                   Value::Text(ValueType::kIpv6, std::string(16, '\xfe'))});
+}
+
+TEST(ValueOrder, StringsByTheirBytes) {
+  ExpectAscending(
+      {Value::Text(ValueType::kBuf, ""), Value::Text(ValueType::kBuf, "A"),
+       Value::Text(ValueType::kBuf, "a"), Value::Text(ValueType::kBuf, "aa"),
+       Value::Text(ValueType::kBuf, "b"),
+       Value::Text(ValueType::kBuf, "\xc3\xa4")});
+}
+
+TEST(ValueOrder, OfDifferentTypesByType) {
+  ExpectAscending({Value(), Value::Text(ValueType::kBuf, "z"),
+                   Value::Number(ValueType::kUint8, 0)});
+}
+
+TEST(KeyOrder, IsLexicographicWithPrefixesFirst) {
+  std::vector<Value> a = {Value::Number(ValueType::kUint8, 1),
+                          Value::Number(ValueType::kUint8, 9)};
+  std::vector<Value> b = {Value::Number(ValueType::kUint8, 2),
+                          Value::Number(ValueType::kUint8, 0)};
+  EXPECT_LT(Compare(KeyView{a.data(), 2}, KeyView{b.data(), 2}), 0);
+  EXPECT_GT(Compare(KeyView{b.data(), 2}, KeyView{a.data(), 2}), 0);
+  EXPECT_EQ(Compare(KeyView{a.data(), 2}, KeyView{a.data(), 2}), 0);
+  EXPECT_LT(Compare(KeyView{a.data(), 1}, KeyView{a.data(), 2}), 0);
+  EXPECT_GT(Compare(KeyView{b.data(), 1}, KeyView{a.data(), 2}), 0);
+  EXPECT_LT(Compare(KeyView{nullptr, 0}, KeyView{a.data(), 1}), 0);
+}
+
+TEST(Value, KeepsWhatItWasMadeOf) {
+  EXPECT_FALSE(Value().exists());
+  EXPECT_EQ(Value().text(), "");
+  Value number = Signed(ValueType::kInt8, -1);
+  EXPECT_TRUE(number.exists());
+  EXPECT_EQ(number.signed_bits(), -1);
+  Value text = Value::Text(ValueType::kIdentityref, "m:i", 0, 7);
+  EXPECT_EQ(text.text(), "m:i");
+  EXPECT_EQ(text.bits(), 7u);
+  EXPECT_STREQ(TypeName(ValueType::kUint32), "C_UINT32");
+  EXPECT_STREQ(TypeName(ValueType::kIpv4AndPlen), "C_IPV4_AND_PLEN");
+  EXPECT_STREQ(TypeName(static_cast<ValueType>(200)), "C_?");
+}
+
+}  // namespace
+}  // namespace kit::store
