@@ -330,7 +330,7 @@ TEST_P(CompoundKeyMember, FailedReadAbortsTheProcess) {
   Upgrade upgrade(member().Config());
   upgrade.Fail("cdb_get_objects", member().list, CONFD_ERR_NOEXISTS, "gone");
   EXPECT_DEATH(RunStep(upgrade, member()),
-               "src/config-update/ospf_compound_idx_update.*"
+               "src/config-update/ospf_compound_idx_update.cc:284: .*"
                "config_update::Ospfv2CompoundIndexUpdate::.* const.*"
                "\\(&cdb_objs\\[i\\]\\)->type == C_UINT32");
 }

@@ -414,7 +414,7 @@ TEST(PmEntityTableTest, FailedReadAbortsTheProcess) {
   Upgrade upgrade(ConfigBuilder().Entity(7).Xml());
   upgrade.Fail("cdb_get_objects", kEntity, CONFD_ERR_NOEXISTS, "gone");
   EXPECT_DEATH(PassOn(upgrade).PmEntityTable(),
-               "src/config-update/ospf_compound_idx_update.*"
+               "src/config-update/ospf_compound_idx_update.cc:225: .*"
                "config_update::Ospfv2CompoundIndexUpdate::PmEntityTable\\(\\).*"
                "\\(&cdb_objs\\[i\\]\\)->type == C_UINT32");
 }
