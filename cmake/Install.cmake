@@ -8,7 +8,8 @@ install(
 install(
   DIRECTORY include/config_update
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  COMPONENT headers)
+  COMPONENT headers
+  PATTERN update_passes.h EXCLUDE)
 
 if(TARGET zqconfd)
   install(TARGETS zqconfd LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

@@ -11,6 +11,7 @@
 #include "config_update/ospf_timer_update.h"
 #include "config_update/ospfv3_area_update.h"
 #include "config_update/update_logger.h"
+#include "config_update/update_passes.h"
 
 namespace config_update {
 namespace {
@@ -18,68 +19,76 @@ namespace {
 constexpr char kOspfv2InterfaceList[] =
     "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry";
 
-bool Failed(int result, const char* subject) {
-  if (result != 0) {
-    UpdateLogger::Log("Failed to update %s (error: %s)", subject,
-                      confd_lasterr());
+// The lists that are counted, in this order.
+constexpr struct {
+  const char* list;
+  Content content;
+} kCountedLists[] = {
+    {kOspfv2EntityList, kOspfv2Entities},
+    {kOspfv2InterfaceList, kOspfv2Interfaces},
+    {kOspfv3EntityList, kOspfv3Entities},
+};
+
+// A failed count is -1 and so counts as present: the passes meet the error.
+unsigned ContentOf(int cdb_sock) {
+  unsigned content = kNothing;
+  for (const auto& counted : kCountedLists) {
+    if (cdb_num_instances(cdb_sock, counted.list) != 0) {
+      content |= counted.content;
+    }
   }
-  return result != 0;
+  return content;
 }
 
-// Runs the passes in order, each under its condition, up to the first failure.
-// What a pass writes is seen by the later ones that read the transaction.
-int RunPasses(int maapi_sock, int thandle, int cdb_sock) {
-  // A failed count is -1 and so counts as present: the passes meet the error.
-  const bool has_v2 = cdb_num_instances(cdb_sock, kOspfv2EntityList) != 0;
-  const bool has_v2_if = cdb_num_instances(cdb_sock, kOspfv2InterfaceList) != 0;
-  const bool has_v3 = cdb_num_instances(cdb_sock, kOspfv3EntityList) != 0;
+template <typename Pass>
+int RunClass(int maapi_sock, int thandle, int cdb_sock) {
+  return Pass{cdb_sock, maapi_sock, thandle}.Run();
+}
 
-  if (!has_v2 && !has_v3) {
+// This class has its handles in another order, and the entity's key to learn.
+int RunCompoundIndex(int maapi_sock, int thandle, int cdb_sock) {
+  return Ospfv2CompoundIndexUpdate{maapi_sock, thandle, cdb_sock, 0}.Run();
+}
+
+}  // namespace
+
+// What a pass writes is seen by the later ones that read the transaction.
+constexpr UpdatePasses kUpdatePasses = {{
+    {kNothing, RunClass<OspfAreaUpdate>, "OSPF dangling area"},
+    {kOspfv3Entities, RunClass<Ospfv3AreaUpdate>, "OSPFv3 area"},
+    {kOspfv2Entities, RunCompoundIndex, "OSPFv2 compound index"},
+    {kOspfv2Entities, RunClass<OspfSecondaryUpdate>, "ospf secondary addr"},
+    {kNothing, ospf_asbr_update, "ospf asbr"},
+    {kNothing, ospf_timer_update, "ospf timers"},
+    {kOspfv2Interfaces, RunClass<OspfTeUpdate>, "OSPFv2 TE"},
+    {kOspfv2Entities, ospf_bfd_idx_update, "BFD INDEX in OSPFv2"},
+    {kOspfv2Entities, RunClass<OspfV2Rfc4577Support>,
+     "RFC 4577 support in OSPFv2"},
+}};
+
+int RunPasses(const UpdatePasses& passes, int maapi_sock, int thandle,
+              int cdb_sock) {
+  const unsigned content = ContentOf(cdb_sock);
+  if ((content & (kOspfv2Entities | kOspfv3Entities)) == 0) {
     UpdateLogger::Log("Current database doesn't have OSPF, returning");
     return 0;
   }
-  if (Failed(OspfAreaUpdate{cdb_sock, maapi_sock, thandle}.Run(),
-             "OSPF dangling area")) {
-    return -1;
-  }
-  if (has_v3 && Failed(Ospfv3AreaUpdate{cdb_sock, maapi_sock, thandle}.Run(),
-                       "OSPFv3 area")) {
-    return -1;
-  }
-  if (has_v2 &&
-      Failed(Ospfv2CompoundIndexUpdate{maapi_sock, thandle, cdb_sock, 0}.Run(),
-             "OSPFv2 compound index")) {
-    return -1;
-  }
-  if (has_v2 && Failed(OspfSecondaryUpdate{cdb_sock, maapi_sock, thandle}.Run(),
-                       "ospf secondary addr")) {
-    return -1;
-  }
-  if (Failed(ospf_asbr_update(maapi_sock, thandle, cdb_sock), "ospf asbr")) {
-    return -1;
-  }
-  if (Failed(ospf_timer_update(maapi_sock, thandle, cdb_sock), "ospf timers")) {
-    return -1;
-  }
-  if (has_v2_if &&
-      Failed(OspfTeUpdate{cdb_sock, maapi_sock, thandle}.Run(), "OSPFv2 TE")) {
-    return -1;
-  }
-  if (has_v2 && Failed(ospf_bfd_idx_update(maapi_sock, thandle, cdb_sock),
-                       "BFD INDEX in OSPFv2")) {
-    return -1;
-  }
-  if (has_v2 &&
-      Failed(OspfV2Rfc4577Support{cdb_sock, maapi_sock, thandle}.Run(),
-             "RFC 4577 support in OSPFv2")) {
-    return -1;
+  for (const UpdatePass& pass : passes) {
+    if ((pass.needs & ~content) != 0) {
+      continue;
+    }
+    if (pass.run(maapi_sock, thandle, cdb_sock) != 0) {
+      UpdateLogger::Log("Failed to update %s (error: %s)", pass.subject,
+                        confd_lasterr());
+      return -1;
+    }
   }
   return 0;
 }
 
-}  // namespace
 }  // namespace config_update
 
 int update(int maapi_sock, int thandle, int cdb_sock) {
-  return config_update::RunPasses(maapi_sock, thandle, cdb_sock);
+  return config_update::RunPasses(config_update::kUpdatePasses, maapi_sock,
+                                  thandle, cdb_sock);
 }

@@ -1,45 +1,27 @@
 // The order and the conditions of the passes, and what becomes of a failing
-// one, with scripted passes in place of the real ones: two of those can't fail,
-// and none can show which handles it was given.
+// one, with scripted passes in place of the real ones: two of those can't fail.
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "config_update/database_access.h"
-#include "config_update/ospf_area_update.h"
-#include "config_update/ospf_asbr_update.h"
-#include "config_update/ospf_bfd_idx_update.h"
-#include "config_update/ospf_compound_idx_update.h"
-#include "config_update/ospf_rfc_4577_support_update.h"
-#include "config_update/ospf_secondary_update.h"
-#include "config_update/ospf_te_update.h"
-#include "config_update/ospf_timer_update.h"
-#include "config_update/ospfv3_area_update.h"
-#include "config_update/update.h"
-#include "config_update/update_logger.h"
+#include "config_update/update_passes.h"
 #include "tests/support/config_builder.h"
 #include "tests/support/upgrade.h"
 
 namespace config_update {
-namespace scripted {
+namespace {
 
-// Numbered as they run.
-enum Pass {
-  kArea = 1,
-  kV3Area,
-  kCompoundIndex,
-  kSecondary,
-  kAsbr,
-  kTimers,
-  kTe,
-  kBfd,
-  kRfc4577
-};
+using test_support::ConfigBuilder;
+using test_support::Upgrade;
 
-// What the passes are to return, and how they were run.
+// What the passes, numbered from 1 as they stand in their table, are to return,
+// and how they were run.
 struct Script {
   int failing_pass = 0;
   int result = 0;  // of the failing pass; 0 of all others
@@ -49,71 +31,20 @@ struct Script {
 
 Script script;
 
-int Run(Pass pass, std::vector<int> handles) {
+template <int pass>
+int RunScripted(int maapi_sock, int thandle, int cdb_sock) {
   script.order.push_back(pass);
-  script.handles.push_back(std::move(handles));
+  script.handles.push_back({maapi_sock, thandle, cdb_sock});
   return pass == script.failing_pass ? script.result : 0;
 }
 
-template <Pass kPass>
-struct ThreeFields {
-  int first;
-  int second;
-  int third;
-  int Run() { return scripted::Run(kPass, {first, second, third}); }
-};
-
-template <Pass kPass>
-struct FourFields {
-  int first;
-  int second;
-  int third;
-  unsigned int fourth;
-  int Run() {
-    return scripted::Run(kPass,
-                         {first, second, third, static_cast<int>(fourth)});
-  }
-};
-
-template <Pass kPass>
-int Function(int first, int second, int third) {
-  return Run(kPass, {first, second, third});
+// The rows of update(), but for what they run.
+template <size_t... row>
+UpdatePasses ScriptedPasses(std::index_sequence<row...> /*rows*/) {
+  UpdatePasses passes = kUpdatePasses;
+  ((passes[row].run = &RunScripted<static_cast<int>(row) + 1>), ...);
+  return passes;
 }
-
-}  // namespace scripted
-}  // namespace config_update
-
-// The headers are all in, so that only the code of update.cc is changed.
-#define OspfAreaUpdate scripted::ThreeFields<scripted::kArea>
-#define Ospfv3AreaUpdate scripted::ThreeFields<scripted::kV3Area>
-#define Ospfv2CompoundIndexUpdate scripted::FourFields<scripted::kCompoundIndex>
-#define OspfSecondaryUpdate scripted::ThreeFields<scripted::kSecondary>
-#define ospf_asbr_update scripted::Function<scripted::kAsbr>
-#define ospf_timer_update scripted::Function<scripted::kTimers>
-#define OspfTeUpdate scripted::ThreeFields<scripted::kTe>
-#define ospf_bfd_idx_update scripted::Function<scripted::kBfd>
-#define OspfV2Rfc4577Support scripted::ThreeFields<scripted::kRfc4577>
-#define update scripted_update
-extern "C" int scripted_update(int maapi_sock, int thandle, int cdb_sock);
-#include "src/config-update/update.cc"
-#undef update
-#undef OspfV2Rfc4577Support
-#undef ospf_bfd_idx_update
-#undef OspfTeUpdate
-#undef ospf_timer_update
-#undef ospf_asbr_update
-#undef OspfSecondaryUpdate
-#undef Ospfv2CompoundIndexUpdate
-#undef Ospfv3AreaUpdate
-#undef OspfAreaUpdate
-
-namespace config_update {
-namespace {
-
-using scripted::Pass;
-using scripted::script;
-using test_support::ConfigBuilder;
-using test_support::Upgrade;
 
 std::string Config(bool v2, bool interfaces, bool v3) {
   ConfigBuilder config;
@@ -124,8 +55,10 @@ std::string Config(bool v2, bool interfaces, bool v3) {
 }
 
 int RunUpdate(const Upgrade& upgrade) {
-  return scripted_update(upgrade.maapi_sock(), upgrade.thandle(),
-                         upgrade.cdb_sock());
+  static const UpdatePasses passes = ScriptedPasses(
+      std::make_index_sequence<std::tuple_size_v<UpdatePasses>>());
+  return RunPasses(passes, upgrade.maapi_sock(), upgrade.thandle(),
+                   upgrade.cdb_sock());
 }
 
 class UpdatePassTableTest : public testing::Test {
@@ -174,19 +107,13 @@ TEST_F(UpdatePassTableTest, AllThreeFailedCountsCountAsPresent) {
   EXPECT_EQ(upgrade.Log(), "");
 }
 
-TEST_F(UpdatePassTableTest, PassesGetTheHandlesInTheirOwnOrder) {
+// update_test.cc shows in which order each real pass takes them.
+TEST_F(UpdatePassTableTest, EveryPassGetsTheHandles) {
   Upgrade upgrade(Config(true, true, true));
-  const int maapi = upgrade.maapi_sock();
-  const int thandle = upgrade.thandle();
-  const int cdb = upgrade.cdb_sock();
   EXPECT_EQ(RunUpdate(upgrade), 0);
-  const std::vector<int> fields = {cdb, maapi, thandle};
-  const std::vector<int> arguments = {maapi, thandle, cdb};
-  const std::vector<int> compound_index = {maapi, thandle, cdb, 0};
-  EXPECT_EQ(script.handles,
-            (std::vector<std::vector<int>>{fields, fields, compound_index,
-                                           fields, arguments, arguments, fields,
-                                           arguments, fields}));
+  const std::vector<int> handles = {upgrade.maapi_sock(), upgrade.thandle(),
+                                    upgrade.cdb_sock()};
+  EXPECT_EQ(script.handles, std::vector<std::vector<int>>(9, handles));
 }
 
 TEST_F(UpdatePassTableTest, FirstFailingPassIsNamedOnceAndIsTheLast) {
@@ -203,7 +130,7 @@ TEST_F(UpdatePassTableTest, FirstFailingPassIsNamedOnceAndIsTheLast) {
   };
   // Every result but 0 is a failure.
   for (const int result : {-1, 1, -2147483647}) {
-    for (int pass = scripted::kArea; pass <= scripted::kRfc4577; ++pass) {
+    for (int pass = 1; pass <= 9; ++pass) {
       SCOPED_TRACE(testing::Message() << "pass " << pass << " -> " << result);
       script = {};
       script.failing_pass = pass;

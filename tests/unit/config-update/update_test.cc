@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "config_update/ospf_area_update.h"
@@ -21,6 +22,7 @@
 #include "config_update/ospf_te_update.h"
 #include "config_update/ospf_timer_update.h"
 #include "config_update/ospfv3_area_update.h"
+#include "config_update/update_passes.h"
 #include "tests/support/config_builder.h"
 #include "tests/support/golden.h"
 #include "tests/support/upgrade.h"
@@ -134,6 +136,29 @@ std::string Config(bool v2, bool interfaces, bool v3) {
     config.V3Entity(1).V3Area(1, "0.0.0.0").InternalArea(1, "0.0.0.0", true);
   }
   config.Redistribution(1, 1, "ospf").Redistribution(2, 1, "ospf");
+  return config.Xml();
+}
+
+// Models of a release that had the internal ID lists already.
+const Models kIntermediate = {"intermediate", "after"};
+
+// An OSPFv2 entity in the VRF of a VPN, for those models.
+std::string VpnConfig() {
+  ConfigBuilder config;
+  config.Entity(2).PmInterface(2, "10.0.0.1");
+  config.Entry("/internal/ospf-index-to-proc-id", {{"index", "2"},
+                                                   {"proc_id", "7"},
+                                                   {"vrf_name", "red"},
+                                                   {"rtm_idx", "3"}});
+  config.Redistribution(3, 0x02010007, "ospf");
+  config.Redistribution(3, 0x05000000, "bgp");
+  config.Entry("/VX-BGP-MIB/bgpRmEntTable/bgpRmEntEntry",
+               {{"bgpRmEntIndex", "1"}, {"bgpRmEntLocalAs", "65000"}});
+  config.Entry("/VX-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry",
+               {{"bgpRmAfiSafiEntIndex", "1"},
+                {"bgpRmAfiSafiAfi", "ipv4"},
+                {"bgpRmAfiSafiSafi", "mplsBgpVpn"},
+                {"bgpRmAfiSafiAdminStatus", "up"}});
   return config.Xml();
 }
 
@@ -286,6 +311,38 @@ TEST(UpdateTest, LogsNothingOfItsOwnOnSuccess) {
   EXPECT_EQ(upgrade.Changes(), expected.changes);
 }
 
+// Everything that the passes called, logged and changed: all but the last by
+// themselves, the last one by `run`.
+std::string Trace(const std::string& config, const Models& models,
+                  size_t passes,
+                  const std::function<int(const Upgrade&)>& run) {
+  Upgrade upgrade(config, models);
+  for (size_t i = 0; i + 1 < passes; ++i) {
+    EXPECT_EQ(AllPasses()[i].run(upgrade), 0) << AllPasses()[i].name;
+  }
+  const int result = run(upgrade);
+  return std::to_string(result) + "\n" + upgrade.CallText() + upgrade.Log() +
+         upgrade.Changes();
+}
+
+// In the second configuration the last pass uses all of its handles.
+TEST(UpdateTest, EachRowRunsItsOwnPassAndHandsItTheHandlesInItsOrder) {
+  const std::pair<std::string, Models> inputs[] = {
+      {Config(true, true, true), {}}, {VpnConfig(), kIntermediate}};
+  ASSERT_EQ(AllPasses().size(), kUpdatePasses.size());
+  for (const auto& [config, models] : inputs) {
+    for (size_t i = 0; i < kUpdatePasses.size(); ++i) {
+      SCOPED_TRACE(AllPasses()[i].name);
+      const auto run_row = [i](const Upgrade& upgrade) {
+        return kUpdatePasses[i].run(upgrade.maapi_sock(), upgrade.thandle(),
+                                    upgrade.cdb_sock());
+      };
+      EXPECT_EQ(Trace(config, models, i + 1, run_row),
+                Trace(config, models, i + 1, AllPasses()[i].run));
+    }
+  }
+}
+
 TEST(UpdateTest, KeepsNoStateBetweenCalls) {
   const std::string config = Config(true, true, true);
   std::vector<std::string> calls;
@@ -382,26 +439,10 @@ TEST(UpdateTest, FailedTimerPassEndsBeforeTheTePass) {
 // Only old data with the internal ID lists takes this pass to where it can
 // fail. The TE and BFD passes never do; see update_pass_table_test.cc.
 TEST(UpdateTest, FailedRfc4577PassIsTheLast) {
-  const Models models = {"intermediate", "after"};
-  ConfigBuilder config;
-  config.Entity(2).PmInterface(2, "10.0.0.1");
-  config.Entry("/internal/ospf-index-to-proc-id", {{"index", "2"},
-                                                   {"proc_id", "7"},
-                                                   {"vrf_name", "red"},
-                                                   {"rtm_idx", "3"}});
-  config.Redistribution(3, 0x02010007, "ospf");
-  config.Redistribution(3, 0x05000000, "bgp");
-  config.Entry("/VX-BGP-MIB/bgpRmEntTable/bgpRmEntEntry",
-               {{"bgpRmEntIndex", "1"}, {"bgpRmEntLocalAs", "65000"}});
-  config.Entry("/VX-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry",
-               {{"bgpRmAfiSafiEntIndex", "1"},
-                {"bgpRmAfiSafiAfi", "ipv4"},
-                {"bgpRmAfiSafiSafi", "mplsBgpVpn"},
-                {"bgpRmAfiSafiAdminStatus", "up"}});
-  const std::string xml = config.Xml();
-  const Outcome before = OfPassesBefore("rfc4577", xml, models);
+  const std::string xml = VpnConfig();
+  const Outcome before = OfPassesBefore("rfc4577", xml, kIntermediate);
 
-  Upgrade upgrade(xml, models);
+  Upgrade upgrade(xml, kIntermediate);
   upgrade.Fail("maapi_get_elem",
                std::string(kV2List) + "{2}/ospfPmEntVpnPeCeSupport",
                CONFD_ERR_OS, "socket closed");
