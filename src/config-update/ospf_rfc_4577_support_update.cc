@@ -8,8 +8,7 @@
 #include "config_update/update_logger.h"
 
 // The internal list is read from the old data: when this very upgrade creates
-// it, CDB has none yet and nothing is done. A failed assertion prints its line,
-// by which support knows it: keep lines 74, 103 and 125 to 128 where they are.
+// it, CDB has none yet and nothing is done.
 namespace config_update {
 
 const std::string OspfV2Rfc4577Support::kOspfToProcIdList =
@@ -71,6 +70,7 @@ int OspfV2Rfc4577Support::SetRfc4577Support(int index) {
                      index) != CONFD_OK) {
     return ObjectFailed("get");
   }
+  // Line 74 in device logs: keep it there.
   if (CONFD_GET_ENUM_VALUE(&myval) != kTruthFalse) {
     return 0;
   }
@@ -86,10 +86,9 @@ int OspfV2Rfc4577Support::SetRfc4577Support(int index) {
 }
 
 // An instance takes part in a VPN when its RTM redistributes for its process
-// and for the VPN, and BGP has its VPN address family enabled.
-//
-// Both redistribution entries are always looked up, and before BGP's status.
-// A status that cannot be read means that there is no such address family.
+// and for the VPN, and BGP has its VPN address family enabled. Both entries are
+// always looked up, and before BGP's status. A status that cannot be read means
+// that there is no such address family.
 bool OspfV2Rfc4577Support::CanUpgrade(uint32_t rtm_idx, uint32_t proc_id) {
   const bool has_ospf = HasRtmEntry(*this, rtm_idx, proc_id | kRtmOspfProcess);
   const bool has_vpn = HasRtmEntry(*this, rtm_idx, kRtmVpn);
@@ -100,10 +99,10 @@ bool OspfV2Rfc4577Support::CanUpgrade(uint32_t rtm_idx, uint32_t proc_id) {
                      kBgpEntity) != CONFD_OK) {
     return false;
   }
+  // Line 103 in device logs: keep it there.
   if (CONFD_GET_ENUM_VALUE(&admin_status) != kBgpEnabled) {
     return false;
   }
-
   UpdateLogger::Log("has_bgp_addr_fam_vpnv4");
   return has_ospf && has_vpn;
 }
@@ -122,6 +121,7 @@ int OspfV2Rfc4577Support::Iterate(confd_value_t* cdb_objs, int object_count,
   int result = 0;
   const int64_t size = int64_t{object_count} * values_per_object;
   for (int64_t i = 0; i < size; i += values_per_object) {
+    // Lines 125 to 128 in device logs: keep them there.
     const uint32_t index = CONFD_GET_UINT32(&cdb_objs[i + 0]);
     const uint32_t proc_id = CONFD_GET_UINT32(&cdb_objs[i + 1]);
     const unsigned char* const vrf = CONFD_GET_BUFPTR(&cdb_objs[i + 2]);

@@ -6,10 +6,9 @@
 #include "config_update/database_access.h"
 #include "config_update/update_logger.h"
 
-// Before the upgrade the settings of an OSPFv3 area stand in the OSPFv2
-// internal list, keyed by the same pair of OSPF instance and area. This pass
-// runs while all internal lists still carry these keys, so that one key, as
-// text, finds the area in either list.
+// Before the upgrade an OSPFv3 area has its settings in the OSPFv2 internal
+// list, keyed by the same instance and area. This pass runs while all internal
+// lists still carry these keys, so that one key finds the area in either list.
 namespace config_update {
 
 const std::string Ospfv3AreaUpdate::kOspfv2AreaInternalList =
@@ -73,6 +72,7 @@ int Ospfv3AreaUpdate::GetOspfv3AreaIntegerFormat(uint32_t proc_id,
                      path.c_str()) != CONFD_OK) {
     return GetFailed("areaIdIntegerFormat");
   }
+  // Line 76 in device logs: keep it there.
   area.area_id_integer_format = CONFD_GET_ENUM_VALUE(&vl_set) == kTruthTrue;
   return 0;
 }
@@ -89,8 +89,7 @@ int Ospfv3AreaUpdate::CreateOspfv3AreaEntry(const ospfv3_area& area) const {
     return -1;
   }
 
-  // Whatever was read that is not true has become false, and is written as
-  // the enumeration's false.
+  // Whatever was read that is not true is written as the enumeration's false.
   const bool integer_format = area.area_id_integer_format;
   confd_value_t value = EnumValue(integer_format ? kTruthTrue : kTruthFalse);
   UpdateLogger::Log("Setting OSPFv3 area areaIdIntegerFormat %s",
@@ -132,6 +131,7 @@ int Ospfv3AreaUpdate::DeleteOspfAreaEntry(const ospfv3_area& area) const {
 
   // Without a key the search ran past the end of the list. The second key is
   // looked at only under the same instance: in any other the area is not used.
+  // Lines 135 and 136 in device logs: keep them there.
   if (mc.n != 0 && CONFD_GET_UINT32(&mc.keys[0]) == area.appl_index &&
       SameAddress(CONFD_GET_IPV4(&mc.keys[1]), area.area_id)) {
     UpdateLogger::Log("OSPFv2 %u uses area %s. Keep it.", area.appl_index,
