@@ -34,8 +34,24 @@ inline constexpr int kRtmNamespace = 0x31635FA0;     // VX-RTM-MIB
 
 inline constexpr char kOspfv2EntityList[] =
     "/VX-OSPF-MIB/ospfPmEntTable/ospfPmEntEntry";
+inline constexpr char kOspfv2NmEntityList[] =
+    "/VX-OSPF-MIB/ospfNmEntTable/ospfNmEntEntry";
+inline constexpr char kOspfv2InterfaceList[] =
+    "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry";
+inline constexpr char kOspfv2InterfaceMetricList[] =
+    "/VX-OSPF-MIB/ospfPmIfMetricTable/ospfPmIfMetricEntry";
 inline constexpr char kOspfv3EntityList[] =
     "/VX-OSPF-V3-MIB/ospfv3PmEntTable/ospfv3PmEntEntry";
+// Relative to the session's position, which is always the root.
+inline constexpr char kOspfv3AreaList[] =
+    "VX-OSPF-V3-MIB/ospfv3PmAreaTable/ospfv3PmAreaEntry";
+inline constexpr char kRedistributionList[] =
+    "/VX-RTM-MIB/rtmRedistTable/rtmRedistEntry";
+
+inline constexpr char kAreaGlobalList[] = "/internal/ospf-area-global";
+inline constexpr char kV3AreaGlobalList[] = "/internal/ospfv3-area-global";
+inline constexpr char kInterfaceL3List[] = "/internal/ospf-interface-l3";
+inline constexpr char kIndexToProcIdList[] = "/internal/ospf-index-to-proc-id";
 
 // ---- Values -----------------------------------------------------------------
 

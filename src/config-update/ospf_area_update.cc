@@ -5,14 +5,11 @@
 
 namespace config_update {
 
-const std::string OspfAreaUpdate::kOspfv2AreaInternalList =
-    "/internal/ospf-area-global";
-const std::string OspfAreaUpdate::kOspfv3AreaInternalList =
-    "/internal/ospfv3-area-global";
+const std::string OspfAreaUpdate::kOspfv2AreaInternalList = kAreaGlobalList;
+const std::string OspfAreaUpdate::kOspfv3AreaInternalList = kV3AreaGlobalList;
 const std::string OspfAreaUpdate::kOspfv2AreaMibList =
     "VX-OSPF-MIB/ospfPmAreaTable/ospfPmAreaEntry";
-const std::string OspfAreaUpdate::kOspfv3AreaMibList =
-    "VX-OSPF-V3-MIB/ospfv3PmAreaTable/ospfv3PmAreaEntry";
+const std::string OspfAreaUpdate::kOspfv3AreaMibList = kOspfv3AreaList;
 
 namespace {
 

@@ -6,9 +6,6 @@
 namespace config_update {
 namespace {
 
-constexpr char kRedistributionList[] =
-    "/VX-RTM-MIB/rtmRedistTable/rtmRedistEntry";
-
 constexpr int32_t kDestinationOspf = 0xD0000;
 
 // RTM instances that the two versions redistribute from.

@@ -8,6 +8,8 @@
 #include "config_update/database_access.h"
 #include "config_update/update_logger.h"
 
+// A failed assertion prints its line, by which support knows it: the lines
+// that say so below must not move.
 namespace config_update {
 namespace {
 
@@ -15,7 +17,6 @@ namespace {
 constexpr uint32_t kNewEntityIndex = 1;
 
 constexpr char kProcIdToIndexList[] = "/internal/ospf-proc-id-to-index";
-constexpr char kIndexToProcIdList[] = "/internal/ospf-index-to-proc-id";
 
 constexpr char kFailedDelete[] = "failed delete to compound idx:";
 constexpr char kFailedCreate[] = "failed create to compound idx:";
@@ -53,34 +54,33 @@ struct CompoundKeyList {
 
 namespace {
 
+// The entity itself, by whose old key the other entries are found.
 constexpr CompoundKeyList kPmEntity = {"ospfPmEntTable", kOspfv2EntityList,
                                        "{%x}", 80};
 
-// The lists that follow the entity, in the order in which they are moved.
+// The lists that follow the entity, in the order in which they are moved, with
+// all keys of their entries in the order of the model.
 constexpr CompoundKeyList kMovedLists[] = {
     {"ospfPmMjTable", "/VX-OSPF-MIB/ospfPmMjTable/ospfPmMjEntry", "{%x %x %x}",
      10},
     // A failing create is reported with the words of a failing delete.
-    {"ospfNmEntTable", "/VX-OSPF-MIB/ospfNmEntTable/ospfNmEntEntry", "{%x}", 20,
-     kFailedDelete, Gate::kNone, &kNmMjEntityIndex},
+    {"ospfNmEntTable", kOspfv2NmEntityList, "{%x}", 20, kFailedDelete,
+     Gate::kNone, &kNmMjEntityIndex},
     {"ospfPmAreaTable", "/VX-OSPF-MIB/ospfPmAreaTable/ospfPmAreaEntry",
      "{%x %x}", 40},
     // Earlier passes have deleted entries that the old data still has.
-    {"ospf-area-global", "/internal/ospf-area-global", "{%x %x}", 10,
-     kFailedCreate, Gate::kHeldByTransaction},
+    {"ospf-area-global", kAreaGlobalList, "{%x %x}", 10, kFailedCreate,
+     Gate::kHeldByTransaction},
     {"ospfPmAreaAggregateTable",
      "/VX-OSPF-MIB/ospfPmAreaAggregateTable/ospfPmAreaAggregateEntry",
      "{%x %x %x %x %x}", 10},
     {"ospfPmStubAreaTable",
      "/VX-OSPF-MIB/ospfPmStubAreaTable/ospfPmStubAreaEntry", "{%x %x %x}", 10},
-    {"ospfPmIfTable", "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry", "{%x %x %x}",
-     100, kFailedCreate, Gate::kNone, &kPmIfNmEntity},
+    {"ospfPmIfTable", kOspfv2InterfaceList, "{%x %x %x}", 100, kFailedCreate,
+     Gate::kNone, &kPmIfNmEntity},
     // A failing create is reported with the words of a failing delete.
-    {"ospf-interface-l3", "/internal/ospf-interface-l3", "{%x %x %x %x}", 10,
-     kFailedDelete},
-    {"ospfPmIfMetricTable",
-     "/VX-OSPF-MIB/ospfPmIfMetricTable/ospfPmIfMetricEntry", "{%x %x %x %x}",
-     10},
+    {"ospf-interface-l3", kInterfaceL3List, "{%x %x %x %x}", 10, kFailedDelete},
+    {"ospfPmIfMetricTable", kOspfv2InterfaceMetricList, "{%x %x %x %x}", 10},
 };
 
 // The same rows by name.

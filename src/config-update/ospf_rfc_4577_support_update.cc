@@ -9,14 +9,14 @@
 
 // The internal list is read from the old data: when this very upgrade creates
 // it, CDB has none yet and nothing is done.
+//
+// A failed assertion prints its line, by which support knows it: the lines
+// that say so below must not move.
 namespace config_update {
 
-const std::string OspfV2Rfc4577Support::kOspfToProcIdList =
-    "/internal/ospf-index-to-proc-id";
-const std::string OspfV2Rfc4577Support::krtmEntryMibList =
-    "/VX-RTM-MIB/rtmRedistTable/rtmRedistEntry";
-const std::string OspfV2Rfc4577Support::kospfv2EntryMibList =
-    "/VX-OSPF-MIB/ospfPmEntTable/ospfPmEntEntry";
+const std::string OspfV2Rfc4577Support::kOspfToProcIdList = kIndexToProcIdList;
+const std::string OspfV2Rfc4577Support::krtmEntryMibList = kRedistributionList;
+const std::string OspfV2Rfc4577Support::kospfv2EntryMibList = kOspfv2EntityList;
 
 namespace {
 

@@ -13,12 +13,10 @@ const std::string OspfSecondaryUpdate::kL3IpSecPath =
     "/config/interface/ipapp:l3{%s}/ipv4/address/secondary";
 const std::string OspfSecondaryUpdate::kLoPath =
     "/config/interface/ipapp:loopback";
-const std::string OspfSecondaryUpdate::kOspfInternalList =
-    "/internal/ospf-interface-l3";
-const std::string OspfSecondaryUpdate::kOspfPmIfEntry =
-    "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry";
+const std::string OspfSecondaryUpdate::kOspfInternalList = kInterfaceL3List;
+const std::string OspfSecondaryUpdate::kOspfPmIfEntry = kOspfv2InterfaceList;
 const std::string OspfSecondaryUpdate::kOspfPmIfMetricEntry =
-    "/VX-OSPF-MIB/ospfPmIfMetricTable/ospfPmIfMetricEntry";
+    kOspfv2InterfaceMetricList;
 
 namespace {
 

@@ -5,8 +5,7 @@
 
 namespace config_update {
 
-const std::string OspfTeUpdate::kOspfv2PmIfEntrPath =
-    "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry";
+const std::string OspfTeUpdate::kOspfv2PmIfEntrPath = kOspfv2InterfaceList;
 const std::string OspfTeUpdate::kOspfQosSupport = "ospfPmIfQOSSupport";
 
 int OspfTeUpdate::Run() {

@@ -6,22 +6,22 @@
 #include "config_update/database_access.h"
 #include "config_update/update_logger.h"
 
-// Before the upgrade an OSPFv3 area has its settings in the OSPFv2 internal
-// list, keyed by the same instance and area. This pass runs while all internal
-// lists still carry these keys, so that one key finds the area in either list.
+// Before the upgrade the settings of an OSPFv3 area stand in the OSPFv2
+// internal list, keyed by the same pair of OSPF instance and area. This pass
+// runs while all internal lists still carry these keys, so that one key, as
+// text, finds the area in either list.
+//
+// A failed assertion prints its line, by which support knows it: the lines
+// that say so below must not move.
 namespace config_update {
 
-const std::string Ospfv3AreaUpdate::kOspfv2AreaInternalList =
-    "/internal/ospf-area-global";
-const std::string Ospfv3AreaUpdate::kOspfv2IntfInternalList =
-    "/internal/ospf-interface-l3";
-const std::string Ospfv3AreaUpdate::kOspfv3AreaInternalList =
-    "/internal/ospfv3-area-global";
+const std::string Ospfv3AreaUpdate::kOspfv2AreaInternalList = kAreaGlobalList;
+const std::string Ospfv3AreaUpdate::kOspfv2IntfInternalList = kInterfaceL3List;
+const std::string Ospfv3AreaUpdate::kOspfv3AreaInternalList = kV3AreaGlobalList;
 // For the users of this class; none of its own operations needs it.
 const std::string Ospfv3AreaUpdate::kOspfv3IntfInternalList =
     "/internal/ospfv3-interface-l3";
-const std::string Ospfv3AreaUpdate::kOspfv3AreaMibList =
-    "VX-OSPF-V3-MIB/ospfv3PmAreaTable/ospfv3PmAreaEntry";
+const std::string Ospfv3AreaUpdate::kOspfv3AreaMibList = kOspfv3AreaList;
 
 namespace {
 

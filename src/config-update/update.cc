@@ -16,9 +16,6 @@
 namespace config_update {
 namespace {
 
-constexpr char kOspfv2InterfaceList[] =
-    "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry";
-
 // The lists that are counted, in this order.
 constexpr struct {
   const char* list;
