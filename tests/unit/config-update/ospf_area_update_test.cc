@@ -3,7 +3,6 @@
 #include <confd_lib.h>
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <string>
 #include <type_traits>
 
@@ -42,39 +41,12 @@ OspfAreaUpdate::ospf_area AreaOf(uint32_t process_id, const char* area) {
 
 // ---- Shape of the class -----------------------------------------------------
 
-static_assert(std::is_aggregate_v<OspfAreaUpdate>);
-static_assert(std::is_standard_layout_v<OspfAreaUpdate>);
-static_assert(std::is_trivially_copyable_v<OspfAreaUpdate>);
-static_assert(!std::is_polymorphic_v<OspfAreaUpdate>);
-static_assert(sizeof(OspfAreaUpdate) == 3 * sizeof(int));
-static_assert(
-    std::is_same_v<decltype(&OspfAreaUpdate::cdb_sock), int OspfAreaUpdate::*>);
-static_assert(std::is_same_v<decltype(&OspfAreaUpdate::maapi_sock),
-                             int OspfAreaUpdate::*>);
-static_assert(
-    std::is_same_v<decltype(&OspfAreaUpdate::thandle), int OspfAreaUpdate::*>);
-static_assert(offsetof(OspfAreaUpdate, cdb_sock) == 0);
-static_assert(offsetof(OspfAreaUpdate, maapi_sock) == 4);
-static_assert(offsetof(OspfAreaUpdate, thandle) == 8);
-
 using Area = OspfAreaUpdate::ospf_area;
 using Version = OspfAreaUpdate::ospf_ver;
 
 static_assert(OspfAreaUpdate::OSPF_V2 == 0);
 static_assert(OspfAreaUpdate::OSPF_V3 == 1);
 static_assert(std::is_convertible_v<Version, int>, "not a scoped enumeration");
-
-static_assert(std::is_aggregate_v<Area>);
-static_assert(std::is_same_v<decltype(&Area::process_id), uint32_t Area::*>);
-static_assert(std::is_same_v<decltype(&Area::area_id), in_addr Area::*>);
-static_assert(
-    std::is_same_v<decltype(&Area::area_id_str), std::string Area::*>);
-static_assert(
-    std::is_same_v<decltype(&Area::area_id_integer_format), bool Area::*>);
-static_assert(offsetof(Area, process_id) < offsetof(Area, area_id));
-static_assert(offsetof(Area, area_id) < offsetof(Area, area_id_str));
-static_assert(offsetof(Area, area_id_str) <
-              offsetof(Area, area_id_integer_format));
 
 static_assert(
     std::is_same_v<decltype(&OspfAreaUpdate::Run), int (OspfAreaUpdate::*)()>);

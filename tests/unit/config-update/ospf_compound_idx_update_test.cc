@@ -27,19 +27,6 @@ using test_support::Models;
 using test_support::Upgrade;
 using Pass = Ospfv2CompoundIndexUpdate;
 
-// The binary interface: an aggregate of four 32-bit fields in this order.
-static_assert(std::is_aggregate_v<Pass> && std::is_standard_layout_v<Pass> &&
-              std::is_trivially_copyable_v<Pass>);
-static_assert(sizeof(Pass) == 16 && !std::is_polymorphic_v<Pass>);
-static_assert(offsetof(Pass, maapi_sock) == 0);
-static_assert(offsetof(Pass, thandle) == 4);
-static_assert(offsetof(Pass, cdb_sock) == 8);
-static_assert(offsetof(Pass, pm_ent_idx) == 12);
-static_assert(std::is_same_v<decltype(Pass::maapi_sock), int>);
-static_assert(std::is_same_v<decltype(Pass::thandle), int>);
-static_assert(std::is_same_v<decltype(Pass::cdb_sock), int>);
-static_assert(std::is_same_v<decltype(Pass::pm_ent_idx), uint32_t>);
-
 using Step = int32_t (Pass::*)();
 using ConstStep = int32_t (Pass::*)() const;
 static_assert(std::is_same_v<decltype(&Pass::Run), Step>);

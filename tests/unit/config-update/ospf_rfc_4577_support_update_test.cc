@@ -31,18 +31,6 @@ using testing::HasSubstr;
 
 using Pass = OspfV2Rfc4577Support;
 
-// A plain aggregate of the three handles.
-static_assert(std::is_aggregate_v<Pass>);
-static_assert(std::is_standard_layout_v<Pass>);
-static_assert(std::is_trivial_v<Pass>);
-static_assert(sizeof(Pass) == 3 * sizeof(int));
-static_assert(offsetof(Pass, cdb_sock) == 0);
-static_assert(offsetof(Pass, maapi_sock) == sizeof(int));
-static_assert(offsetof(Pass, thandle) == 2 * sizeof(int));
-static_assert(std::is_same_v<decltype(Pass::cdb_sock), int>);
-static_assert(std::is_same_v<decltype(Pass::maapi_sock), int>);
-static_assert(std::is_same_v<decltype(Pass::thandle), int>);
-
 // None of its operations is const.
 static_assert(std::is_same_v<decltype(&Pass::Run), int (Pass::*)()>);
 static_assert(std::is_same_v<decltype(&Pass::Iterate),

@@ -4,7 +4,6 @@
 #include <confd_lib.h>
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <list>
 #include <string>
 #include <type_traits>
@@ -22,13 +21,6 @@ using test_support::ConfigBuilder;
 using test_support::Upgrade;
 using Pass = OspfSecondaryUpdate;
 
-// The binary interface of the class and of the structure.
-static_assert(std::is_aggregate_v<Pass> && std::is_standard_layout_v<Pass> &&
-              std::is_trivially_copyable_v<Pass>);
-static_assert(sizeof(Pass) == 12 && !std::is_polymorphic_v<Pass>);
-static_assert(offsetof(Pass, cdb_sock) == 0);
-static_assert(offsetof(Pass, maapi_sock) == 4);
-static_assert(offsetof(Pass, thandle) == 8);
 static_assert(std::is_same_v<decltype(Pass::kL3Path), const std::string>);
 static_assert(std::is_same_v<decltype(&Pass::Run), int32_t (Pass::*)()>);
 static_assert(std::is_same_v<decltype(&Pass::GetIpv4AddrFromIf),
@@ -42,18 +34,6 @@ static_assert(std::is_same_v<decltype(&Pass::CreateSecondaryOspfEntry),
                                                confd_ipv4_prefix) const>);
 static_assert(std::is_same_v<decltype(&Pass::SetIpv4AddrNetmaskOspfEntry),
                              int32_t (Pass::*)(const ospf_v2_param&) const>);
-
-static_assert(std::is_aggregate_v<ospf_v2_param>);
-static_assert(
-    std::is_same_v<decltype(ospf_v2_param::admin_stat), int32_t> &&
-    std::is_same_v<decltype(ospf_v2_param::area_id), in_addr> &&
-    std::is_same_v<decltype(ospf_v2_param::if_name), std::string> &&
-    std::is_same_v<decltype(ospf_v2_param::metric_value), int32_t> &&
-    std::is_same_v<decltype(ospf_v2_param::if_type), int32_t> &&
-    std::is_same_v<decltype(ospf_v2_param::pm_ent_idx), uint32_t> &&
-    std::is_same_v<decltype(ospf_v2_param::ip_addr), confd_ipv4_prefix> &&
-    std::is_same_v<decltype(ospf_v2_param::secondary_addrs),
-                   std::list<confd_ipv4_prefix>>);
 
 Pass PassOn(const Upgrade& upgrade) {
   return {upgrade.cdb_sock(), upgrade.maapi_sock(), upgrade.thandle()};
@@ -82,23 +62,6 @@ confd_ipv4_prefix Prefix(const std::string& address, uint8_t length) {
   inet_pton(AF_INET, address.c_str(), &prefix.ip);
   prefix.len = length;
   return prefix;
-}
-
-// A list in the structure keeps offsetof from applying.
-TEST(OspfV2ParamTest, FieldsLieInTheirDeclaredOrder) {
-  const ospf_v2_param param{};
-  auto offset = [&param](const auto& field) {
-    return reinterpret_cast<const char*>(&field) -
-           reinterpret_cast<const char*>(&param);
-  };
-  EXPECT_EQ(offset(param.admin_stat), 0);
-  EXPECT_EQ(offset(param.area_id), 4);
-  EXPECT_EQ(offset(param.if_name), 8);
-  EXPECT_EQ(offset(param.metric_value), 40);
-  EXPECT_EQ(offset(param.if_type), 44);
-  EXPECT_EQ(offset(param.pm_ent_idx), 48);
-  EXPECT_EQ(offset(param.ip_addr), 52);
-  EXPECT_EQ(offset(param.secondary_addrs), 64);
 }
 
 TEST(OspfSecondaryUpdateTest, PathsAreThoseOfTheModels) {

@@ -7,7 +7,6 @@
 // clang-format on
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -22,18 +21,6 @@ namespace {
 using test_support::ConfigBuilder;
 using test_support::ExpectGolden;
 using test_support::Upgrade;
-
-// A plain aggregate of the three handles.
-static_assert(std::is_aggregate_v<OspfTeUpdate>);
-static_assert(std::is_standard_layout_v<OspfTeUpdate>);
-static_assert(std::is_trivial_v<OspfTeUpdate>);
-static_assert(sizeof(OspfTeUpdate) == 3 * sizeof(int));
-static_assert(offsetof(OspfTeUpdate, cdb_sock) == 0);
-static_assert(offsetof(OspfTeUpdate, maapi_sock) == sizeof(int));
-static_assert(offsetof(OspfTeUpdate, thandle) == 2 * sizeof(int));
-static_assert(std::is_same_v<decltype(OspfTeUpdate::cdb_sock), int>);
-static_assert(std::is_same_v<decltype(OspfTeUpdate::maapi_sock), int>);
-static_assert(std::is_same_v<decltype(OspfTeUpdate::thandle), int>);
 
 static_assert(
     std::is_same_v<decltype(&OspfTeUpdate::Run), int (OspfTeUpdate::*)()>);

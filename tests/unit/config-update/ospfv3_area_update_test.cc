@@ -88,35 +88,8 @@ kit::control::Fault HandOut(const std::string& function, size_t slot, int tag,
 
 // ---- Shape of the class -----------------------------------------------------
 
-static_assert(std::is_aggregate_v<Ospfv3AreaUpdate>);
-static_assert(std::is_standard_layout_v<Ospfv3AreaUpdate>);
-static_assert(std::is_trivially_copyable_v<Ospfv3AreaUpdate>);
-static_assert(!std::is_polymorphic_v<Ospfv3AreaUpdate>);
-static_assert(sizeof(Ospfv3AreaUpdate) == 3 * sizeof(int));
-static_assert(std::is_same_v<decltype(&Ospfv3AreaUpdate::cdb_sock),
-                             int Ospfv3AreaUpdate::*>);
-static_assert(std::is_same_v<decltype(&Ospfv3AreaUpdate::maapi_sock),
-                             int Ospfv3AreaUpdate::*>);
-static_assert(std::is_same_v<decltype(&Ospfv3AreaUpdate::thandle),
-                             int Ospfv3AreaUpdate::*>);
-static_assert(offsetof(Ospfv3AreaUpdate, cdb_sock) == 0);
-static_assert(offsetof(Ospfv3AreaUpdate, maapi_sock) == 4);
-static_assert(offsetof(Ospfv3AreaUpdate, thandle) == 8);
-
 // Not nested in the class.
 using Area = config_update::ospfv3_area;
-
-static_assert(std::is_aggregate_v<Area>);
-static_assert(std::is_same_v<decltype(&Area::appl_index), uint32_t Area::*>);
-static_assert(std::is_same_v<decltype(&Area::area_id), in_addr Area::*>);
-static_assert(
-    std::is_same_v<decltype(&Area::area_id_str), std::string Area::*>);
-static_assert(
-    std::is_same_v<decltype(&Area::area_id_integer_format), bool Area::*>);
-static_assert(offsetof(Area, appl_index) < offsetof(Area, area_id));
-static_assert(offsetof(Area, area_id) < offsetof(Area, area_id_str));
-static_assert(offsetof(Area, area_id_str) <
-              offsetof(Area, area_id_integer_format));
 
 static_assert(std::is_same_v<decltype(&Ospfv3AreaUpdate::Run),
                              int (Ospfv3AreaUpdate::*)()>);
