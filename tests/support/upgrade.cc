@@ -7,6 +7,8 @@
 
 #include <utility>
 
+#include "tests/support/call_text.h"
+
 namespace test_support {
 namespace {
 
@@ -104,7 +106,7 @@ std::vector<std::string> Upgrade::Calls() const {
       ++released;
     } else {
       flush();
-      calls.push_back(line);
+      calls.push_back(CountMissingValues(line));
     }
   }
   flush();

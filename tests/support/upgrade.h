@@ -49,7 +49,8 @@ class Upgrade {
   void ClearLog() { log_.clear(); }
 
   // Calls so far, a line each as ToString prints them; calls of
-  // confd_free_value in a row are one line, "confd_free_value x80".
+  // confd_free_value in a row are one line, "confd_free_value x80", and values
+  // that are none in a row are one, "C_NOEXISTS x67".
   std::vector<std::string> Calls() const;
   std::string CallText() const;  // the same, a newline after each
   void ClearCalls();
