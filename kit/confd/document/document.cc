@@ -10,7 +10,7 @@
 #include <new>
 #include <optional>
 
-#include "kit/confd/text/text_forms.h"
+#include "kit/confd/text/number.h"
 
 namespace kit::store {
 namespace {
@@ -53,7 +53,7 @@ Place PlaceOf(const ly_err_item& error) {
   if (size_t at = text.find(kLine); at != std::string::npos) {
     std::string_view digits = std::string_view(text).substr(at + kLine.size());
     digits = digits.substr(0, digits.find_first_not_of("0123456789"));
-    place.line = ParseNumber<uint64_t>(digits).value_or(0);
+    place.line = text::ParseNumber<uint64_t>(digits).value_or(0);
   }
   if (place.path.empty() && place.line == 0) place.path = error.path;
   return place;

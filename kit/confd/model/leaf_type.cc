@@ -7,7 +7,10 @@
 #include "kit/confd/keypath/key_text.h"
 #include "kit/confd/model/error.h"
 #include "kit/confd/model/typedef_chain.h"
-#include "kit/confd/text/text_forms.h"
+#include "kit/confd/text/address.h"
+#include "kit/confd/text/encoding.h"
+#include "kit/confd/text/number.h"
+#include "kit/confd/text/utf8.h"
 
 namespace kit::store {
 namespace {
@@ -62,14 +65,14 @@ ValueType TypeOfBase(const lysc_type* type) {
 
 template <typename T>
 std::optional<Value> ParseSigned(ValueType type, std::string_view text) {
-  auto number = ParseNumber<T>(text);
+  auto number = text::ParseNumber<T>(text);
   if (!number) return std::nullopt;
   return Value::Number(type, static_cast<uint64_t>(int64_t{*number}));
 }
 
 template <typename T>
 std::optional<Value> ParseUnsigned(ValueType type, std::string_view text) {
-  auto number = ParseNumber<T>(text);
+  auto number = text::ParseNumber<T>(text);
   if (!number) return std::nullopt;
   return Value::Number(type, *number);
 }
@@ -77,11 +80,11 @@ std::optional<Value> ParseUnsigned(ValueType type, std::string_view text) {
 std::optional<Value> ParseIpv4Value(ValueType type, std::string_view text) {
   uint8_t length = 0;
   if (type != ValueType::kIpv4 && type != ValueType::kDquad) {
-    auto halves = SplitPrefix(text, kIpv4Bits);
+    auto halves = text::SplitPrefix(text, kIpv4Bits);
     if (!halves) return std::nullopt;
     std::tie(text, length) = *halves;
   }
-  auto address = ParseIpv4(text);
+  auto address = text::ParseIpv4(text);
   if (!address) return std::nullopt;
   if (type == ValueType::kIpv4Prefix) {
     *address &= static_cast<uint32_t>(~(~uint64_t{0} >> 32 >> length));
@@ -99,11 +102,11 @@ void MaskIpv6(std::string& bytes, uint8_t length) {
 std::optional<Value> ParseIpv6Value(ValueType type, std::string_view text) {
   uint8_t length = 0;
   if (type != ValueType::kIpv6) {
-    auto halves = SplitPrefix(text, kIpv6Bits);
+    auto halves = text::SplitPrefix(text, kIpv6Bits);
     if (!halves) return std::nullopt;
     std::tie(text, length) = *halves;
   }
-  auto address = ParseIpv6(text);
+  auto address = text::ParseIpv6(text);
   if (!address) return std::nullopt;
   if (type == ValueType::kIpv6Prefix) MaskIpv6(*address, length);
   return Value::Text(type, *address, length);
@@ -198,8 +201,8 @@ std::string Excerpt(std::string_view text) {
 std::optional<uint64_t> ParsePair(std::string_view text) {
   size_t colon = text.find(':');
   if (colon == std::string_view::npos) return std::nullopt;
-  auto ns = ParseNumber<uint32_t>(text.substr(0, colon));
-  auto id = ParseNumber<uint32_t>(text.substr(colon + 1));
+  auto ns = text::ParseNumber<uint32_t>(text.substr(0, colon));
+  auto id = text::ParseNumber<uint32_t>(text.substr(colon + 1));
   if (!ns || !id) return std::nullopt;
   return IdentityBits(*ns, *id);
 }
@@ -378,7 +381,7 @@ Value LeafType::ParseKey(std::string_view text) const {
   switch (value_type_) {
     case ValueType::kBit32:
     case ValueType::kBit64:
-      if (auto bits = ParseNumber<uint64_t>(text)) {
+      if (auto bits = text::ParseNumber<uint64_t>(text)) {
         value = Value::Number(value_type_, *bits);
       }
       break;
@@ -453,23 +456,23 @@ Value LeafType::ParseCanonical(std::string_view text) const {
       value = ParseIpv6Value(value_type_, text);
       break;
     case ValueType::kDecimal64:
-      if (auto scaled = ParseDecimal64(text, fraction_digits_)) {
+      if (auto scaled = text::ParseDecimal64(text, fraction_digits_)) {
         value = Value::Number(value_type_, static_cast<uint64_t>(*scaled),
                               fraction_digits_);
       }
       break;
     case ValueType::kBinary:
-      value = TextValue(value_type_, ParseBase64(text));
+      value = TextValue(value_type_, text::ParseBase64(text));
       break;
     case ValueType::kHexstr:
-      value = TextValue(value_type_, ParseHex(text));
+      value = TextValue(value_type_, text::ParseHex(text));
       break;
     case ValueType::kEmpty:
       if (text.empty()) value = Value::Number(value_type_, 0);
       break;
     default:
       // libyang looks at this in documents only.
-      if (!IsYangText(text)) {
+      if (!text::IsYangText(text)) {
         Reject(text, "it is not UTF-8 text without control characters");
       }
       value = Value::Text(value_type_, text);
@@ -578,16 +581,17 @@ std::string LeafType::Print(const Value& value) const {
       return PrintBits(value);
     case ValueType::kIpv4:
     case ValueType::kDquad:
-      return PrintIpv4(static_cast<uint32_t>(value.bits()));
+      return text::PrintIpv4(static_cast<uint32_t>(value.bits()));
     case ValueType::kIpv4Prefix:
     case ValueType::kIpv4AndPlen:
-      return PrintIpv4(static_cast<uint32_t>(value.bits())) + "/" +
+      return text::PrintIpv4(static_cast<uint32_t>(value.bits())) + "/" +
              std::to_string(value.length());
     case ValueType::kIpv6:
-      return PrintIpv6(value.text());
+      return text::PrintIpv6(value.text());
     case ValueType::kIpv6Prefix:
     case ValueType::kIpv6AndPlen:
-      return PrintIpv6(value.text()) + "/" + std::to_string(value.length());
+      return text::PrintIpv6(value.text()) + "/" +
+             std::to_string(value.length());
     case ValueType::kDecimal64:
       if (value.length() != fraction_digits_) {
         Reject(std::to_string(value.signed_bits()),
@@ -595,7 +599,7 @@ std::string LeafType::Print(const Value& value) const {
                    " fraction digits, the model " +
                    std::to_string(fraction_digits_));
       }
-      return PrintDecimal64(value.signed_bits(), fraction_digits_);
+      return text::PrintDecimal64(value.signed_bits(), fraction_digits_);
     case ValueType::kBinary:
       return keypath::Base64(value.text());
     case ValueType::kHexstr:
@@ -614,7 +618,7 @@ Value LeafType::Check(const Value& value) const {
                     " value was given for a leaf of type " + name_ + " (" +
                     TypeName(value_type_) + ")");
   }
-  if (value.type() == ValueType::kBuf && !IsYangText(value.text())) {
+  if (value.type() == ValueType::kBuf && !text::IsYangText(value.text())) {
     Reject(value.text(), "it is not UTF-8 text without control characters");
   }
   bool is_named = value_type_ == ValueType::kEnum;

@@ -1,0 +1,54 @@
+#include "kit/confd/text/address.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+
+#include <cstddef>
+#include <cstring>
+
+#include "kit/confd/text/number.h"
+
+namespace kit::text {
+
+std::optional<uint32_t> ParseIpv4(std::string_view text) {
+  char buffer[INET_ADDRSTRLEN];
+  if (text.size() >= sizeof buffer) return std::nullopt;
+  std::memcpy(buffer, text.data(), text.size());
+  buffer[text.size()] = '\0';
+  in_addr address;
+  if (inet_pton(AF_INET, buffer, &address) != 1) return std::nullopt;
+  return ntohl(address.s_addr);
+}
+
+std::string PrintIpv4(uint32_t address) {
+  char buffer[INET_ADDRSTRLEN];
+  in_addr raw;
+  raw.s_addr = htonl(address);
+  return inet_ntop(AF_INET, &raw, buffer, sizeof buffer);
+}
+
+std::optional<std::string> ParseIpv6(std::string_view text) {
+  char buffer[INET6_ADDRSTRLEN];
+  if (text.size() >= sizeof buffer) return std::nullopt;
+  std::memcpy(buffer, text.data(), text.size());
+  buffer[text.size()] = '\0';
+  in6_addr address;
+  if (inet_pton(AF_INET6, buffer, &address) != 1) return std::nullopt;
+  return std::string(reinterpret_cast<const char*>(&address), sizeof address);
+}
+
+std::string PrintIpv6(const std::string& bytes) {
+  char buffer[INET6_ADDRSTRLEN];
+  return inet_ntop(AF_INET6, bytes.data(), buffer, sizeof buffer);
+}
+
+std::optional<std::pair<std::string_view, uint8_t>> SplitPrefix(
+    std::string_view text, uint8_t bits) {
+  size_t slash = text.find('/');
+  if (slash == std::string_view::npos) return std::nullopt;
+  auto length = ParseNumber<uint8_t>(text.substr(slash + 1));
+  if (!length || *length > bits) return std::nullopt;
+  return std::make_pair(text.substr(0, slash), *length);
+}
+
+}  // namespace kit::text

@@ -1,0 +1,37 @@
+// Numbers as text. Parsers give nullopt for a text that is not of their form.
+#ifndef KIT_CONFD_TEXT_NUMBER_H_
+#define KIT_CONFD_TEXT_NUMBER_H_
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace kit::text {
+
+// A decimal number that fits T, with nothing before or after it.
+template <typename T>
+std::optional<T> ParseNumber(std::string_view text) {
+  T number{};
+  const char* end = text.data() + text.size();
+  if (!text.empty() && text.front() == '+') {
+    text.remove_prefix(1);
+    // from_chars would take the second sign of "+-1".
+    if (!text.empty() && text.front() == '-') return std::nullopt;
+  }
+  auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end || text.empty()) return std::nullopt;
+  return number;
+}
+
+// A number with `fraction_digits` digits after the point, scaled by
+// 10^fraction_digits. The text must be canonical.
+std::optional<int64_t> ParseDecimal64(std::string_view text,
+                                      uint8_t fraction_digits);
+std::string PrintDecimal64(int64_t scaled, uint8_t fraction_digits);
+
+}  // namespace kit::text
+
+#endif  // KIT_CONFD_TEXT_NUMBER_H_

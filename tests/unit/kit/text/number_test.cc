@@ -1,0 +1,53 @@
+#include "kit/confd/text/number.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <tuple>
+
+namespace kit::text {
+namespace {
+
+TEST(ParseNumber, TakesWhatFitsTheTypeAndNothingElse) {
+  EXPECT_EQ(ParseNumber<uint8_t>("255"), 255);
+  EXPECT_EQ(ParseNumber<uint8_t>("+5"), 5);
+  EXPECT_EQ(ParseNumber<uint8_t>("007"), 7);
+  EXPECT_EQ(ParseNumber<int8_t>("-128"), -128);
+  EXPECT_EQ(ParseNumber<int64_t>("-9223372036854775808"),
+            std::numeric_limits<int64_t>::min());
+  EXPECT_EQ(ParseNumber<uint64_t>("18446744073709551615"),
+            std::numeric_limits<uint64_t>::max());
+  for (const char* text : {"", "+", "-", "256", "-1", "1 ", " 1", "1x", "0x1",
+                           "1.0", "+-1", "++1", "-+1", "--1"}) {
+    EXPECT_EQ(ParseNumber<uint8_t>(text), std::nullopt) << text;
+  }
+  EXPECT_EQ(ParseNumber<int8_t>("+-1"), std::nullopt);
+  EXPECT_EQ(ParseNumber<int8_t>("128"), std::nullopt);
+}
+
+TEST(Decimal64, RoundTripsCanonicalText) {
+  const std::tuple<int64_t, uint8_t, const char*> cases[] = {
+      {150, 2, "1.5"},
+      {-150, 2, "-1.5"},
+      {5, 2, "0.05"},
+      {-5, 2, "-0.05"},
+      {0, 2, "0.0"},
+      {100, 2, "1.0"},
+      {123456789, 4, "12345.6789"},
+      {std::numeric_limits<int64_t>::min(), 18, "-9.223372036854775808"},
+      {std::numeric_limits<int64_t>::max(), 1, "922337203685477580.7"},
+  };
+  for (const auto& [scaled, digits, text] : cases) {
+    EXPECT_EQ(PrintDecimal64(scaled, digits), text);
+    EXPECT_EQ(ParseDecimal64(text, digits), scaled);
+  }
+  EXPECT_EQ(ParseDecimal64("1", 2), 100);
+  for (const char* text :
+       {"1.234", "x", "", "-", ".5", "1.2.3", "92233720368547758080.0"}) {
+    EXPECT_EQ(ParseDecimal64(text, 2), std::nullopt) << text;
+  }
+}
+
+}  // namespace
+}  // namespace kit::text
