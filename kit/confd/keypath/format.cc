@@ -1,3 +1,4 @@
+#include <netinet/in.h>
 #include <sys/types.h>
 
 #include <algorithm>
@@ -15,6 +16,8 @@
 
 #include "kit/confd/keypath/key_text.h"
 #include "kit/confd/keypath/keypath.h"
+#include "kit/confd/text/address.h"
+#include "kit/confd/text/number.h"
 
 namespace kit::keypath {
 namespace {
@@ -186,7 +189,7 @@ class Formatter {
   void ConvertIpv4(const Directive& directive) {
     if (!directive.bare()) Fail("%ip4 without flags, width or length");
     const in_addr address = va_arg(args_, struct in_addr);
-    AppendDottedQuad(&out_, &address);
+    text::AppendIpv4(&out_, ntohl(address.s_addr));
   }
 
   void ConvertValues(const Directive& directive) {
@@ -228,14 +231,14 @@ class Formatter {
   void ConvertSigned(Directive* directive) {
     ReadStars(directive);
     const intmax_t number = ReadSigned(directive->length);
-    if (IsPlain(*directive)) return AppendDecimal(&out_, number);
+    if (IsPlain(*directive)) return text::AppendNumber(&out_, number);
     AppendPrintf(Spec(*directive, "jd"), number);
   }
 
   void ConvertUnsigned(Directive* directive) {
     ReadStars(directive);
     const uintmax_t number = ReadUnsigned(directive->length);
-    if (IsPlain(*directive)) return AppendDecimal(&out_, number);
+    if (IsPlain(*directive)) return text::AppendNumber(&out_, number);
     AppendPrintf(Spec(*directive, "ju"), number);
   }
 
@@ -318,10 +321,10 @@ class Formatter {
     std::string spec = "%";
     spec.append(directive.flags);
     // A negative width spells the '-' flag by itself.
-    if (directive.width) AppendDecimal(&spec, *directive.width);
+    if (directive.width) text::AppendNumber(&spec, *directive.width);
     if (directive.precision) {
       spec.push_back('.');
-      AppendDecimal(&spec, *directive.precision);
+      text::AppendNumber(&spec, *directive.precision);
     }
     return spec.append(conversion);
   }

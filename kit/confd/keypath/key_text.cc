@@ -6,9 +6,13 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 #include "kit/confd/keypath/keypath.h"
+#include "kit/confd/text/address.h"
+#include "kit/confd/text/encoding.h"
+#include "kit/confd/text/number.h"
 
 namespace kit::keypath {
 namespace {
@@ -35,40 +39,34 @@ std::string_view BufView(const confd_value_t& value, const confd_buf_t& buf) {
   return {reinterpret_cast<const char*>(buf.ptr), buf.size};
 }
 
+void AppendIpv4(std::string* out, const in_addr& address) {
+  text::AppendIpv4(out, ntohl(address.s_addr));
+}
+
+void AppendDquad(std::string* out, const confd_dotted_quad& quad) {
+  in_addr address;
+  std::memcpy(&address, quad.quad, sizeof address);
+  AppendIpv4(out, address);
+}
+
 void AppendIpv6(std::string* out, const in6_addr& address) {
-  char buf[INET6_ADDRSTRLEN];
-  out->append(inet_ntop(AF_INET6, &address, buf, sizeof(buf)));
+  out->append(text::PrintIpv6(
+      {reinterpret_cast<const char*>(&address), sizeof address}));
 }
 
 void AppendPrefixLength(std::string* out, const confd_value_t& value,
                         unsigned length, unsigned max) {
   if (length > max) Reject(value, "prefix length out of range");
   out->push_back('/');
-  AppendDecimal(out, length);
+  text::AppendNumber(out, length);
 }
 
-void AppendDouble(std::string* out, double number) {
-  char buf[64];
-  const auto end =
-      std::to_chars(buf, buf + sizeof(buf), number, std::chars_format::general)
-          .ptr;
-  out->append(buf, end);
-}
-
-// All fraction digits are written: 150 with two of them is "1.50".
 void AppendDecimal64(std::string* out, const confd_value_t& value) {
   const confd_decimal64& decimal = value.val.d64;
-  const size_t fraction = decimal.fraction_digits;
-  if (fraction > kMaxFractionDigits) Reject(value, "too many fraction digits");
-  const auto bits = static_cast<uint64_t>(decimal.value);
-  // Negating as unsigned is defined for the lowest number too.
-  std::string digits = std::to_string(decimal.value < 0 ? 0 - bits : bits);
-  if (digits.size() <= fraction) {
-    digits.insert(0, fraction + 1 - digits.size(), '0');
+  if (decimal.fraction_digits > kMaxFractionDigits) {
+    Reject(value, "too many fraction digits");
   }
-  if (fraction > 0) digits.insert(digits.size() - fraction, 1, '.');
-  if (decimal.value < 0) out->push_back('-');
-  out->append(digits);
+  out->append(text::PrintFixedPoint(decimal.value, decimal.fraction_digits));
 }
 
 void AppendDay(std::string* out, int year, unsigned month, unsigned day) {
@@ -95,7 +93,7 @@ void AppendTimezone(std::string* out, int hours, int minutes) {
 void AppendDuration(std::string* out, const confd_duration& duration) {
   const auto part = [out](uint32_t amount, char unit) {
     if (amount == 0) return;
-    AppendDecimal(out, amount);
+    text::AppendNumber(out, amount);
     out->push_back(unit);
   };
   out->push_back('P');
@@ -108,7 +106,7 @@ void AppendDuration(std::string* out, const confd_duration& duration) {
     out->push_back('T');
     part(duration.hours, 'H');
     part(duration.mins, 'M');
-    if (seconds) AppendDecimal(out, duration.secs);
+    if (seconds) text::AppendNumber(out, duration.secs);
     if (duration.micros != 0) AppendPrintf(out, ".%06" PRIu32, duration.micros);
     if (seconds) out->push_back('S');
   }
@@ -123,39 +121,6 @@ void AppendQname(std::string* out, const confd_value_t& value) {
 }
 
 }  // namespace
-
-std::string Base64(std::string_view bytes) {
-  static constexpr char kAlphabet[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string out;
-  out.reserve((bytes.size() + 2) / 3 * 4);
-  for (size_t i = 0; i < bytes.size(); i += 3) {
-    const size_t present = std::min<size_t>(3, bytes.size() - i);
-    uint32_t group = 0;
-    for (size_t j = 0; j < 3; ++j) {
-      group <<= 8;
-      if (j < present) group |= static_cast<unsigned char>(bytes[i + j]);
-    }
-    for (size_t j = 0; j < 4; ++j) {
-      out.push_back(j <= present ? kAlphabet[(group >> (18 - 6 * j)) & 63]
-                                 : '=');
-    }
-  }
-  return out;
-}
-
-std::string HexString(std::string_view bytes) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::string out;
-  out.reserve(bytes.size() * 3);
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (!out.empty()) out.push_back(':');
-    out.push_back(kDigits[byte >> 4]);
-    out.push_back(kDigits[byte & 15]);
-  }
-  return out;
-}
 
 void AppendQuotedKey(std::string* out, std::string_view key) {
   if (!key.empty() && std::all_of(key.begin(), key.end(), IsPlainKeyChar)) {
@@ -182,14 +147,6 @@ void AppendQuotedKey(std::string* out, std::string_view key) {
   out->push_back('"');
 }
 
-void AppendDottedQuad(std::string* out, const void* bytes) {
-  const auto* quad = static_cast<const unsigned char*>(bytes);
-  for (int i = 0; i < 4; ++i) {
-    if (i > 0) out->push_back('.');
-    AppendDecimal(out, static_cast<unsigned>(quad[i]));
-  }
-}
-
 void AppendValueKey(std::string* out, const confd_value_t& value) {
   const auto& val = value.val;
   switch (value.type) {
@@ -199,25 +156,25 @@ void AppendValueKey(std::string* out, const confd_value_t& value) {
     case C_BUF:
       return AppendQuotedKey(out, BufView(value, val.buf));
     case C_INT8:
-      return AppendDecimal(out, static_cast<int>(val.i8));
+      return text::AppendNumber(out, static_cast<int>(val.i8));
     case C_INT16:
-      return AppendDecimal(out, val.i16);
+      return text::AppendNumber(out, val.i16);
     case C_INT32:
-      return AppendDecimal(out, val.i32);
+      return text::AppendNumber(out, val.i32);
     case C_INT64:
-      return AppendDecimal(out, val.i64);
+      return text::AppendNumber(out, val.i64);
     case C_UINT8:
-      return AppendDecimal(out, static_cast<unsigned>(val.u8));
+      return text::AppendNumber(out, static_cast<unsigned>(val.u8));
     case C_UINT16:
-      return AppendDecimal(out, val.u16);
+      return text::AppendNumber(out, val.u16);
     case C_UINT32:
-      return AppendDecimal(out, val.u32);
+      return text::AppendNumber(out, val.u32);
     case C_UINT64:
-      return AppendDecimal(out, val.u64);
+      return text::AppendNumber(out, val.u64);
     case C_DOUBLE:
-      return AppendDouble(out, val.d);
+      return text::AppendDouble(out, val.d);
     case C_IPV4:
-      return AppendDottedQuad(out, &val.ip);
+      return AppendIpv4(out, val.ip);
     case C_IPV6:
       return AppendIpv6(out, val.ip6);
     case C_BOOL:
@@ -242,18 +199,18 @@ void AppendValueKey(std::string* out, const confd_value_t& value) {
     case C_DURATION:
       return AppendDuration(out, val.duration);
     case C_ENUM_VALUE:
-      return AppendDecimal(out, val.enumvalue);
+      return text::AppendNumber(out, val.enumvalue);
     case C_BIT32:
-      return AppendDecimal(out, val.b32);
+      return text::AppendNumber(out, val.b32);
     case C_BIT64:
-      return AppendDecimal(out, val.b64);
+      return text::AppendNumber(out, val.b64);
     case C_BINARY:
-      return AppendQuotedKey(out, Base64(BufView(value, val.buf)));
+      return AppendQuotedKey(out, text::PrintBase64(BufView(value, val.buf)));
     case C_HEXSTR:
-      return AppendQuotedKey(out, HexString(BufView(value, val.buf)));
+      return AppendQuotedKey(out, text::PrintHex(BufView(value, val.buf)));
     case C_IPV4PREFIX:
     case C_IPV4_AND_PLEN:
-      AppendDottedQuad(out, &val.ipv4prefix.ip);
+      AppendIpv4(out, val.ipv4prefix.ip);
       return AppendPrefixLength(out, value, val.ipv4prefix.len, 32);
     case C_IPV6PREFIX:
     case C_IPV6_AND_PLEN:
@@ -262,11 +219,11 @@ void AppendValueKey(std::string* out, const confd_value_t& value) {
     case C_DECIMAL64:
       return AppendDecimal64(out, value);
     case C_IDENTITYREF:
-      AppendDecimal(out, val.idref.ns);
+      text::AppendNumber(out, val.idref.ns);
       out->push_back(':');
-      return AppendDecimal(out, val.idref.id);
+      return text::AppendNumber(out, val.idref.id);
     case C_DQUAD:
-      return AppendDottedQuad(out, val.dquad.quad);
+      return AppendDquad(out, val.dquad);
     case C_EMPTY:
       return AppendQuotedKey(out, {});
     default:

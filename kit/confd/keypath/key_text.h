@@ -4,8 +4,6 @@
 
 #include <confd_lib.h>
 
-#include <charconv>
-#include <limits>
 #include <string>
 #include <string_view>
 
@@ -23,23 +21,6 @@ void AppendQuotedKey(std::string* out, std::string_view key);
 
 // Appends ValueToKey(value); throws like it, leaving `out` unspecified.
 void AppendValueKey(std::string* out, const confd_value_t& value);
-
-// Appends four bytes in network order as "a.b.c.d".
-void AppendDottedQuad(std::string* out, const void* bytes);
-
-// RFC 4648, padded.
-std::string Base64(std::string_view bytes);
-
-// "0a:1b:2c".
-std::string HexString(std::string_view bytes);
-
-template <typename Integer>
-void AppendDecimal(std::string* out, Integer number) {
-  // Sign, and one digit more than digits10 promises.
-  char digits[std::numeric_limits<Integer>::digits10 + 2];
-  const auto end = std::to_chars(digits, digits + sizeof(digits), number).ptr;
-  out->append(digits, end);
-}
 
 }  // namespace kit::keypath
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "kit/confd/keypath/key_text.h"
+#include "kit/confd/text/number.h"
 
 namespace kit::keypath {
 namespace {
@@ -192,7 +193,7 @@ void AppendStep(std::string* out, const Step& step) {
     }
     case Selector::kPosition:
       out->push_back('[');
-      AppendDecimal(out, step.position);
+      text::AppendNumber(out, step.position);
       out->push_back(']');
       return;
   }

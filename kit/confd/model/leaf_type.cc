@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "kit/confd/keypath/key_text.h"
 #include "kit/confd/model/error.h"
 #include "kit/confd/model/typedef_chain.h"
 #include "kit/confd/text/address.h"
@@ -529,7 +528,7 @@ std::string LeafType::PrintBits(const Value& value) const {
                      ? left.find_first_not_of('\0') != std::string::npos
                      : (value.bits() & ~known) != 0;
   if (unknown) {
-    Reject(value.type() == ValueType::kBitbig ? keypath::HexString(value.text())
+    Reject(value.type() == ValueType::kBitbig ? text::PrintHex(value.text())
                                               : std::to_string(value.bits()),
            "it sets a bit without a name");
   }
@@ -601,9 +600,9 @@ std::string LeafType::Print(const Value& value) const {
       }
       return text::PrintDecimal64(value.signed_bits(), fraction_digits_);
     case ValueType::kBinary:
-      return keypath::Base64(value.text());
+      return text::PrintBase64(value.text());
     case ValueType::kHexstr:
-      return keypath::HexString(value.text());
+      return text::PrintHex(value.text());
     case ValueType::kEmpty:
       return "";
     default:

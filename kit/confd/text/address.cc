@@ -21,10 +21,16 @@ std::optional<uint32_t> ParseIpv4(std::string_view text) {
 }
 
 std::string PrintIpv4(uint32_t address) {
-  char buffer[INET_ADDRSTRLEN];
-  in_addr raw;
-  raw.s_addr = htonl(address);
-  return inet_ntop(AF_INET, &raw, buffer, sizeof buffer);
+  std::string text;
+  AppendIpv4(&text, address);
+  return text;
+}
+
+void AppendIpv4(std::string* out, uint32_t address) {
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    if (shift < 24) out->push_back('.');
+    AppendNumber(out, address >> shift & 0xff);
+  }
 }
 
 std::optional<std::string> ParseIpv6(std::string_view text) {
@@ -37,7 +43,7 @@ std::optional<std::string> ParseIpv6(std::string_view text) {
   return std::string(reinterpret_cast<const char*>(&address), sizeof address);
 }
 
-std::string PrintIpv6(const std::string& bytes) {
+std::string PrintIpv6(std::string_view bytes) {
   char buffer[INET6_ADDRSTRLEN];
   return inet_ntop(AF_INET6, bytes.data(), buffer, sizeof buffer);
 }

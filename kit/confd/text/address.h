@@ -14,10 +14,11 @@ namespace kit::text {
 // Host byte order.
 std::optional<uint32_t> ParseIpv4(std::string_view text);
 std::string PrintIpv4(uint32_t address);
+void AppendIpv4(std::string* out, uint32_t address);
 
 // The address's 16 bytes.
 std::optional<std::string> ParseIpv6(std::string_view text);
-std::string PrintIpv6(const std::string& bytes);
+std::string PrintIpv6(std::string_view bytes);
 
 // "ADDRESS/LENGTH" into its halves, the length at most `bits`.
 std::optional<std::pair<std::string_view, uint8_t>> SplitPrefix(

@@ -1,5 +1,6 @@
 #include "kit/confd/text/encoding.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -49,6 +50,24 @@ std::optional<std::string> ParseBase64(std::string_view text) {
   return bytes;
 }
 
+std::string PrintBase64(std::string_view bytes) {
+  std::string out;
+  out.reserve((bytes.size() + 2) / 3 * 4);
+  for (size_t i = 0; i < bytes.size(); i += 3) {
+    const size_t present = std::min<size_t>(3, bytes.size() - i);
+    uint32_t group = 0;
+    for (size_t j = 0; j < 3; ++j) {
+      group <<= 8;
+      if (j < present) group |= static_cast<unsigned char>(bytes[i + j]);
+    }
+    for (size_t j = 0; j < 4; ++j) {
+      out.push_back(j <= present ? kBase64Digits[(group >> (18 - 6 * j)) & 63]
+                                 : '=');
+    }
+  }
+  return out;
+}
+
 std::optional<std::string> ParseHex(std::string_view text) {
   std::string bytes;
   for (size_t i = 0; i < text.size(); i += 3) {
@@ -61,6 +80,19 @@ std::optional<std::string> ParseHex(std::string_view text) {
     bytes.push_back(static_cast<char>(high << 4 | low));
   }
   return bytes;
+}
+
+std::string PrintHex(std::string_view bytes) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string out;
+  out.reserve(bytes.size() * 3);
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (!out.empty()) out.push_back(':');
+    out.push_back(kDigits[byte >> 4]);
+    out.push_back(kDigits[byte & 15]);
+  }
+  return out;
 }
 
 }  // namespace kit::text

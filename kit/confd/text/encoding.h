@@ -8,10 +8,13 @@
 
 namespace kit::text {
 
+// RFC 4648, padded.
 std::optional<std::string> ParseBase64(std::string_view text);
+std::string PrintBase64(std::string_view bytes);
 
 // "0a:1b:2c".
 std::optional<std::string> ParseHex(std::string_view text);
+std::string PrintHex(std::string_view bytes);
 
 }  // namespace kit::text
 

@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,11 +27,24 @@ std::optional<T> ParseNumber(std::string_view text) {
   return number;
 }
 
+template <typename Integer>
+void AppendNumber(std::string* out, Integer number) {
+  // Sign, and one digit more than digits10 promises.
+  char digits[std::numeric_limits<Integer>::digits10 + 2];
+  const auto end = std::to_chars(digits, digits + sizeof(digits), number).ptr;
+  out->append(digits, end);
+}
+
+// The shortest text that reads back the same.
+void AppendDouble(std::string* out, double number);
+
 // A number with `fraction_digits` digits after the point, scaled by
 // 10^fraction_digits. The text must be canonical.
 std::optional<int64_t> ParseDecimal64(std::string_view text,
                                       uint8_t fraction_digits);
 std::string PrintDecimal64(int64_t scaled, uint8_t fraction_digits);
+// The same with all digits: 150 with two of them is "1.50", not "1.5".
+std::string PrintFixedPoint(int64_t scaled, uint8_t fraction_digits);
 
 }  // namespace kit::text
 

@@ -5,8 +5,6 @@
 #include <string>
 #include <utility>
 
-#include "kit/confd/keypath/key_text.h"
-
 namespace kit::text {
 namespace {
 
@@ -22,7 +20,7 @@ TEST(Base64, RoundTrips) {
       {std::string("\0\xff\0", 3), "AP8A"},
   };
   for (const auto& [bytes, text] : cases) {
-    EXPECT_EQ(keypath::Base64(bytes), text);
+    EXPECT_EQ(PrintBase64(bytes), text);
     EXPECT_EQ(ParseBase64(text), bytes);
   }
   EXPECT_EQ(ParseBase64("Zm\n9v"), "foo");
@@ -33,9 +31,9 @@ TEST(Base64, RoundTrips) {
 }
 
 TEST(Hex, RoundTrips) {
-  EXPECT_EQ(keypath::HexString(std::string("\x0a\xff\x00", 3)), "0a:ff:00");
+  EXPECT_EQ(PrintHex(std::string("\x0a\xff\x00", 3)), "0a:ff:00");
   EXPECT_EQ(ParseHex("0A:ff:00"), std::string("\x0a\xff\x00", 3));
-  EXPECT_EQ(keypath::HexString(""), "");
+  EXPECT_EQ(PrintHex(""), "");
   EXPECT_EQ(ParseHex(""), "");
   for (const char* text : {"0", "0a:", ":0a", "0a:f", "0aff", "0g", "0a-ff"}) {
     EXPECT_EQ(ParseHex(text), std::nullopt) << text;

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
+#include <string>
 #include <tuple>
 
 namespace kit::text {
@@ -46,6 +48,40 @@ TEST(Decimal64, RoundTripsCanonicalText) {
   for (const char* text :
        {"1.234", "x", "", "-", ".5", "1.2.3", "92233720368547758080.0"}) {
     EXPECT_EQ(ParseDecimal64(text, 2), std::nullopt) << text;
+  }
+}
+
+TEST(FixedPoint, HasAllItsFractionDigits) {
+  EXPECT_EQ(PrintFixedPoint(150, 2), "1.50");
+  EXPECT_EQ(PrintFixedPoint(-5, 2), "-0.05");
+  EXPECT_EQ(PrintFixedPoint(0, 1), "0.0");
+  EXPECT_EQ(PrintFixedPoint(7, 0), "7");
+  EXPECT_EQ(PrintFixedPoint(std::numeric_limits<int64_t>::min(), 18),
+            "-9.223372036854775808");
+}
+
+TEST(AppendNumber, WritesTheWholeRange) {
+  std::string text = "<";
+  AppendNumber(&text, std::numeric_limits<int64_t>::min());
+  text += ' ';
+  AppendNumber(&text, std::numeric_limits<uint64_t>::max());
+  text += ' ';
+  AppendNumber(&text, int8_t{-128});
+  EXPECT_EQ(text, "<-9223372036854775808 18446744073709551615 -128");
+}
+
+TEST(AppendDouble, WritesTheShortestTextThatReadsBackTheSame) {
+  const auto print = [](double number) {
+    std::string text;
+    AppendDouble(&text, number);
+    return text;
+  };
+  EXPECT_EQ(print(0.5), "0.5");
+  EXPECT_EQ(print(-2), "-2");
+  EXPECT_EQ(print(0.1), "0.1");
+  for (double number :
+       {1.0 / 3, 1e300, -5e-324, std::numeric_limits<double>::max()}) {
+    EXPECT_EQ(std::strtod(print(number).c_str(), nullptr), number);
   }
 }
 
