@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "kit/confd/keypath/key_text.h"
 #include "kit/confd/keypath/keypath.h"
 
 namespace keypath = kit::keypath;

@@ -5,6 +5,7 @@
 #include <new>
 #include <system_error>
 
+#include "kit/confd/api/path_format.h"
 #include "kit/confd/model/error.h"
 
 namespace kit::api {
@@ -107,7 +108,7 @@ int SetError(int error, const std::string& text) {
 }
 
 std::string FormatPath(const Scope* scope, const char* fmt, va_list args) {
-  return keypath::Format(
+  return FormatKeyPath(
       fmt, args,
       [&](std::string_view list_path, size_t key,
           int32_t number) -> std::optional<std::string> {

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <new>
 
-#include "kit/confd/keypath/keypath.h"
+#include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
 
 namespace kit::api {
@@ -449,7 +449,7 @@ std::string Describe(const confd_value_t& value) {
       break;
   }
   try {
-    return text + " " + keypath::ValueToKey(value);
+    return text + " " + ValueToKey(value);
   } catch (const std::exception&) {
     return text + " ?";
   }

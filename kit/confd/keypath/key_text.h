@@ -1,8 +1,6 @@
-// Pieces of key text that the parser and the formatter share.
+// Keys as they stand between the braces of a path.
 #ifndef KIT_CONFD_KEYPATH_KEY_TEXT_H_
 #define KIT_CONFD_KEYPATH_KEY_TEXT_H_
-
-#include <confd_lib.h>
 
 #include <string>
 #include <string_view>
@@ -16,11 +14,13 @@ constexpr bool IsPlainKeyChar(char c) {
          c != '\\';
 }
 
+// In double quotes with backslash escapes if the key is empty or holds a
+// character that no plain key may hold, else unchanged. Control characters
+// without an escape stay as they are, in quotes.
+std::string QuoteKey(std::string_view key);
+
 // Appends QuoteKey(key).
 void AppendQuotedKey(std::string* out, std::string_view key);
-
-// Appends ValueToKey(value); throws like it, leaving `out` unspecified.
-void AppendValueKey(std::string* out, const confd_value_t& value);
 
 }  // namespace kit::keypath
 

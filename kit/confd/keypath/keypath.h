@@ -12,13 +12,8 @@
 #ifndef KIT_CONFD_KEYPATH_KEYPATH_H_
 #define KIT_CONFD_KEYPATH_KEYPATH_H_
 
-#include <confd_lib.h>
-
-#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -69,40 +64,6 @@ Path Parse(std::string_view text);
 // The canonical text of a path: single blanks between keys, quotes only where
 // needed. Parse(ToString(p)) == p for every path that Parse can return.
 std::string ToString(const Path& path);
-
-// The key as it must stand between braces: in double quotes with backslash
-// escapes if it is empty or holds a character that no plain key may hold, else
-// unchanged. Control characters without an escape stay as they are, in quotes.
-std::string QuoteKey(std::string_view key);
-
-// Names the enum constant `number` of key `key_index` (from 0) of the list
-// whose path text, up to its '{', is `list_path`; nullopt: unknown. The view
-// is valid during the call only.
-using EnumNamer = std::function<std::optional<std::string>(
-    std::string_view list_path, size_t key_index, int32_t number)>;
-
-// Formats a key path of any length. Directives, which may stand anywhere:
-//
-//   %d %i %u %c %s   like printf with its flags, width, precision and the
-//                    length modifiers hh h l ll j z t (integers only); %s
-//                    inserts its text unquoted, so it may hold path syntax
-//   %x               const confd_value_t *, in key form
-//   %*x              int count, const confd_value_t *array: blank-separated
-//   %ip4             struct in_addr by value, as a dotted quad
-//   %%               a percent sign
-//
-// Enumeration values inside braces are written by the name that `namer` gives,
-// by number where it gives none or is empty. Leaves `args` of the caller
-// untouched.
-//
-// Throws SyntaxError, with offsets into `fmt`, for an unknown directive, for
-// a null `fmt` or pointer argument and for a value that can't be a key.
-std::string Format(const char* fmt, va_list args, const EnumNamer& namer);
-
-// The key form of one value, quoted where needed; enumerations as decimal
-// numbers. Throws std::invalid_argument for types that can't be a key
-// (C_NOEXISTS, C_LIST, C_XMLTAG, ...) and for malformed values.
-std::string ValueToKey(const confd_value_t& value);
 
 }  // namespace kit::keypath
 

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <iterator>
 
-#include "kit/confd/keypath/keypath.h"
+#include "kit/confd/keypath/key_text.h"
 
 namespace kit::store {
 namespace {

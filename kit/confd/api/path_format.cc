@@ -1,3 +1,6 @@
+#include "kit/confd/api/path_format.h"
+
+#include <confd_lib.h>
 #include <netinet/in.h>
 #include <sys/types.h>
 
@@ -14,13 +17,16 @@
 #include <system_error>
 #include <utility>
 
+#include "kit/confd/api/value_text.h"
 #include "kit/confd/keypath/key_text.h"
 #include "kit/confd/keypath/keypath.h"
 #include "kit/confd/text/address.h"
 #include "kit/confd/text/number.h"
 
-namespace kit::keypath {
+namespace kit::api {
 namespace {
+
+using keypath::SyntaxError;
 
 enum class Length { kInt, kChar, kShort, kLong, kLongLong, kMax, kSize, kDiff };
 
@@ -224,7 +230,7 @@ class Formatter {
     if (!key) return false;
     const auto name = namer_(key->list_path, key->index, number);
     if (!name) return false;
-    AppendQuotedKey(&out_, *name);
+    keypath::AppendQuotedKey(&out_, *name);
     return true;
   }
 
@@ -350,9 +356,10 @@ class Formatter {
 
 }  // namespace
 
-std::string Format(const char* fmt, va_list args, const EnumNamer& namer) {
+std::string FormatKeyPath(const char* fmt, va_list args,
+                          const EnumNamer& namer) {
   if (fmt == nullptr) throw SyntaxError("", 0, "a format other than NULL");
   return Formatter(fmt, args, namer).Run();
 }
 
-}  // namespace kit::keypath
+}  // namespace kit::api

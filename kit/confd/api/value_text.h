@@ -1,0 +1,21 @@
+// Values of the C API as they stand in key paths.
+#ifndef KIT_CONFD_API_VALUE_TEXT_H_
+#define KIT_CONFD_API_VALUE_TEXT_H_
+
+#include <confd_lib.h>
+
+#include <string>
+
+namespace kit::api {
+
+// The key form of one value, quoted where needed; enumerations as decimal
+// numbers. Throws std::invalid_argument for types that can't be a key
+// (C_NOEXISTS, C_LIST, C_XMLTAG, ...) and for malformed values.
+std::string ValueToKey(const confd_value_t& value);
+
+// Appends ValueToKey(value); throws like it, leaving `out` unspecified.
+void AppendValueKey(std::string* out, const confd_value_t& value);
+
+}  // namespace kit::api
+
+#endif  // KIT_CONFD_API_VALUE_TEXT_H_
