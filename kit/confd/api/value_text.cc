@@ -2,14 +2,12 @@
 
 #include <arpa/inet.h>
 
-#include <cinttypes>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
 #include "kit/confd/keypath/key_text.h"
 #include "kit/confd/text/address.h"
+#include "kit/confd/text/date.h"
 #include "kit/confd/text/encoding.h"
 #include "kit/confd/text/number.h"
 
@@ -19,19 +17,10 @@ namespace {
 using keypath::AppendQuotedKey;
 
 constexpr unsigned kMaxFractionDigits = 18;
-constexpr int kMaxTimezoneHours = 14;
 
 [[noreturn]] void Reject(const confd_value_t& value, const char* reason) {
   throw std::invalid_argument("value of type " + std::to_string(value.type) +
                               " can't be a key: " + reason);
-}
-
-// printf for the short, fixed forms below.
-template <typename... Args>
-void AppendPrintf(std::string* out, const char* fmt, Args... args) {
-  char buf[128];
-  const int length = std::snprintf(buf, sizeof(buf), fmt, args...);
-  out->append(buf, static_cast<size_t>(length));
 }
 
 std::string_view BufView(const confd_value_t& value, const confd_buf_t& buf) {
@@ -70,48 +59,20 @@ void AppendDecimal64(std::string* out, const confd_value_t& value) {
   out->append(text::PrintFixedPoint(decimal.value, decimal.fraction_digits));
 }
 
-void AppendDay(std::string* out, int year, unsigned month, unsigned day) {
-  AppendPrintf(out, "%04d-%02u-%02u", year, month, day);
+// confd_datetime, confd_date and confd_time share these members.
+template <typename T>
+void AppendDay(std::string* out, const T& date) {
+  text::AppendDay(out, {date.year, date.month, date.day});
 }
 
-void AppendClock(std::string* out, unsigned hour, unsigned min, unsigned sec,
-                 uint32_t micro) {
-  AppendPrintf(out, "%02u:%02u:%02u", hour, min, sec);
-  if (micro != 0) AppendPrintf(out, ".%06" PRIu32, micro);
+template <typename T>
+void AppendClock(std::string* out, const T& time) {
+  text::AppendClock(out, {time.hour, time.min, time.sec, time.micro});
 }
 
-// Hours no place on earth has stand for "no time zone".
-void AppendTimezone(std::string* out, int hours, int minutes) {
-  if (std::abs(hours) > kMaxTimezoneHours) return;
-  if (hours == 0 && minutes == 0) {
-    out->push_back('Z');
-    return;
-  }
-  AppendPrintf(out, "%c%02d:%02d", hours < 0 || minutes < 0 ? '-' : '+',
-               std::abs(hours), std::abs(minutes));
-}
-
-void AppendDuration(std::string* out, const confd_duration& duration) {
-  const auto part = [out](uint32_t amount, char unit) {
-    if (amount == 0) return;
-    text::AppendNumber(out, amount);
-    out->push_back(unit);
-  };
-  out->push_back('P');
-  const size_t begin = out->size();
-  part(duration.years, 'Y');
-  part(duration.months, 'M');
-  part(duration.days, 'D');
-  const bool seconds = duration.secs != 0 || duration.micros != 0;
-  if (duration.hours != 0 || duration.mins != 0 || seconds) {
-    out->push_back('T');
-    part(duration.hours, 'H');
-    part(duration.mins, 'M');
-    if (seconds) text::AppendNumber(out, duration.secs);
-    if (duration.micros != 0) AppendPrintf(out, ".%06" PRIu32, duration.micros);
-    if (seconds) out->push_back('S');
-  }
-  if (out->size() == begin) out->append("T0S");
+template <typename T>
+void AppendZone(std::string* out, const T& time) {
+  text::AppendShortZone(out, {time.timezone, time.timezone_minutes});
 }
 
 void AppendQname(std::string* out, const confd_value_t& value) {
@@ -159,21 +120,22 @@ void AppendValueKey(std::string* out, const confd_value_t& value) {
     case C_QNAME:
       return AppendQname(out, value);
     case C_DATETIME:
-      AppendDay(out, val.datetime.year, val.datetime.month, val.datetime.day);
+      AppendDay(out, val.datetime);
       out->push_back('T');
-      AppendClock(out, val.datetime.hour, val.datetime.min, val.datetime.sec,
-                  val.datetime.micro);
-      return AppendTimezone(out, val.datetime.timezone,
-                            val.datetime.timezone_minutes);
+      AppendClock(out, val.datetime);
+      return AppendZone(out, val.datetime);
     case C_DATE:
-      AppendDay(out, val.date.year, val.date.month, val.date.day);
-      return AppendTimezone(out, val.date.timezone, val.date.timezone_minutes);
+      AppendDay(out, val.date);
+      return AppendZone(out, val.date);
     case C_TIME:
-      AppendClock(out, val.time.hour, val.time.min, val.time.sec,
-                  val.time.micro);
-      return AppendTimezone(out, val.time.timezone, val.time.timezone_minutes);
-    case C_DURATION:
-      return AppendDuration(out, val.duration);
+      AppendClock(out, val.time);
+      return AppendZone(out, val.time);
+    case C_DURATION: {
+      const confd_duration& all = val.duration;
+      return text::AppendDuration(
+          out, {all.years, all.months, all.days, all.hours, all.mins, all.secs,
+                all.micros});
+    }
     case C_ENUM_VALUE:
       return text::AppendNumber(out, val.enumvalue);
     case C_BIT32:

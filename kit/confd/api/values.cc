@@ -9,6 +9,7 @@
 
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
+#include "kit/confd/text/date.h"
 
 namespace kit::api {
 namespace {
@@ -121,50 +122,24 @@ std::string BytesOf(const in6_addr& address) {
   return {reinterpret_cast<const char*>(&address), sizeof address};
 }
 
-// "2026-11-20T21:47:00.5+01:00", which libyang has checked.
-confd_datetime ParseDatetime(const std::string& text) {
-  confd_datetime datetime{};
-  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, end = 0;
-  std::sscanf(text.c_str(), "%d-%d-%dT%d:%d:%d%n", &year, &month, &day, &hour,
-              &minute, &second, &end);
-  datetime.year = static_cast<int16_t>(year);
-  datetime.month = static_cast<uint8_t>(month);
-  datetime.day = static_cast<uint8_t>(day);
-  datetime.hour = static_cast<uint8_t>(hour);
-  datetime.min = static_cast<uint8_t>(minute);
-  datetime.sec = static_cast<uint8_t>(second);
-  std::string rest = text.substr(static_cast<size_t>(end));
-  if (!rest.empty() && rest[0] == '.') {
-    size_t digits = rest.find_first_not_of("0123456789", 1);
-    std::string fraction = (rest.substr(1, digits - 1) + "000000").substr(0, 6);
-    datetime.micro = static_cast<uint32_t>(std::stoul(fraction));
-    rest = digits == std::string::npos ? "" : rest.substr(digits);
-  }
-  int zone_hours = 0, zone_minutes = 0;
-  if (std::sscanf(rest.c_str(), "%d:%d", &zone_hours, &zone_minutes) == 2) {
-    datetime.timezone = static_cast<int8_t>(zone_hours);
-    datetime.timezone_minutes =
-        static_cast<int8_t>(rest[0] == '-' ? -zone_minutes : zone_minutes);
-  }
-  return datetime;
+confd_datetime ToC(const text::DateTime& from) {
+  confd_datetime to{};
+  to.year = static_cast<int16_t>(from.day.year);
+  to.month = static_cast<uint8_t>(from.day.month);
+  to.day = static_cast<uint8_t>(from.day.day);
+  to.hour = static_cast<uint8_t>(from.clock.hour);
+  to.min = static_cast<uint8_t>(from.clock.minute);
+  to.sec = static_cast<uint8_t>(from.clock.second);
+  to.micro = from.clock.micros;
+  to.timezone = static_cast<int8_t>(from.zone.hours);
+  to.timezone_minutes = static_cast<int8_t>(from.zone.minutes);
+  return to;
 }
 
-std::string PrintDatetime(const confd_datetime& datetime) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02u:%02u:%02u",
-                datetime.year, unsigned{datetime.month}, unsigned{datetime.day},
-                unsigned{datetime.hour}, unsigned{datetime.min},
-                unsigned{datetime.sec});
-  std::string result = text;
-  if (datetime.micro != 0) {
-    std::snprintf(text, sizeof text, ".%06u", datetime.micro);
-    result += text;
-  }
-  bool west = datetime.timezone < 0 || datetime.timezone_minutes < 0;
-  std::snprintf(text, sizeof text, "%c%02d:%02d", west ? '-' : '+',
-                std::abs(datetime.timezone),
-                std::abs(datetime.timezone_minutes));
-  return result + text;
+std::string PrintDatetime(const confd_datetime& from) {
+  return text::PrintDateTime({{from.year, from.month, from.day},
+                              {from.hour, from.min, from.sec, from.micro},
+                              {from.timezone, from.timezone_minutes}});
 }
 
 std::string Quote(std::string_view bytes) {
@@ -260,7 +235,7 @@ confd_value_t ToC(const Value& value) {
       c.val.idref.id = static_cast<uint32_t>(value.bits());
       break;
     case ValueType::kDatetime:
-      c.val.datetime = ParseDatetime(value.text());
+      c.val.datetime = ToC(text::ParseDateTime(value.text()));
       break;
     case ValueType::kBuf:
     case ValueType::kBinary:
