@@ -5,20 +5,6 @@
 namespace kit::store {
 namespace {
 
-bool IsSigned(ValueType type) {
-  switch (type) {
-    case ValueType::kInt8:
-    case ValueType::kInt16:
-    case ValueType::kInt32:
-    case ValueType::kInt64:
-    case ValueType::kEnum:
-    case ValueType::kDecimal64:
-      return true;
-    default:
-      return false;
-  }
-}
-
 template <typename T>
 int CompareNumbers(T a, T b) {
   if (a < b) return -1;
@@ -26,74 +12,6 @@ int CompareNumbers(T a, T b) {
 }
 
 }  // namespace
-
-const char* TypeName(ValueType type) {
-  switch (type) {
-    case ValueType::kNoExists:
-      return "C_NOEXISTS";
-    case ValueType::kXmlTag:
-      return "C_XMLTAG";
-    case ValueType::kBuf:
-      return "C_BUF";
-    case ValueType::kInt8:
-      return "C_INT8";
-    case ValueType::kInt16:
-      return "C_INT16";
-    case ValueType::kInt32:
-      return "C_INT32";
-    case ValueType::kInt64:
-      return "C_INT64";
-    case ValueType::kUint8:
-      return "C_UINT8";
-    case ValueType::kUint16:
-      return "C_UINT16";
-    case ValueType::kUint32:
-      return "C_UINT32";
-    case ValueType::kUint64:
-      return "C_UINT64";
-    case ValueType::kIpv4:
-      return "C_IPV4";
-    case ValueType::kIpv6:
-      return "C_IPV6";
-    case ValueType::kBool:
-      return "C_BOOL";
-    case ValueType::kDatetime:
-      return "C_DATETIME";
-    case ValueType::kEnum:
-      return "C_ENUM_VALUE";
-    case ValueType::kBit32:
-      return "C_BIT32";
-    case ValueType::kBit64:
-      return "C_BIT64";
-    case ValueType::kList:
-      return "C_LIST";
-    case ValueType::kObjectRef:
-      return "C_OBJECTREF";
-    case ValueType::kBinary:
-      return "C_BINARY";
-    case ValueType::kIpv4Prefix:
-      return "C_IPV4PREFIX";
-    case ValueType::kIpv6Prefix:
-      return "C_IPV6PREFIX";
-    case ValueType::kDecimal64:
-      return "C_DECIMAL64";
-    case ValueType::kIdentityref:
-      return "C_IDENTITYREF";
-    case ValueType::kDquad:
-      return "C_DQUAD";
-    case ValueType::kHexstr:
-      return "C_HEXSTR";
-    case ValueType::kIpv4AndPlen:
-      return "C_IPV4_AND_PLEN";
-    case ValueType::kIpv6AndPlen:
-      return "C_IPV6_AND_PLEN";
-    case ValueType::kBitbig:
-      return "C_BITBIG";
-    case ValueType::kEmpty:
-      return "C_EMPTY";
-  }
-  return "C_?";
-}
 
 Value Value::Number(ValueType type, uint64_t bits, uint8_t length) {
   Value value;

@@ -8,45 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include "kit/confd/model/value_type.h"
+
 namespace kit::store {
-
-// The numbers are those of enum confd_vtype in confd_lib.h.
-enum class ValueType : uint8_t {
-  kNoExists = 1,
-  kXmlTag = 2,
-  kBuf = 5,
-  kInt8 = 6,
-  kInt16 = 7,
-  kInt32 = 8,
-  kInt64 = 9,
-  kUint8 = 10,
-  kUint16 = 11,
-  kUint32 = 12,
-  kUint64 = 13,
-  kIpv4 = 15,
-  kIpv6 = 16,
-  kBool = 17,
-  kDatetime = 19,
-  kEnum = 28,
-  kBit32 = 29,
-  kBit64 = 30,
-  kList = 31,
-  kObjectRef = 34,
-  kBinary = 39,
-  kIpv4Prefix = 40,
-  kIpv6Prefix = 41,
-  kDecimal64 = 43,
-  kIdentityref = 44,
-  kDquad = 46,
-  kHexstr = 47,
-  kIpv4AndPlen = 48,
-  kIpv6AndPlen = 49,
-  kBitbig = 50,
-  kEmpty = 53,
-};
-
-// "C_UINT32" for kUint32.
-const char* TypeName(ValueType type);
 
 // Which members count depends on the type; Compare and == look at all of them.
 class Value {
