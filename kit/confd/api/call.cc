@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "kit/confd/api/path_format.h"
+#include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
 
 namespace kit::api {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kit/confd/api/call.h"
+#include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
 
 namespace store = kit::store;

@@ -2,12 +2,16 @@
 
 #include <arpa/inet.h>
 
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
+#include <type_traits>
 
+#include "kit/confd/api/c_types.h"
 #include "kit/confd/keypath/key_text.h"
 #include "kit/confd/text/address.h"
-#include "kit/confd/text/date.h"
 #include "kit/confd/text/encoding.h"
 #include "kit/confd/text/number.h"
 
@@ -15,157 +19,284 @@ namespace kit::api {
 namespace {
 
 using keypath::AppendQuotedKey;
+using store::RowOf;
+using store::TextForm;
+using store::ValueType;
+
+template <TextForm form>
+using FormConstant = std::integral_constant<TextForm, form>;
 
 constexpr unsigned kMaxFractionDigits = 18;
 
-[[noreturn]] void Reject(const confd_value_t& value, const char* reason) {
-  throw std::invalid_argument("value of type " + std::to_string(value.type) +
+[[noreturn]] void Reject(int type, const char* reason) {
+  throw std::invalid_argument("value of type " + std::to_string(type) +
                               " can't be a key: " + reason);
 }
 
-std::string_view BufView(const confd_value_t& value, const confd_buf_t& buf) {
-  if (buf.size == 0) return {};
-  if (buf.ptr == nullptr) Reject(value, "null buffer");
-  return {reinterpret_cast<const char*>(buf.ptr), buf.size};
+[[noreturn]] void Reject(ValueType type, const char* reason) {
+  Reject(static_cast<int>(type), reason);
 }
 
-void AppendIpv4(std::string* out, const in_addr& address) {
-  text::AppendIpv4(out, ntohl(address.s_addr));
-}
-
-void AppendDquad(std::string* out, const confd_dotted_quad& quad) {
-  in_addr address;
-  std::memcpy(&address, quad.quad, sizeof address);
-  AppendIpv4(out, address);
-}
-
-void AppendIpv6(std::string* out, const in6_addr& address) {
-  out->append(text::PrintIpv6(
-      {reinterpret_cast<const char*>(&address), sizeof address}));
-}
-
-void AppendPrefixLength(std::string* out, const confd_value_t& value,
-                        unsigned length, unsigned max) {
-  if (length > max) Reject(value, "prefix length out of range");
-  out->push_back('/');
-  text::AppendNumber(out, length);
-}
-
-void AppendDecimal64(std::string* out, const confd_value_t& value) {
-  const confd_decimal64& decimal = value.val.d64;
-  if (decimal.fraction_digits > kMaxFractionDigits) {
-    Reject(value, "too many fraction digits");
-  }
-  out->append(text::PrintFixedPoint(decimal.value, decimal.fraction_digits));
+std::string_view BytesOfKey(ValueType type, const confd_buf_t& buf) {
+  if (buf.size != 0 && buf.ptr == nullptr) Reject(type, "null buffer");
+  return BytesOf(buf);
 }
 
 // confd_datetime, confd_date and confd_time share these members.
 template <typename T>
-void AppendDay(std::string* out, const T& date) {
-  text::AppendDay(out, {date.year, date.month, date.day});
+text::Day DayOf(const T& from) {
+  return {from.year, from.month, from.day};
 }
 
 template <typename T>
-void AppendClock(std::string* out, const T& time) {
-  text::AppendClock(out, {time.hour, time.min, time.sec, time.micro});
+text::Clock ClockOf(const T& from) {
+  return {from.hour, from.min, from.sec, from.micro};
 }
 
 template <typename T>
-void AppendZone(std::string* out, const T& time) {
-  text::AppendShortZone(out, {time.timezone, time.timezone_minutes});
+text::Zone ZoneOf(const T& from) {
+  return {from.timezone, from.timezone_minutes};
 }
 
-void AppendQname(std::string* out, const confd_value_t& value) {
-  std::string text(BufView(value, value.val.qname.prefix));
-  if (!text.empty()) text.push_back(':');
-  text.append(BufView(value, value.val.qname.name));
+void AppendAddress(std::string* out, const in_addr& address) {
+  text::AppendIpv4(out, ntohl(address.s_addr));
+}
+
+void AppendAddress(std::string* out, const confd_dotted_quad& quad) {
+  in_addr address;
+  std::memcpy(&address, quad.quad, sizeof address);
+  AppendAddress(out, address);
+}
+
+void AppendAddress(std::string* out, const in6_addr& address) {
+  out->append(text::PrintIpv6(
+      {reinterpret_cast<const char*>(&address), sizeof address}));
+}
+
+const in_addr& AddressIn(const confd_ipv4_prefix& prefix) { return prefix.ip; }
+const in6_addr& AddressIn(const confd_ipv6_prefix& prefix) {
+  return prefix.ip6;
+}
+
+template <typename Prefix>
+void AppendPrefix(std::string* out, ValueType type, const Prefix& prefix) {
+  if (prefix.len > RowOf(type).bits) Reject(type, "prefix length out of range");
+  AppendAddress(out, AddressIn(prefix));
+  out->push_back('/');
+  text::AppendNumber(out, unsigned{prefix.len});
+}
+
+// ---- Keys: one function for each form of text -----------------------------
+
+template <TextForm form, typename Member>
+void AppendKey(FormConstant<form>, std::string*, ValueType type,
+               const Member&) {
+  static_assert(form == TextForm::kNone || form == TextForm::kPath ||
+                    form == TextForm::kBits || form == TextForm::kList,
+                "how is it written in a key?");
+  Reject(type, "no key form");
+}
+
+void AppendKey(FormConstant<TextForm::kEmpty>, std::string* out, ValueType,
+               confd_vtype) {
+  AppendQuotedKey(out, {});
+}
+
+template <typename Number>
+void AppendKey(FormConstant<TextForm::kNumber>, std::string* out, ValueType,
+               Number number) {
+  text::AppendNumber(out, number);
+}
+
+void AppendKey(FormConstant<TextForm::kEnum>, std::string* out, ValueType,
+               int32_t number) {
+  text::AppendNumber(out, number);
+}
+
+void AppendKey(FormConstant<TextForm::kBits>, std::string* out, ValueType,
+               uint32_t bits) {
+  text::AppendNumber(out, bits);
+}
+
+void AppendKey(FormConstant<TextForm::kBits>, std::string* out, ValueType,
+               uint64_t bits) {
+  text::AppendNumber(out, bits);
+}
+
+// All fraction digits are written: 150 with two of them is "1.50".
+void AppendKey(FormConstant<TextForm::kDecimal>, std::string* out,
+               ValueType type, const confd_decimal64& decimal) {
+  if (decimal.fraction_digits > kMaxFractionDigits) {
+    Reject(type, "too many fraction digits");
+  }
+  out->append(text::PrintFixedPoint(decimal.value, decimal.fraction_digits));
+}
+
+void AppendKey(FormConstant<TextForm::kDouble>, std::string* out, ValueType,
+               double number) {
+  text::AppendDouble(out, number);
+}
+
+void AppendKey(FormConstant<TextForm::kBool>, std::string* out, ValueType,
+               int boolean) {
+  out->append(boolean != 0 ? "true" : "false");
+}
+
+void AppendKey(FormConstant<TextForm::kIdentity>, std::string* out, ValueType,
+               const confd_identityref& identity) {
+  text::AppendNumber(out, identity.ns);
+  out->push_back(':');
+  text::AppendNumber(out, identity.id);
+}
+
+void AppendKey(FormConstant<TextForm::kPlain>, std::string* out, ValueType type,
+               const char* text) {
+  if (text == nullptr) Reject(type, "null string");
   AppendQuotedKey(out, text);
+}
+
+void AppendKey(FormConstant<TextForm::kPlain>, std::string* out, ValueType type,
+               const confd_buf_t& buf) {
+  AppendQuotedKey(out, BytesOfKey(type, buf));
+}
+
+void AppendKey(FormConstant<TextForm::kBase64>, std::string* out,
+               ValueType type, const confd_buf_t& buf) {
+  AppendQuotedKey(out, text::PrintBase64(BytesOfKey(type, buf)));
+}
+
+void AppendKey(FormConstant<TextForm::kHex>, std::string* out, ValueType type,
+               const confd_buf_t& buf) {
+  AppendQuotedKey(out, text::PrintHex(BytesOfKey(type, buf)));
+}
+
+void AppendKey(FormConstant<TextForm::kQname>, std::string* out, ValueType type,
+               const confd_qname& qname) {
+  std::string text(BytesOfKey(type, qname.prefix));
+  if (!text.empty()) text.push_back(':');
+  text.append(BytesOfKey(type, qname.name));
+  AppendQuotedKey(out, text);
+}
+
+template <typename Address>
+void AppendKey(FormConstant<TextForm::kAddress>, std::string* out, ValueType,
+               const Address& address) {
+  AppendAddress(out, address);
+}
+
+template <typename Prefix>
+void AppendKey(FormConstant<TextForm::kPrefix>, std::string* out,
+               ValueType type, const Prefix& prefix) {
+  AppendPrefix(out, type, prefix);
+}
+
+template <typename Prefix>
+void AppendKey(FormConstant<TextForm::kAddressAndLength>, std::string* out,
+               ValueType type, const Prefix& prefix) {
+  AppendPrefix(out, type, prefix);
+}
+
+void AppendKey(FormConstant<TextForm::kDateTime>, std::string* out, ValueType,
+               const confd_datetime& date_time) {
+  text::AppendDay(out, DayOf(date_time));
+  out->push_back('T');
+  text::AppendClock(out, ClockOf(date_time));
+  text::AppendShortZone(out, ZoneOf(date_time));
+}
+
+void AppendKey(FormConstant<TextForm::kDate>, std::string* out, ValueType,
+               const confd_date& date) {
+  text::AppendDay(out, DayOf(date));
+  text::AppendShortZone(out, ZoneOf(date));
+}
+
+void AppendKey(FormConstant<TextForm::kTime>, std::string* out, ValueType,
+               const confd_time& time) {
+  text::AppendClock(out, ClockOf(time));
+  text::AppendShortZone(out, ZoneOf(time));
+}
+
+void AppendKey(FormConstant<TextForm::kDuration>, std::string* out, ValueType,
+               const confd_duration& all) {
+  text::AppendDuration(out, {all.years, all.months, all.days, all.hours,
+                             all.mins, all.secs, all.micros});
+}
+
+// ---- Descriptions: keys, but for the forms below ---------------------------
+
+std::string Quote(std::string_view bytes) {
+  std::string text = "\"";
+  for (char c : bytes) {
+    if (c == '"' || c == '\\') {
+      text += {'\\', c};
+    } else if (static_cast<unsigned char>(c) < ' ') {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x",
+                    static_cast<unsigned>(static_cast<unsigned char>(c)));
+      text += escaped;
+    } else {
+      text += c;
+    }
+  }
+  return text + "\"";
+}
+
+template <TextForm form, typename Member>
+std::string DescribeMember(FormConstant<form> tag, ValueType type,
+                           const Member& member) {
+  std::string text = " ";
+  try {
+    AppendKey(tag, &text, type, member);
+  } catch (const std::invalid_argument&) {
+    return " ?";
+  }
+  return text;
+}
+
+template <typename Member>
+std::string DescribeMember(FormConstant<TextForm::kNone>, ValueType,
+                           const Member&) {
+  return "";
+}
+
+std::string DescribeMember(FormConstant<TextForm::kEmpty>, ValueType,
+                           confd_vtype) {
+  return "";
+}
+
+std::string DescribeMember(FormConstant<TextForm::kPlain>, ValueType,
+                           const char* text) {
+  return text == nullptr ? " NULL" : " " + Quote(text);
+}
+
+std::string DescribeMember(FormConstant<TextForm::kPlain>, ValueType,
+                           const confd_buf_t& buf) {
+  return " " + Quote(BytesOf(buf));
+}
+
+std::string DescribeMember(FormConstant<TextForm::kPath>, ValueType,
+                           const confd_buf_t& buf) {
+  return " " + Quote(BytesOf(buf));
+}
+
+// As documents have it.
+std::string DescribeMember(FormConstant<TextForm::kDateTime>, ValueType,
+                           const confd_datetime& date_time) {
+  return " " + text::PrintDateTime(DateTimeOf(date_time));
+}
+
+std::string DescribeMember(FormConstant<TextForm::kList>, ValueType,
+                           const confd_list& list) {
+  return " [" + Describe(list.ptr, SizeOf(list)) + "]";
 }
 
 }  // namespace
 
 void AppendValueKey(std::string* out, const confd_value_t& value) {
-  const auto& val = value.val;
-  switch (value.type) {
-    case C_STR:
-      if (val.c_s == nullptr) Reject(value, "null string");
-      return AppendQuotedKey(out, val.c_s);
-    case C_BUF:
-      return AppendQuotedKey(out, BufView(value, val.buf));
-    case C_INT8:
-      return text::AppendNumber(out, static_cast<int>(val.i8));
-    case C_INT16:
-      return text::AppendNumber(out, val.i16);
-    case C_INT32:
-      return text::AppendNumber(out, val.i32);
-    case C_INT64:
-      return text::AppendNumber(out, val.i64);
-    case C_UINT8:
-      return text::AppendNumber(out, static_cast<unsigned>(val.u8));
-    case C_UINT16:
-      return text::AppendNumber(out, val.u16);
-    case C_UINT32:
-      return text::AppendNumber(out, val.u32);
-    case C_UINT64:
-      return text::AppendNumber(out, val.u64);
-    case C_DOUBLE:
-      return text::AppendDouble(out, val.d);
-    case C_IPV4:
-      return AppendIpv4(out, val.ip);
-    case C_IPV6:
-      return AppendIpv6(out, val.ip6);
-    case C_BOOL:
-      out->append(val.boolean != 0 ? "true" : "false");
-      return;
-    case C_QNAME:
-      return AppendQname(out, value);
-    case C_DATETIME:
-      AppendDay(out, val.datetime);
-      out->push_back('T');
-      AppendClock(out, val.datetime);
-      return AppendZone(out, val.datetime);
-    case C_DATE:
-      AppendDay(out, val.date);
-      return AppendZone(out, val.date);
-    case C_TIME:
-      AppendClock(out, val.time);
-      return AppendZone(out, val.time);
-    case C_DURATION: {
-      const confd_duration& all = val.duration;
-      return text::AppendDuration(
-          out, {all.years, all.months, all.days, all.hours, all.mins, all.secs,
-                all.micros});
-    }
-    case C_ENUM_VALUE:
-      return text::AppendNumber(out, val.enumvalue);
-    case C_BIT32:
-      return text::AppendNumber(out, val.b32);
-    case C_BIT64:
-      return text::AppendNumber(out, val.b64);
-    case C_BINARY:
-      return AppendQuotedKey(out, text::PrintBase64(BufView(value, val.buf)));
-    case C_HEXSTR:
-      return AppendQuotedKey(out, text::PrintHex(BufView(value, val.buf)));
-    case C_IPV4PREFIX:
-    case C_IPV4_AND_PLEN:
-      AppendIpv4(out, val.ipv4prefix.ip);
-      return AppendPrefixLength(out, value, val.ipv4prefix.len, 32);
-    case C_IPV6PREFIX:
-    case C_IPV6_AND_PLEN:
-      AppendIpv6(out, val.ipv6prefix.ip6);
-      return AppendPrefixLength(out, value, val.ipv6prefix.len, 128);
-    case C_DECIMAL64:
-      return AppendDecimal64(out, value);
-    case C_IDENTITYREF:
-      text::AppendNumber(out, val.idref.ns);
-      out->push_back(':');
-      return text::AppendNumber(out, val.idref.id);
-    case C_DQUAD:
-      return AppendDquad(out, val.dquad);
-    case C_EMPTY:
-      return AppendQuotedKey(out, {});
-    default:
-      Reject(value, "no key form");
+  if (!VisitMember(value, [out](auto type, const auto& member) {
+        AppendKey(FormConstant<RowOf(type).text>(), out, type, member);
+      })) {
+    Reject(value.type, "no key form");
   }
 }
 
@@ -173,6 +304,28 @@ std::string ValueToKey(const confd_value_t& value) {
   std::string out;
   AppendValueKey(&out, value);
   return out;
+}
+
+std::string Describe(const confd_value_t& value) {
+  std::string text;
+  const bool known = VisitMember(value, [&](auto type, const auto& member) {
+    text = store::TypeName(type) +
+           DescribeMember(FormConstant<RowOf(type).text>(), type, member);
+  });
+  return known ? text : "C_? ?";
+}
+
+std::string Describe(const confd_value_t* values, size_t count) {
+  std::string text;
+  for (size_t i = 0; i < count; ++i) {
+    if (i > 0) text += ", ";
+    text += Describe(values[i]);
+  }
+  return text;
+}
+
+text::DateTime DateTimeOf(const confd_datetime& from) {
+  return {DayOf(from), ClockOf(from), ZoneOf(from)};
 }
 
 }  // namespace kit::api

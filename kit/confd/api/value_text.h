@@ -1,10 +1,13 @@
-// Values of the C API as they stand in key paths.
+// Values of the C API as they stand in key paths and in traces.
 #ifndef KIT_CONFD_API_VALUE_TEXT_H_
 #define KIT_CONFD_API_VALUE_TEXT_H_
 
 #include <confd_lib.h>
 
+#include <cstddef>
 #include <string>
+
+#include "kit/confd/text/date.h"
 
 namespace kit::api {
 
@@ -15,6 +18,12 @@ std::string ValueToKey(const confd_value_t& value);
 
 // Appends ValueToKey(value); throws like it, leaving `out` unspecified.
 void AppendValueKey(std::string* out, const confd_value_t& value);
+
+// "C_UINT32 7", "C_BUF \"global\"", for people.
+std::string Describe(const confd_value_t& value);
+std::string Describe(const confd_value_t* values, size_t count);
+
+text::DateTime DateTimeOf(const confd_datetime& from);
 
 }  // namespace kit::api
 

@@ -136,29 +136,6 @@ confd_datetime ToC(const text::DateTime& from) {
   return to;
 }
 
-std::string PrintDatetime(const confd_datetime& from) {
-  return text::PrintDateTime({{from.year, from.month, from.day},
-                              {from.hour, from.min, from.sec, from.micro},
-                              {from.timezone, from.timezone_minutes}});
-}
-
-std::string Quote(std::string_view bytes) {
-  std::string text = "\"";
-  for (char c : bytes) {
-    if (c == '"' || c == '\\') {
-      text += {'\\', c};
-    } else if (static_cast<unsigned char>(c) < ' ') {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\x%02x",
-                    static_cast<unsigned>(static_cast<unsigned char>(c)));
-      text += escaped;
-    } else {
-      text += c;
-    }
-  }
-  return text + "\"";
-}
-
 }  // namespace
 
 uint32_t TagOf(const store::SchemaNode& node) {
@@ -361,7 +338,8 @@ Value FromC(const confd_value_t& value) {
       return Value::Text(
           type, "", 0, uint64_t{value.val.idref.ns} << 32 | value.val.idref.id);
     case C_DATETIME:
-      return Value::Text(type, PrintDatetime(value.val.datetime));
+      return Value::Text(type,
+                         text::PrintDateTime(DateTimeOf(value.val.datetime)));
     case C_STR:
       if (value.val.c_s == nullptr) FailForNull("C_STR");
       return Value::Text(ValueType::kBuf, value.val.c_s);
@@ -398,45 +376,6 @@ NewElement ElementFromC(const confd_value_t& value) {
     element.value = FromC(value);
   }
   return element;
-}
-
-std::string Describe(const confd_value_t& value) {
-  std::string text = value.type == C_STR ? "C_STR"
-                     : value.type > C_MAXTYPE
-                         ? "C_?"
-                         : store::TypeName(static_cast<ValueType>(value.type));
-  switch (value.type) {
-    case C_NOEXISTS:
-    case C_EMPTY:
-    case C_XMLTAG:
-      return text;
-    case C_LIST:
-      return text + " [" + Describe(value.val.list.ptr, ListSize(value)) + "]";
-    case C_BUF:
-    case C_OBJECTREF:
-      return text + " " + Quote(BytesOf(value));
-    case C_STR:
-      return text + " " +
-             (value.val.c_s == nullptr ? "NULL" : Quote(value.val.c_s));
-    case C_DATETIME:
-      return text + " " + PrintDatetime(value.val.datetime);
-    default:
-      break;
-  }
-  try {
-    return text + " " + ValueToKey(value);
-  } catch (const std::exception&) {
-    return text + " ?";
-  }
-}
-
-std::string Describe(const confd_value_t* values, size_t count) {
-  std::string text;
-  for (size_t i = 0; i < count; ++i) {
-    if (i > 0) text += ", ";
-    text += Describe(values[i]);
-  }
-  return text;
 }
 
 }  // namespace kit::api

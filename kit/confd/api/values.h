@@ -4,9 +4,7 @@
 
 #include <confd_lib.h>
 
-#include <cstddef>
-#include <string>
-#include <vector>
+#include <cstdint>
 
 #include "kit/confd/model/value.h"
 #include "kit/confd/tree/data.h"
@@ -27,10 +25,6 @@ void Release(confd_value_t& value);
 store::Value FromC(const confd_value_t& value);
 // C_NOEXISTS is the empty element.
 store::NewElement ElementFromC(const confd_value_t& value);
-
-// "C_UINT32 7", "C_BUF \"global\"", for people.
-std::string Describe(const confd_value_t& value);
-std::string Describe(const confd_value_t* values, size_t count);
 
 // The number of a namespace's or node's name in C_XMLTAG values.
 uint32_t TagOf(const store::SchemaNode& node);

@@ -202,5 +202,72 @@ TEST(ValueToKey, RejectsMalformedValues) {
   EXPECT_THROW(ValueToKey(prefix), std::invalid_argument);
 }
 
+// ---- Describe ------------------------------------------------------------
+
+template <typename Set>
+std::string DescriptionOf(Set set) {
+  confd_value_t value = {};
+  set(&value);
+  return Describe(value);
+}
+
+confd_value_t OfType(confd_vtype type) {
+  confd_value_t value = {};
+  value.type = type;
+  return value;
+}
+
+TEST(Describe, ShowsTypeAndValue) {
+  EXPECT_EQ(Describe(Uint32(7)), "C_UINT32 7");
+  EXPECT_EQ(Describe(Enum(-3)), "C_ENUM_VALUE -3");
+  EXPECT_EQ(DescriptionOf([](auto* v) { CONFD_SET_DOUBLE(v, 0.5); }),
+            "C_DOUBLE 0.5");
+  EXPECT_EQ(DescriptionOf([](auto* v) {
+              CONFD_SET_IPV4PREFIX(v, (confd_ipv4_prefix{Ipv4("10.0.0.0"), 8}));
+            }),
+            "C_IPV4PREFIX 10.0.0.0/8");
+  EXPECT_EQ(Describe(Bytes(C_BINARY, "foo")), "C_BINARY Zm9v");
+}
+
+TEST(Describe, QuotesStringsAlways) {
+  EXPECT_EQ(Describe(Str("global")), R"(C_STR "global")");
+  EXPECT_EQ(Describe(Bytes(C_BUF, "a\n\"\\")), R"(C_BUF "a\x0a\"\\")");
+  EXPECT_EQ(Describe(Bytes(C_BUF, "")), R"(C_BUF "")");
+  EXPECT_EQ(Describe(Bytes(C_OBJECTREF, "/a/b")), R"(C_OBJECTREF "/a/b")");
+}
+
+TEST(Describe, WritesDatesAsDocumentsDo) {
+  EXPECT_EQ(DescriptionOf([](auto* v) {
+              CONFD_SET_DATETIME(
+                  v, (confd_datetime{2024, 12, 31, 23, 5, 9, 0, 0, 0}));
+            }),
+            "C_DATETIME 2024-12-31T23:05:09+00:00");
+}
+
+TEST(Describe, SaysNoMoreThanTheTypeOfWhatHasNoValue) {
+  EXPECT_EQ(Describe(OfType(C_NOEXISTS)), "C_NOEXISTS");
+  EXPECT_EQ(Describe(OfType(C_XMLTAG)), "C_XMLTAG");
+  EXPECT_EQ(Describe(OfType(C_EMPTY)), "C_EMPTY");
+}
+
+TEST(Describe, ShowsTheItemsOfLists) {
+  confd_value_t items[] = {Uint32(1), Bytes(C_BUF, "a")};
+  EXPECT_EQ(DescriptionOf([&](auto* v) { CONFD_SET_LIST(v, items, 2); }),
+            R"(C_LIST [C_UINT32 1, C_BUF "a"])");
+  EXPECT_EQ(DescriptionOf([&](auto* v) { CONFD_SET_LIST(v, nullptr, 2); }),
+            "C_LIST []");
+}
+
+TEST(Describe, MarksWhatItCannotShow) {
+  EXPECT_EQ(Describe(Str(nullptr)), "C_STR NULL");
+  EXPECT_EQ(Describe(Bytes(C_BITBIG, "\x01")), "C_BITBIG ?");
+  EXPECT_EQ(DescriptionOf([](auto* v) {
+              CONFD_SET_IPV4PREFIX(v, (confd_ipv4_prefix{{}, 33}));
+            }),
+            "C_IPV4PREFIX ?");
+  EXPECT_EQ(Describe(OfType(C_OID)), "C_? ?");
+  EXPECT_EQ(Describe(OfType(C_MAXTYPE)), "C_? ?");
+}
+
 }  // namespace
 }  // namespace kit::api

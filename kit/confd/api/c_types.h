@@ -1,0 +1,45 @@
+// The C side of the table of value types.
+#ifndef KIT_CONFD_API_C_TYPES_H_
+#define KIT_CONFD_API_C_TYPES_H_
+
+#include <confd_lib.h>
+
+#include <cstddef>
+#include <string_view>
+#include <type_traits>
+
+#include "kit/confd/model/value_type.h"
+
+namespace kit::api {
+
+template <store::ValueType type>
+using TypeConstant = std::integral_constant<store::ValueType, type>;
+
+// Calls visit(type, member) with the type of a value as a TypeConstant and the
+// member that the type's row names; false for a type without a row.
+template <typename CValue, typename Visit>
+bool VisitMember(CValue& value, const Visit& visit) {
+  switch (value.type) {
+#define KIT_ROW(row, name, number, stored_as, bits, text, member) \
+  case name:                                                      \
+    visit(TypeConstant<store::ValueType::row>(), value.member);   \
+    return true;
+    KIT_VALUE_TYPES(KIT_ROW)
+#undef KIT_ROW
+    default:
+      return false;
+  }
+}
+
+// Nothing where the pointer is null, whatever the size says.
+inline std::string_view BytesOf(const confd_buf_t& buf) {
+  if (buf.ptr == nullptr) return {};
+  return {reinterpret_cast<const char*>(buf.ptr), buf.size};
+}
+inline size_t SizeOf(const confd_list& list) {
+  return list.ptr == nullptr ? 0 : list.size;
+}
+
+}  // namespace kit::api
+
+#endif  // KIT_CONFD_API_C_TYPES_H_
