@@ -7,24 +7,31 @@
 
 namespace kit::store {
 
-// The numbers are those of CONFD_ERR_* in confd_lib.h.
+// The names and numbers are those of confd_lib.h.
+// clang-format off
+#define KIT_ERROR_CODES(ROW)                          \
+  ROW(kNoExists,      CONFD_ERR_NOEXISTS,          1) \
+  ROW(kAlreadyExists, CONFD_ERR_ALREADY_EXISTS,    2) \
+  ROW(kNotWritable,   CONFD_ERR_NOT_WRITABLE,      4) \
+  ROW(kBadType,       CONFD_ERR_BADTYPE,           5) \
+  ROW(kNotCreatable,  CONFD_ERR_NOTCREATABLE,      6) \
+  ROW(kNotDeletable,  CONFD_ERR_NOTDELETABLE,      7) \
+  ROW(kBadPath,       CONFD_ERR_BADPATH,           8) \
+  ROW(kNotSet,        CONFD_ERR_NOTSET,           12) \
+  ROW(kBadKeyref,     CONFD_ERR_BAD_KEYREF,       14) \
+  ROW(kInternal,      CONFD_ERR_INTERNAL,         18) \
+  ROW(kMalloc,        CONFD_ERR_MALLOC,           20) \
+  ROW(kProtoUsage,    CONFD_ERR_PROTOUSAGE,       21) \
+  ROW(kNoSession,     CONFD_ERR_NOSESSION,        22) \
+  ROW(kOs,            CONFD_ERR_OS,               24) \
+  ROW(kMustFailed,    CONFD_ERR_MUST_FAILED,      41) \
+  ROW(kUnavailable,   CONFD_ERR_UNAVAILABLE,      44)
+// clang-format on
+
 enum class ErrorCode {
-  kNoExists = 1,
-  kAlreadyExists = 2,
-  kNotWritable = 4,
-  kBadType = 5,
-  kNotCreatable = 6,
-  kNotDeletable = 7,
-  kBadPath = 8,
-  kNotSet = 12,
-  kBadKeyref = 14,
-  kInternal = 18,
-  kMalloc = 20,
-  kProtoUsage = 21,
-  kNoSession = 22,
-  kOs = 24,
-  kMustFailed = 41,
-  kUnavailable = 44,
+#define KIT_ROW(code, name, number) code = number,
+  KIT_ERROR_CODES(KIT_ROW)
+#undef KIT_ROW
 };
 
 class Error : public std::runtime_error {
