@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "kit/confd/model/error.h"
+#include "kit/confd/model/schema.h"
 #include "kit/confd/model/value_type.h"
 
 namespace kit::api {
@@ -34,6 +35,8 @@ KIT_VALUE_TYPES(KIT_ROW)
   static_assert(name == number, #name " has another number");
 KIT_ERROR_CODES(KIT_ROW)
 #undef KIT_ROW
+
+static_assert(store::kMaxKeys == MAXKEYLEN);
 
 static_assert(sizeof(confd_value_t) == 40);
 static_assert(offsetof(confd_value_t, val) == 8);

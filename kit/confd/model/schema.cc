@@ -12,8 +12,6 @@
 namespace kit::store {
 namespace {
 
-constexpr size_t kMaxKeys = 9;  // MAXKEYLEN of confd_lib.h
-
 NodeKind KindOf(const lysc_node* node) {
   switch (node->nodetype) {
     case LYS_CONTAINER:

@@ -38,6 +38,9 @@ enum class NodeKind {
   kAny  // anydata, anyxml: known, but never kept
 };
 
+// The most keys that a list may have: MAXKEYLEN of confd_lib.h.
+constexpr size_t kMaxKeys = 9;
+
 struct Module {
   std::string name;
   std::string prefix;
