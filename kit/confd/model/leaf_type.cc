@@ -14,7 +14,6 @@
 namespace kit::store {
 namespace {
 
-constexpr uint8_t kIpv4Bits = 32;
 constexpr uint8_t kIpv6Bits = 128;
 
 ValueType TypeOfBase(const lysc_type* type) {
@@ -62,53 +61,57 @@ ValueType TypeOfBase(const lysc_type* type) {
   }
 }
 
-template <typename T>
-std::optional<Value> ParseSigned(ValueType type, std::string_view text) {
-  auto number = text::ParseNumber<T>(text);
-  if (!number) return std::nullopt;
-  return Value::Number(type, static_cast<uint64_t>(int64_t{*number}));
-}
-
-template <typename T>
-std::optional<Value> ParseUnsigned(ValueType type, std::string_view text) {
-  auto number = text::ParseNumber<T>(text);
-  if (!number) return std::nullopt;
+std::optional<Value> ParseInteger(ValueType type, std::string_view text) {
+  const int sign = RowOf(type).bits - 1;
+  if (IsSigned(type)) {
+    auto number = text::ParseNumber<int64_t>(text);
+    // The sign fills all bits from its own upwards.
+    if (!number || (*number >> sign != 0 && *number >> sign != -1)) {
+      return std::nullopt;
+    }
+    return Value::Number(type, static_cast<uint64_t>(*number));
+  }
+  auto number = text::ParseNumber<uint64_t>(text);
+  if (!number || *number >> sign > 1) return std::nullopt;
   return Value::Number(type, *number);
 }
 
-std::optional<Value> ParseIpv4Value(ValueType type, std::string_view text) {
-  uint8_t length = 0;
-  if (type != ValueType::kIpv4 && type != ValueType::kDquad) {
-    auto halves = text::SplitPrefix(text, kIpv4Bits);
-    if (!halves) return std::nullopt;
-    std::tie(text, length) = *halves;
-  }
-  auto address = text::ParseIpv4(text);
-  if (!address) return std::nullopt;
-  if (type == ValueType::kIpv4Prefix) {
-    *address &= static_cast<uint32_t>(~(~uint64_t{0} >> 32 >> length));
-  }
-  return Value::Number(type, *address, length);
+// Clear the bits behind the first `length` of an address.
+uint32_t Masked(uint32_t address, uint8_t length) {
+  return address & static_cast<uint32_t>(~(~uint64_t{0} >> 32 >> length));
 }
 
-// Clears the bits behind the first `length` of an address's 16 bytes.
-void MaskIpv6(std::string& bytes, uint8_t length) {
+std::string Masked(std::string bytes, uint8_t length) {
   for (size_t bit = length; bit < kIpv6Bits; ++bit) {
     bytes[bit / 8] = static_cast<char>(bytes[bit / 8] & ~(0x80 >> bit % 8));
   }
+  return bytes;
 }
 
-std::optional<Value> ParseIpv6Value(ValueType type, std::string_view text) {
+std::optional<Value> ParseAddress(ValueType type, std::string_view text) {
+  const TypeRow& row = RowOf(type);
   uint8_t length = 0;
-  if (type != ValueType::kIpv6) {
-    auto halves = text::SplitPrefix(text, kIpv6Bits);
+  if (row.text != TextForm::kAddress) {
+    auto halves = text::SplitPrefix(text, row.bits);
     if (!halves) return std::nullopt;
     std::tie(text, length) = *halves;
   }
-  auto address = text::ParseIpv6(text);
+  const bool masked = row.text == TextForm::kPrefix;
+  if (row.bits == kIpv6Bits) {
+    auto bytes = text::ParseIpv6(text);
+    if (!bytes) return std::nullopt;
+    return Value::Text(type, masked ? Masked(*bytes, length) : *bytes, length);
+  }
+  auto address = text::ParseIpv4(text);
   if (!address) return std::nullopt;
-  if (type == ValueType::kIpv6Prefix) MaskIpv6(*address, length);
-  return Value::Text(type, *address, length);
+  return Value::Number(type, masked ? Masked(*address, length) : *address,
+                       length);
+}
+
+std::string PrintAddress(const Value& value) {
+  return RowOf(value.type()).bits == kIpv6Bits
+             ? text::PrintIpv6(value.text())
+             : text::PrintIpv4(static_cast<uint32_t>(value.bits()));
 }
 
 std::optional<Value> TextValue(ValueType type,
@@ -377,20 +380,15 @@ Value LeafType::Parse(std::string_view text) const {
 
 Value LeafType::ParseKey(std::string_view text) const {
   std::optional<Value> value;
-  switch (value_type_) {
-    case ValueType::kBit32:
-    case ValueType::kBit64:
-      if (auto bits = text::ParseNumber<uint64_t>(text)) {
-        value = Value::Number(value_type_, *bits);
-      }
-      break;
-    case ValueType::kIdentityref:
-      if (auto bits = ParsePair(text)) {
-        value = Value::Text(value_type_, "", 0, *bits);
-      }
-      break;
-    default:
-      break;
+  const TypeRow& row = RowOf(value_type_);
+  if (row.text == TextForm::kBits && row.stored_as == StoredAs::kUnsigned) {
+    if (auto bits = text::ParseNumber<uint64_t>(text)) {
+      value = Value::Number(value_type_, *bits);
+    }
+  } else if (row.text == TextForm::kIdentity) {
+    if (auto bits = ParsePair(text)) {
+      value = Value::Text(value_type_, "", 0, *bits);
+    }
   }
   // Names begin with no digit, so that nothing else can be meant.
   return value && members_.empty() ? Check(*value) : Parse(text);
@@ -398,75 +396,46 @@ Value LeafType::ParseKey(std::string_view text) const {
 
 Value LeafType::ParseCanonical(std::string_view text) const {
   std::optional<Value> value;
-  switch (value_type_) {
-    case ValueType::kInt8:
-      value = ParseSigned<int8_t>(value_type_, text);
+  switch (RowOf(value_type_).text) {
+    case TextForm::kNumber:
+      value = ParseInteger(value_type_, text);
       break;
-    case ValueType::kInt16:
-      value = ParseSigned<int16_t>(value_type_, text);
-      break;
-    case ValueType::kInt32:
-      value = ParseSigned<int32_t>(value_type_, text);
-      break;
-    case ValueType::kInt64:
-      value = ParseSigned<int64_t>(value_type_, text);
-      break;
-    case ValueType::kUint8:
-      value = ParseUnsigned<uint8_t>(value_type_, text);
-      break;
-    case ValueType::kUint16:
-      value = ParseUnsigned<uint16_t>(value_type_, text);
-      break;
-    case ValueType::kUint32:
-      value = ParseUnsigned<uint32_t>(value_type_, text);
-      break;
-    case ValueType::kUint64:
-      value = ParseUnsigned<uint64_t>(value_type_, text);
-      break;
-    case ValueType::kBool:
+    case TextForm::kBool:
       if (text == "true" || text == "false") {
         value = Value::Number(value_type_, text == "true");
       }
       break;
-    case ValueType::kEnum:
+    case TextForm::kEnum:
       if (auto it = names_.numbers.find(text); it != names_.numbers.end()) {
         value = Value::Number(value_type_, static_cast<uint64_t>(it->second));
       }
       break;
-    case ValueType::kIdentityref:
+    case TextForm::kIdentity:
       if (auto it = names_.numbers.find(text); it != names_.numbers.end()) {
         value = Value::Text(value_type_, text, 0,
                             static_cast<uint64_t>(it->second));
       }
       break;
-    case ValueType::kBit32:
-    case ValueType::kBit64:
-    case ValueType::kBitbig:
+    case TextForm::kBits:
       return ParseBits(text);
-    case ValueType::kIpv4:
-    case ValueType::kDquad:
-    case ValueType::kIpv4Prefix:
-    case ValueType::kIpv4AndPlen:
-      value = ParseIpv4Value(value_type_, text);
+    case TextForm::kAddress:
+    case TextForm::kPrefix:
+    case TextForm::kAddressAndLength:
+      value = ParseAddress(value_type_, text);
       break;
-    case ValueType::kIpv6:
-    case ValueType::kIpv6Prefix:
-    case ValueType::kIpv6AndPlen:
-      value = ParseIpv6Value(value_type_, text);
-      break;
-    case ValueType::kDecimal64:
+    case TextForm::kDecimal:
       if (auto scaled = text::ParseDecimal64(text, fraction_digits_)) {
         value = Value::Number(value_type_, static_cast<uint64_t>(*scaled),
                               fraction_digits_);
       }
       break;
-    case ValueType::kBinary:
+    case TextForm::kBase64:
       value = TextValue(value_type_, text::ParseBase64(text));
       break;
-    case ValueType::kHexstr:
+    case TextForm::kHex:
       value = TextValue(value_type_, text::ParseHex(text));
       break;
-    case ValueType::kEmpty:
+    case TextForm::kEmpty:
       if (text.empty()) value = Value::Number(value_type_, 0);
       break;
     default:
@@ -504,12 +473,12 @@ Value LeafType::ParseBits(std::string_view text) const {
 std::string LeafType::PrintBits(const Value& value) const {
   std::string text;
   uint64_t known = 0;
-  std::string left = value.text();  // what no name was found for
+  std::string left(value.text());  // what no name was found for
   for (const auto& [number, name] : names_.names) {
     auto position = static_cast<size_t>(number);
     bool set;
     if (value.type() == ValueType::kBitbig) {
-      const std::string& bytes = value.text();
+      const std::string_view bytes = value.text();
       set = position / 8 < bytes.size() &&
             (static_cast<uint8_t>(bytes[position / 8]) >> position % 8 & 1);
       if (set) {
@@ -549,49 +518,32 @@ std::string LeafType::Print(const Value& value) const {
     Reject(TypeName(value.type()));
   }
   if (value.type() != value_type_) Reject(TypeName(value.type()));
-  switch (value.type()) {
-    case ValueType::kInt8:
-    case ValueType::kInt16:
-    case ValueType::kInt32:
-    case ValueType::kInt64:
-      return std::to_string(value.signed_bits());
-    case ValueType::kUint8:
-    case ValueType::kUint16:
-    case ValueType::kUint32:
-    case ValueType::kUint64:
-      return std::to_string(value.bits());
-    case ValueType::kBool:
+  switch (RowOf(value_type_).text) {
+    case TextForm::kNumber:
+      return IsSigned(value_type_) ? std::to_string(value.signed_bits())
+                                   : std::to_string(value.bits());
+    case TextForm::kBool:
       return value.bits() != 0 ? "true" : "false";
-    case ValueType::kEnum:
+    case TextForm::kEnum:
       if (auto it = names_.names.find(value.signed_bits());
           it != names_.names.end()) {
         return it->second;
       }
       Reject(std::to_string(value.signed_bits()), "no enum has this number");
-    case ValueType::kIdentityref:
+    case TextForm::kIdentity:
       if (auto it = names_.names.find(value.signed_bits());
           it != names_.names.end()) {
         return it->second;
       }
       Reject(value.text(), "no such identity");
-    case ValueType::kBit32:
-    case ValueType::kBit64:
-    case ValueType::kBitbig:
+    case TextForm::kBits:
       return PrintBits(value);
-    case ValueType::kIpv4:
-    case ValueType::kDquad:
-      return text::PrintIpv4(static_cast<uint32_t>(value.bits()));
-    case ValueType::kIpv4Prefix:
-    case ValueType::kIpv4AndPlen:
-      return text::PrintIpv4(static_cast<uint32_t>(value.bits())) + "/" +
-             std::to_string(value.length());
-    case ValueType::kIpv6:
-      return text::PrintIpv6(value.text());
-    case ValueType::kIpv6Prefix:
-    case ValueType::kIpv6AndPlen:
-      return text::PrintIpv6(value.text()) + "/" +
-             std::to_string(value.length());
-    case ValueType::kDecimal64:
+    case TextForm::kAddress:
+      return PrintAddress(value);
+    case TextForm::kPrefix:
+    case TextForm::kAddressAndLength:
+      return PrintAddress(value) + "/" + std::to_string(value.length());
+    case TextForm::kDecimal:
       if (value.length() != fraction_digits_) {
         Reject(std::to_string(value.signed_bits()),
                "the number has " + std::to_string(value.length()) +
@@ -599,14 +551,14 @@ std::string LeafType::Print(const Value& value) const {
                    std::to_string(fraction_digits_));
       }
       return text::PrintDecimal64(value.signed_bits(), fraction_digits_);
-    case ValueType::kBinary:
+    case TextForm::kBase64:
       return text::PrintBase64(value.text());
-    case ValueType::kHexstr:
+    case TextForm::kHex:
       return text::PrintHex(value.text());
-    case ValueType::kEmpty:
+    case TextForm::kEmpty:
       return "";
     default:
-      return value.text();
+      return std::string(value.text());
   }
 }
 

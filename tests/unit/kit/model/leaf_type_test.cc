@@ -80,6 +80,35 @@ TEST(LeafType, AcceptsTheTypesTextsAndPrintsThemCanonically) {
   }
 }
 
+TEST(LeafType, TakesIntegersOfItsWidthAndNoMore) {
+  const struct {
+    const char* leaf;
+    const char* least;
+    const char* below;
+    const char* most;
+    const char* above;
+  } cases[] = {
+      {"i8", "-128", "-129", "127", "128"},
+      {"i16", "-32768", "-32769", "32767", "32768"},
+      {"i32", "-2147483648", "-2147483649", "2147483647", "2147483648"},
+      {"i64", "-9223372036854775808", "-9223372036854775809",
+       "9223372036854775807", "9223372036854775808"},
+      {"u8", "0", "-1", "255", "256"},
+      {"u16", "0", "-1", "65535", "65536"},
+      {"u32", "0", "-1", "4294967295", "4294967296"},
+      {"u64", "0", "-1", "18446744073709551615", "18446744073709551616"},
+  };
+  for (const auto& one : cases) {
+    const LeafType& type = TypeOf(one.leaf);
+    for (const char* text : {one.least, one.most}) {
+      EXPECT_EQ(type.Print(type.Parse(text)), text);
+    }
+    for (const char* text : {one.below, one.above}) {
+      EXPECT_EQ(ErrorOf([&] { type.Parse(text); }).substr(0, 2), "5:") << text;
+    }
+  }
+}
+
 TEST(LeafType, RejectsWhatIsNoTextOfTheType) {
   const std::pair<const char*, const char*> cases[] = {
       {"i8", "128"},
