@@ -13,24 +13,11 @@ int CompareNumbers(T a, T b) {
 
 }  // namespace
 
-Value Value::Number(ValueType type, uint64_t bits, uint8_t length) {
-  Value value;
-  value.type_ = type;
-  value.bits_ = bits;
-  value.length_ = length;
-  return value;
-}
-
 Value Value::Text(ValueType type, std::string_view text, uint8_t length,
                   uint64_t bits) {
   Value value = Number(type, bits, length);
-  value.text_ = std::make_shared<const std::string>(text);
+  value.text_ = text;
   return value;
-}
-
-const std::string& Value::text() const {
-  static const std::string empty;
-  return text_ ? *text_ : empty;
 }
 
 int Compare(const Value& a, const Value& b) {

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -20,7 +19,13 @@ class Value {
   // Integers in two's complement, booleans, enumerations, bit sets, decimal64
   // (with its fraction digits in `length`), IPv4 addresses and dotted quads in
   // host byte order (with the prefix length in bits in `length`).
-  static Value Number(ValueType type, uint64_t bits, uint8_t length = 0);
+  static Value Number(ValueType type, uint64_t bits, uint8_t length = 0) {
+    Value value;
+    value.type_ = type;
+    value.bits_ = bits;
+    value.length_ = length;
+    return value;
+  }
 
   // Strings and binary data as they are, IPv6 addresses as their 16 bytes,
   // date and time as text, identities as "module:name" with namespace hash and
@@ -33,13 +38,13 @@ class Value {
   uint64_t bits() const { return bits_; }
   int64_t signed_bits() const { return static_cast<int64_t>(bits_); }
   uint8_t length() const { return length_; }
-  const std::string& text() const;
+  const std::string& text() const { return text_; }
 
  private:
   ValueType type_ = ValueType::kNoExists;
   uint8_t length_ = 0;
   uint64_t bits_ = 0;
-  std::shared_ptr<const std::string> text_;
+  std::string text_;
 };
 
 // The natural order of the type, as negative, zero or positive: numbers by
