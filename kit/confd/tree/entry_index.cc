@@ -1,0 +1,103 @@
+#include "kit/confd/tree/entry_index.h"
+
+namespace kit::store {
+
+Node* EntryIndex::At(Position position) const {
+  if (position.block >= blocks_.size()) return nullptr;
+  const auto& rows = blocks_[position.block].rows;
+  if (position.slot < rows.size()) return rows[position.slot].node;
+  // The end of one block is the beginning of the next.
+  return position.block + 1 < blocks_.size()
+             ? blocks_[position.block + 1].rows[0].node
+             : nullptr;
+}
+
+EntryIndex::Position EntryIndex::After(Position position) const {
+  const size_t rows = blocks_[position.block].rows.size();
+  if (position.slot >= rows) return {position.block + 1, 1};
+  if (position.slot + 1 < rows) return {position.block, position.slot + 1};
+  return {position.block + 1, 0};
+}
+
+Node* EntryIndex::AtRank(size_t rank) const {
+  if (!ranks_valid_) {
+    size_t first = 0;
+    for (Block& block : blocks_) {
+      block.first_rank = first;
+      first += block.rows.size();
+    }
+    ranks_valid_ = true;
+  }
+  auto holds = [&](size_t block) {
+    return block < blocks_.size() && blocks_[block].first_rank <= rank &&
+           rank - blocks_[block].first_rank < blocks_[block].rows.size();
+  };
+  size_t low = 0;
+  if (holds(last_.block)) {
+    low = last_.block;
+  } else {
+    size_t high = blocks_.size();
+    while (low + 1 < high) {
+      const size_t middle = (low + high) / 2;
+      (blocks_[middle].first_rank <= rank ? low : high) = middle;
+    }
+  }
+  last_ = {low, rank - blocks_[low].first_rank};
+  return blocks_[low].rows[last_.slot].node;
+}
+
+void EntryIndex::Split(Arena& arena, Position& position) {
+  ArenaArray<Row>& rows = blocks_[position.block].rows;
+  if (position.slot == 0) {
+    blocks_.Insert(arena, position.block, Block{{}, 0});
+    return;
+  }
+  Block upper{{}, 0};
+  // Entries that come in their order leave full blocks behind.
+  const size_t kept =
+      position.slot == rows.size() ? rows.size() : kBlockSize / 2;
+  for (size_t i = kept; i < rows.size(); ++i) {
+    upper.rows.Insert(arena, upper.rows.size(), rows[i]);
+  }
+  while (rows.size() > kept) rows.Erase(rows.size() - 1);
+  blocks_.Insert(arena, position.block + 1, upper);
+  if (position.slot >= kept) {
+    position = {position.block + 1, position.slot - kept};
+  }
+}
+
+void EntryIndex::Insert(Arena& arena, Position position, KeyPrefix prefix,
+                        Node* node) {
+  if (blocks_.empty()) blocks_.Insert(arena, 0, Block{{}, 0});
+  const bool at_front = position.slot == 0 && position.block > 0;
+  if (at_front && blocks_[position.block - 1].rows.size() < kBlockSize) {
+    --position.block;
+    position.slot = blocks_[position.block].rows.size();
+  } else if (blocks_[position.block].rows.size() == kBlockSize) {
+    Split(arena, position);
+  }
+  blocks_[position.block].rows.Insert(arena, position.slot, {prefix, node});
+  ++size_;
+  ranks_valid_ = false;
+  last_ = position;
+}
+
+void EntryIndex::Erase(Arena& arena, Position position) {
+  ArenaArray<Row>& rows = blocks_[position.block].rows;
+  rows.Erase(position.slot);
+  if (rows.empty()) {
+    rows.Release(arena);
+    blocks_.Erase(position.block);
+  }
+  --size_;
+  ranks_valid_ = false;
+  last_ = position;
+}
+
+void EntryIndex::Release(Arena& arena) {
+  for (Block& block : blocks_) block.rows.Release(arena);
+  blocks_.Release(arena);
+  size_ = 0;
+}
+
+}  // namespace kit::store
