@@ -64,18 +64,19 @@ Scope MaapiScope(int sock, int thandle) {
       &session, &session.database->transaction(), {false, session.selected}};
 }
 
-const store::Value& ReadLeaf(const Scope& scope, const store::Target& target,
-                             store::ValueType type) {
+store::Value ReadLeaf(const Scope& scope, const store::Target& target,
+                      store::ValueType type) {
   const store::Element element = scope.data->Get(target);
-  if (element.value == nullptr || element.value->type() != type) {
+  const bool is_leaf = element.schema->kind == store::NodeKind::kLeaf;
+  store::Value value;
+  if (is_leaf) value = element.value();
+  if (!is_leaf || value.type() != type) {
     throw Error(ErrorCode::kBadType,
                 std::string("it holds a ") +
-                    (element.value == nullptr
-                         ? "C_LIST"
-                         : store::TypeName(element.value->type())) +
+                    (is_leaf ? store::TypeName(value.type()) : "C_LIST") +
                     " where a " + store::TypeName(type) + " is read");
   }
-  return *element.value;
+  return value;
 }
 
 std::string DescribeNamespace(int hashed_ns) {

@@ -33,8 +33,8 @@ Scope CdbScope(int sock);
 Scope MaapiScope(int sock, int thandle);
 
 // The value of a leaf of this type. Throws Error.
-const store::Value& ReadLeaf(const Scope& scope, const store::Target& target,
-                             store::ValueType type);
+store::Value ReadLeaf(const Scope& scope, const store::Target& target,
+                      store::ValueType type);
 
 // Selects a namespace by its hash; CONFD_OK. Throws Error.
 int SelectNamespace(const Scope& scope, int hashed_ns);

@@ -135,8 +135,9 @@ int cdb_get_str(int sock, char* rval, int n, const char* fmt, ...) {
       "cdb_get_str", sock, fmt, args,
       [&](Call& call, Scope& scope, const store::Target& target) {
         RequirePointer(rval, "the buffer");
-        const std::string& text =
-            ReadLeaf(scope, target, store::ValueType::kBuf).text();
+        const store::Value value =
+            ReadLeaf(scope, target, store::ValueType::kBuf);
+        const std::string& text = value.text();
         if (n < 0 || text.size() >= static_cast<size_t>(n)) {
           throw Error(ErrorCode::kProtoUsage,
                       "its " + std::to_string(text.size()) +

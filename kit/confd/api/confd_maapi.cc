@@ -100,10 +100,10 @@ int MoveCursor(Call& call, store::Cursor& cursor, const store::List* list,
     mc.n = 0;
     return CONFD_OK;
   }
-  cursor.place = list->PlaceOf(*entry);
-  visible.Set(entry->keys);
+  list->SetPlace(*entry, cursor.place);
+  visible.Set(cursor.place.keys);
   visible.Show(mc);
-  call.Output(mc.keys, entry->keys.size());
+  call.Output(mc.keys, cursor.place.keys.size());
   call.KeepOwnership();
   return CONFD_OK;
 }

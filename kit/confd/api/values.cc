@@ -262,26 +262,29 @@ confd_value_t ToC(const Value& value) {
 confd_value_t ToC(const Element& element) {
   confd_value_t c{};
   c.type = C_NOEXISTS;
-  if (element.value != nullptr) return ToC(*element.value);
-  if (element.container != nullptr) {
+  if (!element.exists()) return c;
+  if (element.schema->kind == store::NodeKind::kLeaf) {
+    return ToC(element.value());
+  }
+  if (element.schema->IsContainer()) {
     c.type = C_XMLTAG;
-    c.val.xmltag = {TagOf(*element.container), element.container->module->hash};
-  } else if (element.items != nullptr) {
-    size_t count = element.items->size();
-    auto* items = static_cast<confd_value_t*>(
-        std::calloc(count + 1, sizeof(confd_value_t)));
-    if (items == nullptr) throw std::bad_alloc();
-    c.type = C_LIST;
-    c.val.list = {0, items};
-    try {
-      for (const Value& item : *element.items) {
-        items[c.val.list.size] = ToC(item);
-        ++c.val.list.size;
-      }
-    } catch (...) {
-      Release(c);
-      throw;
+    c.val.xmltag = {TagOf(*element.schema), element.schema->module->hash};
+    return c;
+  }
+  const std::vector<Value> values = element.items();
+  auto* items = static_cast<confd_value_t*>(
+      std::calloc(values.size() + 1, sizeof(confd_value_t)));
+  if (items == nullptr) throw std::bad_alloc();
+  c.type = C_LIST;
+  c.val.list = {0, items};
+  try {
+    for (const Value& item : values) {
+      items[c.val.list.size] = ToC(item);
+      ++c.val.list.size;
     }
+  } catch (...) {
+    Release(c);
+    throw;
   }
   return c;
 }

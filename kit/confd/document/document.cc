@@ -105,7 +105,8 @@ void ImportNode(const lyd_node* node, const SchemaNode& schema, Node& parent) {
       for (size_t i = 0; i < schema.key_count; ++i, child = child->next) {
         keys.push_back(ImportValue(*schema.children[i], child));
       }
-      Node* entry = parent.MakeList(schema).Insert(std::move(keys)).first;
+      Node* entry =
+          parent.MakeList(schema).Insert({keys.data(), keys.size()}).first;
       Import(child, *entry);
       return;
     }
@@ -182,7 +183,7 @@ class Exporter {
         Term(schema, *node.SetValue(schema), out);
         return;
       case NodeKind::kLeafList:
-        for (const Value& value : *node.LeafListValues(schema)) {
+        for (const Value& value : node.LeafListValues(schema)) {
           Term(schema, value, out);
         }
         return;
@@ -193,14 +194,11 @@ class Exporter {
                             0, &inner),
               schema);
         Adopt(inner, out, schema);
-        Children(*node.Container(schema), inner);
+        Children(*node.FindContainer(schema), inner);
         return;
       }
       case NodeKind::kList:
-        for (const Node* entry = node.ListAt(schema)->First(); entry != nullptr;
-             entry = entry->next) {
-          Entry(*entry, out);
-        }
+        for (const Node& entry : *node.ListAt(schema)) Entry(entry, out);
         return;
       default:
         return;
@@ -211,8 +209,8 @@ class Exporter {
     const SchemaNode& schema = *entry.schema;
     // libyang takes as many arguments as the list has keys.
     std::string keys[9];
-    for (size_t i = 0; i < entry.keys.size(); ++i) {
-      keys[i] = schema.children[i]->type->Print(entry.keys[i]);
+    for (size_t i = 0; i < schema.key_count; ++i) {
+      keys[i] = schema.children[i]->type->Print(entry.Key(i));
     }
     lyd_node* list = nullptr;
     Check(lyd_new_list(out, schema.module->compiled, schema.name.c_str(), 0,

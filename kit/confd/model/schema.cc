@@ -253,6 +253,7 @@ void Schema::FinishNode(SchemaNode& node) {
   for (size_t i = 0; i < node.children.size(); ++i) {
     SchemaNode& child = *node.children[i];
     child.slot = i;
+    child.in_choice = node.in_choice || !child.cases.empty();
     node.by_name[child.name].push_back(&child);
   }
   for (const auto& child_node : node.children) {

@@ -78,6 +78,7 @@ struct SchemaNode {
     bool is_default;
   };
   std::vector<CaseOf> cases;
+  bool in_choice = false;  // this node or one above it stands in a case
 
   bool IsContainer() const {
     return kind == NodeKind::kContainer || kind == NodeKind::kPresenceContainer;

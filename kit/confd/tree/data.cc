@@ -22,17 +22,11 @@ std::string Count(size_t number, const char* noun) {
 
 void AppendChildren(const Node& node, std::vector<Element>& elements) {
   for (const auto& child : node.schema->children) {
-    Element element;
-    const Node* container = nullptr;
-    if (child->kind == NodeKind::kLeaf) {
-      element.value = node.LeafValue(*child);
-    } else if (child->kind == NodeKind::kLeafList) {
-      element.items = node.LeafListValues(*child);
-    } else if (child->kind != NodeKind::kList) {
-      container = node.Container(*child);
-      if (container != nullptr) element.container = child.get();
-    }
-    elements.push_back(element);
+    const Node* container =
+        child->IsContainer() ? node.Container(*child) : nullptr;
+    const bool exists =
+        container != nullptr || (IsLeafKind(*child) && node.HasValue(*child));
+    elements.push_back(exists ? Element{&node, child.get()} : Element{});
     if (container != nullptr) AppendChildren(*container, elements);
   }
 }
@@ -125,9 +119,9 @@ class ObjectWriter {
   static void WriteElement(const SchemaNode& child, NewElement& element,
                            Node& node) {
     if (element.value) {
-      node.SetLeaf(child, std::move(*element.value));
+      node.SetLeaf(child, *element.value);
     } else if (element.items) {
-      node.SetLeafList(child, std::move(*element.items));
+      node.SetLeafList(child, *element.items);
     } else if (element.is_container) {
       node.MakeContainer(child);
     } else if (child.kind != NodeKind::kList) {
@@ -151,6 +145,17 @@ void RequireHolder(const Target& target) {
 }
 
 }  // namespace
+
+Data::Data(const Schema& schema) : schema_(&schema) {
+  arenas_.push_back(std::make_shared<Arena>());
+  root_ = Node::Make(*arenas_.front(), schema.root(), nullptr, 0);
+}
+
+void Data::ShareWith(Data& other) const {
+  // Nothing of what a reader sees changes.
+  arenas_.front()->Freeze();
+  other.arenas_.insert(other.arenas_.end(), arenas_.begin(), arenas_.end());
+}
 
 std::vector<Value> Data::ParseKeys(const SchemaNode& list,
                                    const std::vector<std::string>& keys) const {
@@ -176,7 +181,7 @@ std::vector<Value> Data::ParseKeys(const SchemaNode& list,
 Target Data::Find(const keypath::Path& path, const PathRules& rules) const {
   Target target;
   target.schema = &schema_->root();
-  Node* current = root_.get();
+  Node* current = root_;
   for (const keypath::Step& step : path.steps) {
     const SchemaNode& parent = *target.schema;
     if (parent.kind == NodeKind::kList && !target.is_entry) {
@@ -235,9 +240,8 @@ bool Data::Exists(const Target& target) const {
   if (target.holder == nullptr) return false;
   switch (schema.kind) {
     case NodeKind::kLeaf:
-      return target.holder->LeafValue(schema) != nullptr;
     case NodeKind::kLeafList:
-      return target.holder->LeafListValues(schema) != nullptr;
+      return target.holder->HasValue(schema);
     case NodeKind::kPresenceContainer:
       return target.holder->Container(schema) != nullptr;
     default:
@@ -267,16 +271,10 @@ Element Data::Get(const Target& target) const {
     Fail(ErrorCode::kUnavailable, "it is not a leaf and has no value");
   }
   RequireHolder(target);
-  Element element;
-  if (schema.kind == NodeKind::kLeaf) {
-    element.value = target.holder->LeafValue(schema);
-  } else {
-    element.items = target.holder->LeafListValues(schema);
-  }
-  if (!element.exists()) {
+  if (!target.holder->HasValue(schema)) {
     Fail(ErrorCode::kNoExists, "the leaf has no value and no default");
   }
-  return element;
+  return {target.holder, &schema};
 }
 
 void Data::ReadObject(const Node& entry, std::vector<Element>& elements) {
@@ -313,7 +311,8 @@ void Data::Create(const Target& target) {
   RequireHolder(target);
   if (Exists(target)) Fail(ErrorCode::kAlreadyExists, "it exists already");
   if (target.is_entry) {
-    target.holder->MakeList(schema).Insert(target.keys);
+    target.holder->MakeList(schema).Insert(
+        {target.keys.data(), target.keys.size()});
   } else if (is_empty_leaf) {
     target.holder->SetLeaf(schema, Value::Number(ValueType::kEmpty, 0));
   } else {
@@ -406,7 +405,7 @@ void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
                            ? nullptr
                            : existing->Find({keys.data(), keys.size()}));
   List& list = target.holder->MakeList(schema);
-  writer.Write(*list.Insert(std::move(keys)).first);
+  writer.Write(*list.Insert({keys.data(), keys.size()}).first);
 }
 
 }  // namespace kit::store

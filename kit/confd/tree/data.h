@@ -3,6 +3,7 @@
 #define KIT_CONFD_TREE_DATA_H_
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -21,14 +22,15 @@ struct PathRules {
   const Module* selected = nullptr;
 };
 
-// One element of a value array.
+// One element of a value array: a leaf, a leaf-list or the start of a container
+// that has something to read, or nothing.
 struct Element {
-  const Value* value = nullptr;               // a leaf's value
-  const std::vector<Value>* items = nullptr;  // a leaf-list's values
-  const SchemaNode* container = nullptr;      // the start of a container
-  bool exists() const {
-    return value != nullptr || items != nullptr || container != nullptr;
-  }
+  const Node* holder = nullptr;
+  const SchemaNode* schema = nullptr;
+  bool exists() const { return schema != nullptr; }
+  // Of a leaf, of a leaf-list.
+  Value value() const { return *holder->LeafValue(*schema); }
+  std::vector<Value> items() const { return holder->LeafListValues(*schema); }
 };
 
 // A writer's value array element: what Element has, owned.
@@ -57,13 +59,14 @@ struct Target {
 // One tree under its schema. Every operation throws Error.
 class Data {
  public:
-  explicit Data(const Schema& schema)
-      : schema_(&schema),
-        root_(std::make_unique<Node>(schema.root(), nullptr)) {}
+  explicit Data(const Schema& schema);
 
   const Schema& schema() const { return *schema_; }
   Node& root() { return *root_; }
   const Node& root() const { return *root_; }
+
+  // Lets entries of `other` begin with leaves of this one.
+  void ShareWith(Data& other) const;
 
   // kBadPath: the path does not fit the model.
   Target Find(const keypath::Path& path, const PathRules& rules) const;
@@ -96,7 +99,9 @@ class Data {
                                const std::vector<std::string>& keys) const;
 
   const Schema* schema_;
-  std::unique_ptr<Node> root_;
+  // Its own, and those that others share with it.
+  std::vector<std::shared_ptr<Arena>> arenas_;
+  Node* root_;
 };
 
 }  // namespace kit::store

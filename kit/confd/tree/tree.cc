@@ -2,123 +2,296 @@
 
 #include <algorithm>
 #include <atomic>
-#include <iterator>
+#include <cstring>
+#include <new>
 
 #include "kit/confd/keypath/key_text.h"
 
 namespace kit::store {
 namespace {
 
+// Cells that a new record has room for besides its keys.
+constexpr size_t kFirstCells = 4;
+
 template <typename T>
-T* Held(const Slot& slot) {
-  const auto* held = std::get_if<std::unique_ptr<T>>(&slot);
-  return held == nullptr ? nullptr : held->get();
+T* Held(const Cell* cell) {
+  return cell == nullptr ? nullptr : reinterpret_cast<T*>(*cell);
 }
 
-bool IsSetSlot(const Slot& slot) {
-  if (const Node* node = Held<Node>(slot)) {
-    return node->schema->kind == NodeKind::kPresenceContainer ||
-           !node->IsEmpty();
+Cell CellOf(const void* held) { return reinterpret_cast<Cell>(held); }
+
+size_t BitCount(uint64_t word) {
+  return static_cast<size_t>(__builtin_popcountll(word));
+}
+
+KeyPrefixBuilder PrefixOf(const SchemaNode& list, KeyView keys) {
+  KeyPrefixBuilder builder;
+  for (size_t i = 0; i < keys.size; ++i) {
+    builder.Add(*list.children[i]->type, keys.data[i]);
   }
-  if (const List* list = Held<List>(slot)) return list->size() > 0;
-  return !std::holds_alternative<std::monostate>(slot);
+  return builder;
 }
 
 }  // namespace
 
-Node::Node(const SchemaNode& schema_node, Node* parent_node)
+// ---- Node -----------------------------------------------------------------
+
+Node::Node(Arena& arena, const SchemaNode& schema_node, Node* parent_node,
+           size_t cells, uint64_t* shared)
     : schema(&schema_node),
       parent(parent_node),
-      slots(schema_node.children.size()) {
-  for (const auto& child : schema_node.children) {
-    if (child->kind == NodeKind::kContainer) Clear(*child);
+      record_(shared),
+      capacity_(cells) {
+  if (shared != nullptr) return;
+  const size_t words = header_words() + capacity_;
+  record_ = static_cast<uint64_t*>(arena.Allocate(words * sizeof(uint64_t)));
+  std::fill(record_, record_ + header_words(), 0);
+}
+
+Node* Node::Make(Arena& arena, const SchemaNode& schema, Node* parent,
+                 size_t cells, uint64_t* shared) {
+  void* memory = arena.Allocate(sizeof(Node));
+  try {
+    return new (memory) Node(arena, schema, parent, cells, shared);
+  } catch (...) {
+    arena.Free(memory, sizeof(Node));
+    throw;
+  }
+}
+
+void Node::Destroy(Node* node) {
+  Arena& arena = node->arena();
+  for (const auto& child : node->schema->children) {
+    if (const Cell* cell = node->Find(*child)) {
+      node->FreeContent(*child, *cell);
+    }
+  }
+  if (arena.MayChange(node->record_)) {
+    arena.Free(node->record_,
+               (node->header_words() + node->capacity_) * sizeof(uint64_t));
+  }
+  arena.Free(node, sizeof(Node));
+}
+
+size_t Node::CellIndex(size_t slot) const {
+  size_t index = 0;
+  for (size_t word = 0; word < slot / 64; ++word) {
+    index += BitCount(record_[word]);
+  }
+  const uint64_t below = (uint64_t{1} << slot % 64) - 1;
+  return index + BitCount(record_[slot / 64] & below);
+}
+
+size_t Node::CellCount() const {
+  size_t count = 0;
+  for (size_t word = 0; word < bitmap_words(); ++word) {
+    count += BitCount(record_[word]);
+  }
+  return count;
+}
+
+void Node::MoveRecord(size_t capacity) {
+  Arena& own = arena();
+  const size_t used = header_words() + CellCount();
+  const size_t old_words = header_words() + capacity_;
+  auto* moved = static_cast<uint64_t*>(
+      own.Allocate((header_words() + capacity) * sizeof(uint64_t)));
+  std::memcpy(moved, record_, used * sizeof(uint64_t));
+  if (own.MayChange(record_)) own.Free(record_, old_words * sizeof(uint64_t));
+  record_ = moved;
+  capacity_ = capacity;
+}
+
+// The child's cell, new ones with nothing in it.
+Cell& Node::CellFor(const SchemaNode& child) {
+  const size_t index = CellIndex(child.slot);
+  if (Has(child.slot)) {
+    if (!arena().MayChange(record_)) MoveRecord(capacity_);
+    return cells()[index];
+  }
+  const size_t count = CellCount();
+  if (count == capacity_) {
+    MoveRecord(std::max(kFirstCells, capacity_ + capacity_ / 2));
+  } else if (!arena().MayChange(record_)) {
+    MoveRecord(capacity_);
+  }
+  Cell* const first = cells();
+  std::copy_backward(first + index, first + count, first + count + 1);
+  first[index] = 0;
+  record_[child.slot / 64] |= uint64_t{1} << child.slot % 64;
+  return first[index];
+}
+
+// Replaces what the child holds.
+void Node::Put(const SchemaNode& child, Cell cell) {
+  const Cell* held = Find(child);
+  const Cell before = held != nullptr ? *held : 0;
+  const bool had = held != nullptr;
+  CellFor(child) = cell;
+  if (had) FreeContent(child, before);
+}
+
+void Node::FreeContent(const SchemaNode& child, Cell cell) const {
+  switch (child.kind) {
+    case NodeKind::kLeaf:
+      FreeCell(arena(), *child.type, cell);
+      return;
+    case NodeKind::kLeafList:
+      FreeListCell(arena(), *child.type, cell);
+      return;
+    case NodeKind::kContainer:
+    case NodeKind::kPresenceContainer:
+      Destroy(Held<Node>(&cell));
+      return;
+    case NodeKind::kList:
+      List::Destroy(Held<List>(&cell));
+      return;
+    default:
+      return;
   }
 }
 
 void Node::Clear(const SchemaNode& child) {
-  if (child.kind == NodeKind::kContainer) {
-    slots[child.slot] = std::make_unique<Node>(child, this);
-  } else {
-    slots[child.slot] = std::monostate();
-  }
+  const Cell* held = Find(child);
+  if (held == nullptr) return;
+  const Cell cell = *held;
+  if (!arena().MayChange(record_)) MoveRecord(capacity_);
+  const size_t index = CellIndex(child.slot);
+  Cell* const first = cells();
+  std::copy(first + index + 1, first + CellCount(), first + index);
+  record_[child.slot / 64] &= ~(uint64_t{1} << child.slot % 64);
+  FreeContent(child, cell);
 }
 
-void Node::SetLeaf(const SchemaNode& leaf, Value value) {
+void Node::SetLeaf(const SchemaNode& leaf, const Value& value) {
   ClearOtherCases(leaf);
-  slots[leaf.slot] = std::move(value);
+  Put(leaf, MakeCell(arena(), *leaf.type, value));
 }
 
-void Node::SetLeafList(const SchemaNode& leaf_list, std::vector<Value> values) {
+void Node::SetLeafList(const SchemaNode& leaf_list,
+                       const std::vector<Value>& values) {
   ClearOtherCases(leaf_list);
-  slots[leaf_list.slot] =
-      std::make_unique<std::vector<Value>>(std::move(values));
+  Put(leaf_list, MakeListCell(arena(), *leaf_list.type, values));
 }
 
-void Node::AddToLeafList(const SchemaNode& leaf_list, Value value) {
-  if (auto* values = Held<std::vector<Value>>(slots[leaf_list.slot])) {
-    values->push_back(std::move(value));
-  } else {
-    SetLeafList(leaf_list, {std::move(value)});
+void Node::AddToLeafList(const SchemaNode& leaf_list, const Value& value) {
+  std::vector<Value> values;
+  if (const Cell* cell = Find(leaf_list)) {
+    values = ValuesOf(*leaf_list.type, *cell);
   }
+  values.push_back(value);
+  SetLeafList(leaf_list, values);
 }
 
-const Value* Node::SetValue(const SchemaNode& leaf) const {
-  if (leaf.is_key() && !keys.empty()) return &keys[leaf.slot];
-  return std::get_if<Value>(&slots[leaf.slot]);
+std::optional<Value> Node::SetValue(const SchemaNode& leaf) const {
+  const Cell* cell = Find(leaf);
+  if (cell == nullptr) return std::nullopt;
+  return ValueOf(*leaf.type, *cell);
 }
 
-const Value* Node::LeafValue(const SchemaNode& leaf) const {
-  if (const Value* value = SetValue(leaf)) return value;
-  if (!leaf.default_value || !DefaultApplies(leaf)) return nullptr;
-  return &*leaf.default_value;
+std::optional<Value> Node::LeafValue(const SchemaNode& leaf) const {
+  if (const Cell* cell = Find(leaf)) return ValueOf(*leaf.type, *cell);
+  if (!leaf.default_value || !DefaultApplies(leaf)) return std::nullopt;
+  return leaf.default_value;
 }
 
-const std::vector<Value>* Node::LeafListValues(
-    const SchemaNode& leaf_list) const {
-  if (const auto* values = Held<std::vector<Value>>(slots[leaf_list.slot])) {
-    return values;
+std::vector<Value> Node::LeafListValues(const SchemaNode& leaf_list) const {
+  if (const Cell* cell = Find(leaf_list)) {
+    return ValuesOf(*leaf_list.type, *cell);
   }
-  if (leaf_list.default_values.empty() || !DefaultApplies(leaf_list)) {
-    return nullptr;
-  }
-  return &leaf_list.default_values;
+  if (!DefaultApplies(leaf_list)) return {};
+  return leaf_list.default_values;
+}
+
+bool Node::HasValue(const SchemaNode& leaf) const {
+  if (Has(leaf.slot)) return true;
+  const bool has_default = leaf.kind == NodeKind::kLeaf
+                               ? leaf.default_value.has_value()
+                               : !leaf.default_values.empty();
+  return has_default && DefaultApplies(leaf);
+}
+
+const Node* Node::FindContainer(const SchemaNode& container) const {
+  return Held<Node>(Find(container));
 }
 
 Node* Node::Container(const SchemaNode& container) const {
-  return Held<Node>(slots[container.slot]);
+  const Cell* cell = Find(container);
+  if (cell != nullptr) return Held<Node>(cell);
+  if (container.kind != NodeKind::kContainer) return nullptr;
+  // What is always there changes nothing by being made.
+  auto* self = const_cast<Node*>(this);
+  Node* made = Make(arena(), container, self, 0);
+  self->CellFor(container) = CellOf(made);
+  return made;
 }
 
 List* Node::ListAt(const SchemaNode& list) const {
-  return Held<List>(slots[list.slot]);
+  return Held<List>(Find(list));
 }
 
 Node& Node::MakeContainer(const SchemaNode& container) {
-  Slot& slot = slots[container.slot];
-  if (Held<Node>(slot) == nullptr) {
-    ClearOtherCases(container);
-    slot = std::make_unique<Node>(container, this);
-  }
-  return *Held<Node>(slot);
+  if (const Cell* cell = Find(container)) return *Held<Node>(cell);
+  ClearOtherCases(container);
+  Node* made = Make(arena(), container, this, kFirstCells);
+  CellFor(container) = CellOf(made);
+  return *made;
 }
 
 List& Node::MakeList(const SchemaNode& list) {
-  Slot& slot = slots[list.slot];
-  if (Held<List>(slot) == nullptr) {
-    ClearOtherCases(list);
-    slot = std::make_unique<List>(list, this);
+  if (const Cell* cell = Find(list)) return *Held<List>(cell);
+  ClearOtherCases(list);
+  auto* made = new (arena().Allocate(sizeof(List))) List(list, this);
+  CellFor(list) = CellOf(made);
+  return *made;
+}
+
+bool Node::IsSetCell(const SchemaNode& child, Cell cell) const {
+  switch (child.kind) {
+    case NodeKind::kContainer:
+      return !Held<Node>(&cell)->IsEmpty();
+    case NodeKind::kList:
+      return Held<List>(&cell)->size() > 0;
+    default:
+      return !child.is_key();
   }
-  return *Held<List>(slot);
 }
 
 bool Node::IsSet(const SchemaNode& child) const {
-  return IsSetSlot(slots[child.slot]);
+  const Cell* cell = Find(child);
+  return cell != nullptr && IsSetCell(child, *cell);
 }
 
 bool Node::IsEmpty() const {
-  return std::none_of(slots.begin(), slots.end(), IsSetSlot);
+  if (CellCount() == 0) return true;
+  return std::none_of(schema->children.begin(), schema->children.end(),
+                      [this](const auto& child) { return IsSet(*child); });
+}
+
+bool Node::HoldsLeavesAlone() const {
+  return std::none_of(schema->children.begin(), schema->children.end(),
+                      [this](const auto& child) {
+                        return child->kind != NodeKind::kLeaf &&
+                               child->kind != NodeKind::kLeafList &&
+                               Has(child->slot);
+                      });
+}
+
+Value Node::Key(size_t number) const {
+  // Keys come first and are always there.
+  return ValueOf(*schema->children[number]->type, cells()[number]);
+}
+
+std::vector<Value> Node::Keys() const {
+  std::vector<Value> keys;
+  if (!is_entry()) return keys;
+  keys.reserve(schema->key_count);
+  for (size_t i = 0; i < schema->key_count; ++i) keys.push_back(Key(i));
+  return keys;
 }
 
 void Node::ClearOtherCases(const SchemaNode& child) {
+  if (!child.in_choice) return;
   if (parent != nullptr) parent->ClearOtherCases(*schema);
   for (const auto& own : child.cases) {
     for (const auto& other : schema->children) {
@@ -132,6 +305,7 @@ void Node::ClearOtherCases(const SchemaNode& child) {
 }
 
 bool Node::DefaultApplies(const SchemaNode& child) const {
+  if (!child.in_choice) return true;
   // A container without presence is there for the model's sake only: what it
   // holds by default hangs on the choice that it stands in.
   if (schema->kind == NodeKind::kContainer &&
@@ -154,10 +328,10 @@ bool Node::DefaultApplies(const SchemaNode& child) const {
 
 std::string KeyText(const Node& entry) {
   std::string text;
-  for (size_t i = 0; i < entry.keys.size(); ++i) {
+  for (size_t i = 0; i < entry.schema->key_count; ++i) {
     text += i == 0 ? '{' : ' ';
-    text += keypath::QuoteKey(
-        entry.schema->children[i]->type->Print(entry.keys[i]));
+    text +=
+        keypath::QuoteKey(entry.schema->children[i]->type->Print(entry.Key(i)));
   }
   return text + "}";
 }
@@ -165,52 +339,95 @@ std::string KeyText(const Node& entry) {
 std::string KeyPath(const Node& node) {
   if (node.parent == nullptr) return "";
   std::string path = KeyPath(*node.parent) + "/" + node.schema->PathName();
-  return node.keys.empty() ? path : path + KeyText(node);
+  return node.is_entry() ? path + KeyText(node) : path;
 }
 
-Node* List::Find(KeyView keys) const {
-  auto it = entries_.find(keys);
-  return it == entries_.end() ? nullptr : it->get();
+int CompareKeys(const Node& a, const Node& b) {
+  const std::vector<Value> keys_of_a = a.Keys();
+  const std::vector<Value> keys_of_b = b.Keys();
+  return Compare(KeyView{keys_of_a.data(), keys_of_a.size()},
+                 KeyView{keys_of_b.data(), keys_of_b.size()});
 }
 
-std::pair<Node*, bool> List::Insert(std::vector<Value> keys) {
-  KeyView view{keys.data(), keys.size()};
-  auto place = entries_.lower_bound(view);
-  if (place != entries_.end() && Compare((*place)->Keys(), view) == 0) {
-    return {place->get(), false};
+// ---- List -----------------------------------------------------------------
+
+void List::Destroy(List* list) {
+  Arena& arena = list->arena();
+  for (Node& entry : list->ByKey()) Node::Destroy(&entry);
+  list->by_key_.Release(arena);
+  list->by_place_.Release(arena);
+  arena.Free(list, sizeof(List));
+}
+
+List::Found List::Search(KeyView keys) const {
+  const KeyPrefixBuilder builder = PrefixOf(*schema_, keys);
+  const bool decides = builder.is_whole() && keys.size == schema_->key_count;
+  auto compare = [&](const Node& node) {
+    if (decides) return 0;
+    for (size_t i = 0; i < keys.size; ++i) {
+      const int order =
+          Compare(*schema_->children[i]->type, node.cells()[i], keys.data[i]);
+      if (order != 0) return order;
+    }
+    return keys.size < schema_->key_count ? 1 : 0;
+  };
+  Found found{by_key_.LowerBound(builder.prefix(), compare), builder.prefix(),
+              nullptr};
+  Node* node = by_key_.At(found.position);
+  if (node == nullptr || keys.size < schema_->key_count) return found;
+  // Where the prefix decides it must be the same; compare() does not look.
+  bool same = true;
+  for (size_t i = 0; same && i < keys.size; ++i) {
+    same = Compare(*schema_->children[i]->type, node->cells()[i],
+                   keys.data[i]) == 0;
   }
-  auto entry = std::make_unique<Node>(*schema_, holder_);
-  entry->keys = std::move(keys);
-  auto inserted = entries_.insert(place, std::move(entry));
-  Node* node = inserted->get();
-  Node* before = nullptr;
+  if (same) found.node = node;
+  return found;
+}
+
+EntryIndex::Position List::PositionOfPlace(uint64_t place) const {
+  return by_place_.LowerBound({place, 0}, [](const Node&) { return 0; });
+}
+
+EntryIndex::Position List::PositionOf(const Node& entry) const {
+  if (schema_->user_ordered) return PositionOfPlace(entry.place());
+  const std::vector<Value> keys = entry.Keys();
+  return Search({keys.data(), keys.size()}).position;
+}
+
+Node* List::Find(KeyView keys) const { return Search(keys).node; }
+
+std::pair<Node*, bool> List::Insert(KeyView keys, const Node* like) {
+  const Found found = Search(keys);
+  if (found.node != nullptr) return {found.node, false};
+  Arena& own = arena();
+  const size_t cells =
+      like != nullptr ? like->capacity_ : schema_->key_count + kFirstCells;
+  Node* node = Node::Make(own, *schema_, holder_, cells,
+                          like != nullptr ? like->record_ : nullptr);
+  if (like == nullptr) {
+    for (size_t i = 0; i < keys.size; ++i) {
+      const SchemaNode& key = *schema_->children[i];
+      node->CellFor(key) = MakeCell(own, *key.type, keys.data[i]);
+    }
+  }
+  by_key_.Insert(own, found.position, found.prefix, node);
   if (schema_->user_ordered) {
-    if (!order_.empty()) before = order_.rbegin()->second;
-    node->place = ++last_place_;
-    order_.emplace_hint(order_.end(), node->place, node);
-  } else {
-    if (inserted != entries_.begin()) before = std::prev(inserted)->get();
-    if (place != entries_.end()) node->next = place->get();
+    node->record_[node->bitmap_words()] = ++last_place_;
+    by_place_.Insert(own, PositionOfPlace(last_place_), {last_place_, 0}, node);
   }
-  if (before != nullptr) before->next = node;
-  positions_.clear();
+  stamp_ = NewStamp();
   return {node, true};
 }
 
 bool List::Erase(KeyView keys) {
-  auto it = entries_.find(keys);
-  if (it == entries_.end()) return false;
-  Node* before = nullptr;
+  const Found found = Search(keys);
+  if (found.node == nullptr) return false;
+  by_key_.Erase(arena(), found.position);
   if (schema_->user_ordered) {
-    auto in_order = order_.find((*it)->place);
-    if (in_order != order_.begin()) before = std::prev(in_order)->second;
-    order_.erase(in_order);
-  } else if (it != entries_.begin()) {
-    before = std::prev(it)->get();
+    by_place_.Erase(arena(), PositionOfPlace(found.node->place()));
   }
-  if (before != nullptr) before->next = (*it)->next;
-  entries_.erase(it);
-  positions_.clear();
+  Node::Destroy(found.node);
   stamp_ = NewStamp();
   return true;
 }
@@ -220,62 +437,39 @@ uint64_t List::NewStamp() {
   return ++last;
 }
 
-Node* List::First() const {
-  if (!schema_->user_ordered) return FirstByKey();
-  return order_.empty() ? nullptr : order_.begin()->second;
-}
-
 Node* List::Next(KeyView keys, bool or_same) const {
-  auto it = entries_.lower_bound(keys);
-  bool same = it != entries_.end() && Compare((*it)->Keys(), keys) == 0;
+  const Found found = Search(keys);
   if (!schema_->user_ordered) {
-    if (same && !or_same) ++it;
-    return it == entries_.end() ? nullptr : it->get();
+    const bool skip = found.node != nullptr && !or_same;
+    return by_key_.At(skip ? by_key_.After(found.position) : found.position);
   }
   if (keys.size < schema_->key_count) {
     // The user's order says nothing of keys: take the first that fits.
-    Node* node = First();
-    while (node != nullptr &&
-           Compare({node->keys.data(), keys.size}, keys) != 0) {
-      node = node->next;
+    for (Node& entry : *this) {
+      const std::vector<Value> own = entry.Keys();
+      if (Compare(KeyView{own.data(), keys.size}, keys) == 0) return &entry;
     }
-    return node;
+    return nullptr;
   }
-  if (!same) return nullptr;
-  return or_same ? it->get() : (*it)->next;
+  if (found.node == nullptr || or_same) return found.node;
+  return by_place_.At(by_place_.After(PositionOfPlace(found.node->place())));
 }
 
-List::Place List::PlaceOf(const Node& entry) const {
-  return {&entry, entry.keys, entry.place, stamp_};
+void List::SetPlace(const Node& entry, Place& place) const {
+  place.keys = entry.Keys();
+  place.order = schema_->user_ordered ? entry.place() : 0;
+  place.position = PositionOf(entry);
+  place.stamp = stamp_;
 }
 
 Node* List::After(const Place& place) const {
-  if (place.stamp == stamp_) return place.entry->next;
+  if (place.stamp == stamp_) {
+    return order().At(order().After(place.position));
+  }
   if (!schema_->user_ordered) {
-    return NextByKey({place.keys.data(), place.keys.size()});
+    return Next({place.keys.data(), place.keys.size()}, false);
   }
-  auto next = order_.upper_bound(place.order);
-  return next == order_.end() ? nullptr : next->second;
-}
-
-Node* List::FirstByKey() const {
-  return entries_.empty() ? nullptr : entries_.begin()->get();
-}
-
-Node* List::NextByKey(KeyView keys) const {
-  auto it = entries_.upper_bound(keys);
-  return it == entries_.end() ? nullptr : it->get();
-}
-
-Node* List::At(size_t position) const {
-  if (position >= size()) return nullptr;
-  if (positions_.empty()) {
-    positions_.reserve(size());
-    for (Node* node = First(); node != nullptr; node = node->next) {
-      positions_.push_back(node);
-    }
-  }
-  return positions_[position];
+  return by_place_.At(PositionOfPlace(place.order + 1));
 }
 
 }  // namespace kit::store

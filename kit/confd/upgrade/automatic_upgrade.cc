@@ -36,7 +36,7 @@ class Carrier {
       const SchemaNode* old_child = Counterpart(*child, *from.schema);
       if (old_child == nullptr) continue;
       if (child->IsContainer() && old_child->IsContainer()) {
-        const Node* container = from.Container(*old_child);
+        const Node* container = from.FindContainer(*old_child);
         if (container != nullptr && from.IsSet(*old_child)) {
           CarryOver(*container, to.MakeContainer(*child));
         }
@@ -70,7 +70,7 @@ class Carrier {
     if (node.kind == NodeKind::kLeaf) {
       value = node.type->Print(*holder.SetValue(node));
     } else if (node.kind == NodeKind::kLeafList) {
-      for (const Value& one : *holder.LeafListValues(node)) {
+      for (const Value& one : holder.LeafListValues(node)) {
         value += (value.empty() ? "" : " ") + node.type->Print(one);
       }
     }
@@ -97,21 +97,21 @@ class Carrier {
 
   void CarryOverLeaf(const Node& from, const SchemaNode& old_leaf, Node& to,
                      const SchemaNode& new_leaf) {
-    const Value* value = from.SetValue(old_leaf);
-    if (value == nullptr) return;
+    const std::optional<Value> value = from.SetValue(old_leaf);
+    if (!value) return;
     if (old_leaf.default_value && *value == *old_leaf.default_value &&
         new_leaf.default_value) {
       return;
     }
     auto converted = Convert(*value, old_leaf, new_leaf,
                              [&] { return PathOf(from, old_leaf); });
-    if (converted) to.SetLeaf(new_leaf, std::move(*converted));
+    if (converted) to.SetLeaf(new_leaf, *converted);
   }
 
   void CarryOverLeafList(const Node& from, const SchemaNode& old_list, Node& to,
                          const SchemaNode& new_list) {
     if (!from.IsSet(old_list)) return;
-    const std::vector<Value>& values = *from.LeafListValues(old_list);
+    const std::vector<Value> values = from.LeafListValues(old_list);
     if (values == old_list.default_values && !new_list.default_values.empty()) {
       return;
     }
@@ -121,7 +121,7 @@ class Carrier {
                          [&] { return PathOf(from, old_list); });
       if (one) converted.push_back(std::move(*one));
     }
-    if (!converted.empty()) to.SetLeafList(new_list, std::move(converted));
+    if (!converted.empty()) to.SetLeafList(new_list, converted);
   }
 
   // The keys that an entry has in the new model; nothing, and a loss of the
@@ -132,11 +132,11 @@ class Carrier {
     for (size_t i = 0; i < new_list.key_count; ++i) {
       const SchemaNode& new_key = *new_list.children[i];
       const SchemaNode* old_key = Counterpart(new_key, *entry.schema);
-      const Value* value =
+      const std::optional<Value> value =
           old_key != nullptr && old_key->kind == NodeKind::kLeaf
               ? entry.LeafValue(*old_key)
-              : nullptr;
-      if (value == nullptr) {
+              : std::nullopt;
+      if (!value) {
         Lose(KeyPath(entry), "",
              "it has no value for the new key \"" + new_key.name + "\"");
         return std::nullopt;
@@ -153,16 +153,15 @@ class Carrier {
                      const SchemaNode& new_list) {
     const List* list = from.ListAt(old_list);
     if (list == nullptr) return;
-    for (const Node* entry = list->First(); entry != nullptr;
-         entry = entry->next) {
-      auto keys = ConvertKeys(*entry, new_list);
+    for (const Node& entry : *list) {
+      auto keys = ConvertKeys(entry, new_list);
       if (!keys) continue;
-      auto [node, is_new] = to.MakeList(new_list).Insert(std::move(*keys));
+      auto [node, is_new] =
+          to.MakeList(new_list).Insert({keys->data(), keys->size()});
       if (is_new) {
-        CarryOver(*entry, *node);
+        CarryOver(entry, *node);
       } else {
-        Lose(KeyPath(*entry), "",
-             "another entry has its keys in the new model");
+        Lose(KeyPath(entry), "", "another entry has its keys in the new model");
       }
     }
   }

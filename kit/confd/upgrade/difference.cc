@@ -31,7 +31,7 @@ class Comparison {
       return leaf.type->Print(*node->SetValue(leaf));
     }
     std::string text = "[";
-    for (const Value& value : *node->LeafListValues(leaf)) {
+    for (const Value& value : node->LeafListValues(leaf)) {
       if (text.size() > 1) text += ' ';
       text += leaf.type->Print(value);
     }
@@ -39,7 +39,7 @@ class Comparison {
   }
 
   static const Node* ContainerOf(const Node* node, const SchemaNode& schema) {
-    return node == nullptr ? nullptr : node->Container(schema);
+    return node == nullptr ? nullptr : node->FindContainer(schema);
   }
 
   static void Leaves(const SchemaNode& schema, const Node* before,
@@ -93,21 +93,35 @@ class Comparison {
   // Merges the two lists by key, whatever order the user gave them.
   void ListEntries(const List* before, const List* after,
                    const std::string& path) {
-    const Node* old_entry = before == nullptr ? nullptr : before->FirstByKey();
-    const Node* new_entry = after == nullptr ? nullptr : after->FirstByKey();
-    while (old_entry != nullptr || new_entry != nullptr) {
-      int order = old_entry == nullptr ? 1
-                  : new_entry == nullptr
-                      ? -1
-                      : store::Compare(old_entry->Keys(), new_entry->Keys());
-      const Node* old_side = order <= 0 ? old_entry : nullptr;
-      const Node* new_side = order >= 0 ? new_entry : nullptr;
+    Walk old_entries(before);
+    Walk new_entries(after);
+    while (old_entries.entry() != nullptr || new_entries.entry() != nullptr) {
+      const Node* old_side = old_entries.entry();
+      const Node* new_side = new_entries.entry();
+      if (old_side != nullptr && new_side != nullptr) {
+        const int order = CompareKeys(*old_side, *new_side);
+        if (order < 0) new_side = nullptr;
+        if (order > 0) old_side = nullptr;
+      }
       Entry(old_side, new_side,
             path + KeyText(old_side != nullptr ? *old_side : *new_side));
-      if (old_side != nullptr) old_entry = before->NextByKey(old_side->Keys());
-      if (new_side != nullptr) new_entry = after->NextByKey(new_side->Keys());
+      if (old_side != nullptr) old_entries.Advance();
+      if (new_side != nullptr) new_entries.Advance();
     }
   }
+
+  // Goes through a list by key; a list that is not there is empty.
+  class Walk {
+   public:
+    explicit Walk(const List* list) {
+      if (list != nullptr) at_ = list->ByKey().begin();
+    }
+    const Node* entry() const { return at_.get(); }
+    void Advance() { ++at_; }
+
+   private:
+    List::Iterator at_;
+  };
 
   const std::function<void(const EntryDifference&)>& sink_;
 };

@@ -8,9 +8,8 @@ namespace {
 
 std::vector<std::string> Keys(const List& list) {
   std::vector<std::string> keys;
-  for (const Node* entry = list.First(); entry != nullptr;
-       entry = entry->next) {
-    keys.push_back(entry->schema->children[0]->type->Print(entry->keys[0]));
+  for (const Node& entry : list) {
+    keys.push_back(entry.schema->children[0]->type->Print(entry.Key(0)));
   }
   return keys;
 }
@@ -23,22 +22,29 @@ class ListTest : public testing::TestWithParam<const char*> {
   Value Key(int number) const {
     return schema().children[0]->type->Parse(std::to_string(number));
   }
+  List& MakeList(Data& data) const {
+    return data.root().MakeContainer(*schema().parent).MakeList(schema());
+  }
+  std::pair<Node*, bool> Insert(List& list, int number) const {
+    const Value key = Key(number);
+    return list.Insert({&key, 1});
+  }
 };
 
 TEST_P(ListTest, PositionsFollowEveryChange) {
   Data data(Zoo());
-  List list(schema(), &data.root());
+  List& list = MakeList(data);
   EXPECT_EQ(list.At(0), nullptr);
   for (int number : {5, 1, 9}) {
-    EXPECT_TRUE(list.Insert({Key(number)}).second);
-    EXPECT_FALSE(list.Insert({Key(number)}).second);
+    EXPECT_TRUE(Insert(list, number).second);
+    EXPECT_FALSE(Insert(list, number).second);
     ASSERT_NE(list.At(0), nullptr);
   }
   auto expect_positions = [&] {
     std::vector<std::string> keys = Keys(list);
     ASSERT_EQ(keys.size(), list.size());
     for (size_t i = 0; i < keys.size(); ++i) {
-      EXPECT_EQ(list.At(i)->keys[0],
+      EXPECT_EQ(list.At(i)->Key(0),
                 list.At(i)->schema->children[0]->type->Parse(keys[i]));
     }
     EXPECT_EQ(list.At(keys.size()), nullptr);
@@ -48,36 +54,38 @@ TEST_P(ListTest, PositionsFollowEveryChange) {
   EXPECT_TRUE(list.Erase({key.data(), 1}));
   EXPECT_FALSE(list.Erase({key.data(), 1}));
   expect_positions();
-  list.Insert({Key(3)});
+  Insert(list, 3);
   expect_positions();
   EXPECT_EQ(list.size(), 3u);
 }
 
 TEST_P(ListTest, AfterAnEntryThatIsGoneComesTheOneBehindIt) {
   Data data(Zoo());
-  List list(schema(), &data.root());
-  for (int number : {1, 5, 9}) list.Insert({Key(number)});
+  List& list = MakeList(data);
+  for (int number : {1, 5, 9}) Insert(list, number);
   std::vector<Value> key = {Key(5)};
-  List::Place place = list.PlaceOf(*list.Find({key.data(), 1}));
+  List::Place place;
+  list.SetPlace(*list.Find({key.data(), 1}), place);
   list.Erase({key.data(), 1});
   const Node* next = list.After(place);
   ASSERT_NE(next, nullptr);
-  EXPECT_EQ(next->keys[0], Key(9));
+  EXPECT_EQ(next->Key(0), Key(9));
 }
 
 TEST_P(ListTest, AWalkMeetsWhatIsInsertedAheadOfItAndNotWhatIsErased) {
   Data data(Zoo());
-  List list(schema(), &data.root());
-  for (int number : {1, 5, 7}) list.Insert({Key(number)});
-  List::Place place = list.PlaceOf(*list.First());
-  list.Insert({Key(9)});
+  List& list = MakeList(data);
+  for (int number : {1, 5, 7}) Insert(list, number);
+  List::Place place;
+  list.SetPlace(*list.First(), place);
+  Insert(list, 9);
   std::vector<Value> seven = {Key(7)};
   list.Erase({seven.data(), 1});
   std::vector<Value> seen;
   for (const Node* entry = list.After(place); entry != nullptr;
        entry = list.After(place)) {
-    seen.push_back(entry->keys[0]);
-    place = list.PlaceOf(*entry);
+    seen.push_back(entry->Key(0));
+    list.SetPlace(*entry, place);
   }
   EXPECT_EQ(seen, (std::vector<Value>{Key(5), Key(9)}));
 }
@@ -103,9 +111,8 @@ TEST(Tree, EntriesOfAUserOrderedListCanBeWalkedByKey) {
   }
   const List& list = *Data::ListOf(At(data, "/zoo:lists/queue"));
   std::vector<uint64_t> numbers;
-  for (const Node* entry = list.FirstByKey(); entry != nullptr;
-       entry = list.NextByKey(entry->Keys())) {
-    numbers.push_back(entry->keys[0].bits());
+  for (const Node& entry : list.ByKey()) {
+    numbers.push_back(entry.Key(0).bits());
   }
   EXPECT_EQ(numbers, (std::vector<uint64_t>{1, 5, 9}));
 }
@@ -133,8 +140,8 @@ TEST(Tree, ListsThatWereEmptiedAreNotSet) {
 
 TEST(Tree, DefaultsAreReadAndNotKept) {
   Data data(Zoo());
-  EXPECT_EQ(data.Get(At(data, "/zoo:values/small")).value->bits(), 5u);
-  EXPECT_EQ(data.Get(At(data, "/zoo:values/names")).items->size(), 2u);
+  EXPECT_EQ(data.Get(At(data, "/zoo:values/small")).value().bits(), 5u);
+  EXPECT_EQ(data.Get(At(data, "/zoo:values/names")).items().size(), 2u);
   EXPECT_EQ(Write(data, Syntax::kJson), "{}\n");
 }
 
