@@ -5,17 +5,20 @@
 #include <sys/types.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/keypath/key_text.h"
@@ -88,65 +91,91 @@ std::optional<OpenKey> FindOpenKey(std::string_view text) {
   return OpenKey{text.substr(0, brace), in_key ? started - 1 : started};
 }
 
-class Formatter {
- public:
-  Formatter(std::string_view fmt, va_list args, const EnumNamer& namer)
-      : fmt_(fmt), namer_(namer) {
-    va_copy(args_, args);
-    out_.reserve(128);
-  }
-  ~Formatter() { va_end(args_); }
-  Formatter(const Formatter&) = delete;
-  Formatter& operator=(const Formatter&) = delete;
+// What a format says at one place: some text, and what to do behind it.
+struct Piece {
+  std::string_view text;
+  Directive directive;
+  // The conversion's character; '4' for %ip4, kEnd behind the last text, and
+  // kBad where `expectation` says what should have stood there.
+  char conversion = kEnd;
+  size_t at = 0;  // of the '%'
+  std::string_view expectation;
 
-  std::string Run() && {
-    while (true) {
-      const size_t percent = fmt_.find('%', pos_);
-      out_.append(fmt_.substr(pos_, percent - pos_));
-      if (percent == std::string_view::npos) return std::move(out_);
-      directive_at_ = percent;
-      pos_ = percent + 1;
-      Convert(ParseDirective());
-    }
+  static constexpr char kEnd = '\0';
+  static constexpr char kBad = '!';
+};
+
+constexpr char kKnown[] = "one of the directives %d %i %u %c %s %x %*x %ip4 %%";
+
+// A format taken apart once, for all the calls that use it.
+class ParsedFormat {
+ public:
+  explicit ParsedFormat(std::string_view fmt) : fmt_(fmt) {
+    do {
+      pieces_.push_back(ParsePiece());
+    } while (!ends_);
   }
+  ParsedFormat(const ParsedFormat&) = delete;
+  ParsedFormat& operator=(const ParsedFormat&) = delete;
+
+  const std::string& fmt() const { return fmt_; }
+  const std::vector<Piece>& pieces() const { return pieces_; }
 
  private:
-  [[noreturn]] void Fail(std::string expectation) const {
-    throw SyntaxError(fmt_, directive_at_, std::move(expectation));
+  Piece ParsePiece() {
+    Piece piece;
+    const std::string_view fmt = fmt_;
+    const size_t percent = std::min(fmt.find('%', pos_), fmt.size());
+    piece.text = fmt.substr(pos_, percent - pos_);
+    piece.at = percent;
+    if (percent == fmt.size()) {
+      ends_ = true;
+      return piece;
+    }
+    pos_ = percent + 1;
+    ParseDirective(piece);
+    if (!piece.expectation.empty()) {
+      piece.conversion = Piece::kBad;
+      ends_ = true;
+    }
+    return piece;
   }
 
   bool Accept(std::string_view text) {
-    if (fmt_.substr(pos_, text.size()) != text) return false;
+    if (std::string_view(fmt_).substr(pos_, text.size()) != text) return false;
     pos_ += text.size();
     return true;
   }
 
-  Directive ParseDirective() {
-    Directive directive;
+  void ParseDirective(Piece& piece) {
+    const std::string_view fmt = fmt_;
+    Directive& directive = piece.directive;
     const size_t flags_end =
-        std::min(fmt_.find_first_not_of("-+ 0", pos_), fmt_.size());
-    directive.flags = fmt_.substr(pos_, flags_end - pos_);
+        std::min(fmt.find_first_not_of("-+ 0", pos_), fmt.size());
+    directive.flags = fmt.substr(pos_, flags_end - pos_);
     pos_ = flags_end;
     directive.star_width = Accept("*");
-    if (!directive.star_width) directive.width = ParseNumber();
+    if (!directive.star_width) directive.width = ParseNumber(piece);
     if (Accept(".")) {
       directive.star_precision = Accept("*");
       if (!directive.star_precision) {
-        directive.precision = ParseNumber().value_or(0);
+        directive.precision = ParseNumber(piece).value_or(0);
       }
     }
     directive.length = ParseLength();
-    return directive;
+    if (piece.expectation.empty()) ParseConversion(piece);
   }
 
-  std::optional<int> ParseNumber() {
+  std::optional<int> ParseNumber(Piece& piece) {
     const char* const begin = fmt_.data() + pos_;
     // from_chars would take the sign of "%.-1d".
     if (pos_ == fmt_.size() || *begin < '0' || *begin > '9') return {};
     int number = 0;
     const auto [end, error] =
         std::from_chars(begin, fmt_.data() + fmt_.size(), number);
-    if (error != std::errc()) Fail("a width and precision that fit an int");
+    if (error != std::errc()) {
+      piece.expectation = "a width and precision that fit an int";
+    }
     pos_ += static_cast<size_t>(end - begin);
     return number;
   }
@@ -162,48 +191,120 @@ class Formatter {
     return Length::kInt;
   }
 
-  void Convert(Directive directive) {
-    static constexpr char kKnown[] =
-        "one of the directives %d %i %u %c %s %x %*x %ip4 %%";
-    if (pos_ == fmt_.size()) Fail(kKnown);
-    const char conversion = fmt_[pos_++];
+  void ParseConversion(Piece& piece) {
+    const Directive& directive = piece.directive;
+    const char conversion = pos_ < fmt_.size() ? fmt_[pos_++] : '\0';
+    piece.conversion = conversion;
     switch (conversion) {
       case '%':
-        if (!directive.bare()) Fail(kKnown);
-        out_.push_back('%');
+        if (!directive.bare()) piece.expectation = kKnown;
         return;
       case 'x':
-        return ConvertValues(directive);
+        if (!directive.bare() && !directive.bare_star()) {
+          piece.expectation = "%x or %*x without flags, width or length";
+        }
+        return;
       case 'i':
-        if (Accept("p4")) return ConvertIpv4(directive);
-        [[fallthrough]];
+        if (!Accept("p4")) return;
+        piece.conversion = '4';
+        if (!directive.bare()) {
+          piece.expectation = "%ip4 without flags, width or length";
+        }
+        return;
       case 'd':
-        return ConvertSigned(&directive);
       case 'u':
-        return ConvertUnsigned(&directive);
+        return;
       case 'c':
-        if (directive.length != Length::kInt) Fail(kKnown);
-        return ConvertChar(&directive);
       case 's':
-        if (directive.length != Length::kInt) Fail(kKnown);
-        return ConvertString(&directive);
+        if (directive.length != Length::kInt) piece.expectation = kKnown;
+        return;
       default:
-        Fail(kKnown);
+        piece.expectation = kKnown;
     }
   }
 
-  void ConvertIpv4(const Directive& directive) {
-    if (!directive.bare()) Fail("%ip4 without flags, width or length");
+  const std::string fmt_;
+  size_t pos_ = 0;
+  bool ends_ = false;
+  std::vector<Piece> pieces_;
+};
+
+// The formats of a program's calls, found by where they stand. What stands
+// there may change, so the text is compared too.
+const ParsedFormat& Parsed(const char* fmt) {
+  struct Site {
+    const char* fmt = nullptr;
+    std::optional<ParsedFormat> parsed;
+  };
+  static constexpr size_t kSites = 256;
+  thread_local std::array<Site, kSites> sites;
+  const auto address = reinterpret_cast<uintptr_t>(fmt);
+  Site& site = sites[(address ^ address >> 8) % kSites];
+  if (site.fmt != fmt || std::strcmp(site.parsed->fmt().c_str(), fmt) != 0) {
+    site.fmt = nullptr;
+    site.parsed.emplace(fmt);
+    site.fmt = fmt;
+  }
+  return *site.parsed;
+}
+
+class Formatter {
+ public:
+  // Without a namer values are not written.
+  Formatter(const ParsedFormat& format, va_list args, const EnumNamer* namer,
+            std::string& out, std::vector<PathDraft::Slot>* slots)
+      : format_(format), namer_(namer), out_(out), slots_(slots) {
+    va_copy(args_, args);
+  }
+  ~Formatter() { va_end(args_); }
+  Formatter(const Formatter&) = delete;
+  Formatter& operator=(const Formatter&) = delete;
+
+  void Run() {
+    for (const Piece& piece : format_.pieces()) {
+      out_.append(piece.text);
+      directive_at_ = piece.at;
+      Convert(piece);
+    }
+  }
+
+ private:
+  [[noreturn]] void Fail(std::string expectation) const {
+    throw SyntaxError(format_.fmt(), directive_at_, std::move(expectation));
+  }
+
+  void Convert(const Piece& piece) {
+    switch (piece.conversion) {
+      case Piece::kEnd:
+        return;
+      case '%':
+        out_.push_back('%');
+        return;
+      case 'x':
+        return ConvertValues(piece.directive);
+      case '4':
+        return ConvertIpv4();
+      case 'i':
+      case 'd':
+        return ConvertSigned(piece.directive);
+      case 'u':
+        return ConvertUnsigned(piece.directive);
+      case 'c':
+        return ConvertChar(piece.directive);
+      case 's':
+        return ConvertString(piece.directive);
+      default:
+        Fail(std::string(piece.expectation));
+    }
+  }
+
+  void ConvertIpv4() {
     const in_addr address = va_arg(args_, struct in_addr);
     text::AppendIpv4(&out_, ntohl(address.s_addr));
   }
 
   void ConvertValues(const Directive& directive) {
-    const bool array = directive.bare_star();
-    if (!array && !directive.bare()) {
-      Fail("%x or %*x without flags, width or length");
-    }
-    const int count = array ? va_arg(args_, int) : 1;
+    const int count = directive.star_width ? va_arg(args_, int) : 1;
     if (count < 0) Fail("a count of at least 0 for %*x");
     const auto* values = va_arg(args_, const confd_value_t*);
     if (values == nullptr) Fail("a value pointer other than NULL");
@@ -214,6 +315,16 @@ class Formatter {
   }
 
   void AppendValue(const confd_value_t& value) {
+    const size_t begin = out_.size();
+    if (namer_ != nullptr) {
+      WriteValue(value);
+    } else {
+      out_.push_back('?');
+    }
+    if (slots_ != nullptr) slots_->push_back({begin, out_.size(), &value});
+  }
+
+  void WriteValue(const confd_value_t& value) {
     if (value.type == C_ENUM_VALUE && AppendEnumName(value.val.enumvalue)) {
       return;
     }
@@ -225,45 +336,45 @@ class Formatter {
   }
 
   bool AppendEnumName(int32_t number) {
-    if (!namer_) return false;
+    if (!*namer_) return false;
     const auto key = FindOpenKey(out_);
     if (!key) return false;
-    const auto name = namer_(key->list_path, key->index, number);
+    const auto name = (*namer_)(key->list_path, key->index, number);
     if (!name) return false;
     keypath::AppendQuotedKey(&out_, *name);
     return true;
   }
 
-  void ConvertSigned(Directive* directive) {
-    ReadStars(directive);
-    const intmax_t number = ReadSigned(directive->length);
-    if (IsPlain(*directive)) return text::AppendNumber(&out_, number);
-    AppendPrintf(Spec(*directive, "jd"), number);
+  void ConvertSigned(Directive directive) {
+    ReadStars(&directive);
+    const intmax_t number = ReadSigned(directive.length);
+    if (IsPlain(directive)) return text::AppendNumber(&out_, number);
+    AppendPrintf(Spec(directive, "jd"), number);
   }
 
-  void ConvertUnsigned(Directive* directive) {
-    ReadStars(directive);
-    const uintmax_t number = ReadUnsigned(directive->length);
-    if (IsPlain(*directive)) return text::AppendNumber(&out_, number);
-    AppendPrintf(Spec(*directive, "ju"), number);
+  void ConvertUnsigned(Directive directive) {
+    ReadStars(&directive);
+    const uintmax_t number = ReadUnsigned(directive.length);
+    if (IsPlain(directive)) return text::AppendNumber(&out_, number);
+    AppendPrintf(Spec(directive, "ju"), number);
   }
 
-  void ConvertChar(Directive* directive) {
-    ReadStars(directive);
+  void ConvertChar(Directive directive) {
+    ReadStars(&directive);
     const int c = va_arg(args_, int);
-    if (IsPlain(*directive)) return out_.push_back(static_cast<char>(c));
-    AppendPrintf(Spec(*directive, "c"), c);
+    if (IsPlain(directive)) return out_.push_back(static_cast<char>(c));
+    AppendPrintf(Spec(directive, "c"), c);
   }
 
-  void ConvertString(Directive* directive) {
-    ReadStars(directive);
+  void ConvertString(Directive directive) {
+    ReadStars(&directive);
     const char* text = va_arg(args_, const char*);
     if (text == nullptr) Fail("a string other than NULL");
-    if (IsPlain(*directive)) {
+    if (IsPlain(directive)) {
       out_.append(text);
       return;
     }
-    AppendPrintf(Spec(*directive, "s"), text);
+    AppendPrintf(Spec(directive, "s"), text);
   }
 
   // Fetches the width and precision that are given as arguments.
@@ -346,20 +457,33 @@ class Formatter {
     out_.resize(end);
   }
 
-  const std::string_view fmt_;
-  const EnumNamer& namer_;
+  const ParsedFormat& format_;
+  const EnumNamer* namer_;
   va_list args_;
-  size_t pos_ = 0;
   size_t directive_at_ = 0;  // its '%'
-  std::string out_;
+  std::string& out_;
+  std::vector<PathDraft::Slot>* slots_;
 };
+
+const ParsedFormat& Require(const char* fmt) {
+  if (fmt == nullptr) throw SyntaxError("", 0, "a format other than NULL");
+  return Parsed(fmt);
+}
 
 }  // namespace
 
 std::string FormatKeyPath(const char* fmt, va_list args,
                           const EnumNamer& namer) {
-  if (fmt == nullptr) throw SyntaxError("", 0, "a format other than NULL");
-  return Formatter(fmt, args, namer).Run();
+  std::string path;
+  Formatter(Require(fmt), args, &namer, path, nullptr).Run();
+  return path;
+}
+
+void DraftKeyPath(const char* fmt, va_list args, const EnumNamer* namer,
+                  PathDraft& draft) {
+  draft.text.clear();
+  draft.values.clear();
+  Formatter(Require(fmt), args, namer, draft.text, &draft.values).Run();
 }
 
 }  // namespace kit::api

@@ -2,6 +2,8 @@
 #ifndef KIT_CONFD_API_PATH_FORMAT_H_
 #define KIT_CONFD_API_PATH_FORMAT_H_
 
+#include <confd_lib.h>
+
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kit::api {
 
@@ -37,6 +40,22 @@ using EnumNamer = std::function<std::optional<std::string>(
 // a key.
 std::string FormatKeyPath(const char* fmt, va_list args,
                           const EnumNamer& namer);
+
+// A path with what was put into it as a value.
+struct PathDraft {
+  struct Slot {
+    size_t begin;  // of its text
+    size_t end;
+    const confd_value_t* value;
+  };
+  std::string text;
+  std::vector<Slot> values;
+};
+
+// The same as FormatKeyPath with a namer. Without one the values are not looked
+// at, and a character stands in for each. A draft may be used again.
+void DraftKeyPath(const char* fmt, va_list args, const EnumNamer* namer,
+                  PathDraft& draft);
 
 }  // namespace kit::api
 

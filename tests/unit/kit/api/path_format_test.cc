@@ -194,6 +194,41 @@ TEST(PathFormat, QuotesEnumNamesWhereNeeded) {
             "/a{\"not set\"}");
 }
 
+// The place of a format is remembered with what stood there.
+TEST(PathFormat, ReadsAFormatAgainThatChangedInItsPlace) {
+  char fmt[] = "/a/%u";
+  EXPECT_EQ(Fmt(fmt, 7u), "/a/7");
+  fmt[1] = 'b';
+  EXPECT_EQ(Fmt(fmt, 7u), "/b/7");
+  fmt[3] = '\0';
+  EXPECT_EQ(Fmt(fmt), "/b/");
+}
+
+PathDraft Draft(const EnumNamer* namer, const char* fmt, ...) {
+  PathDraft draft;
+  va_list args;
+  va_start(args, fmt);
+  DraftKeyPath(fmt, args, namer, draft);
+  va_end(args);
+  return draft;
+}
+
+TEST(PathFormat, ADraftSaysWhereItsValuesStand) {
+  const confd_value_t keys[] = {Uint32(7), Uint32(12)};
+  const EnumNamer namer;
+  for (const EnumNamer* one :
+       {&namer, static_cast<const EnumNamer*>(nullptr)}) {
+    const PathDraft draft = Draft(one, "%s{%*x}/%s", "/l", 2, keys, "leaf");
+    EXPECT_EQ(draft.text, one != nullptr ? "/l{7 12}/leaf" : "/l{? ?}/leaf");
+    ASSERT_EQ(draft.values.size(), 2u);
+    EXPECT_EQ(draft.values[0].begin, 3u);
+    EXPECT_EQ(draft.values[0].end, 4u);
+    EXPECT_EQ(draft.values[1].begin, 5u);
+    EXPECT_EQ(draft.values[1].end, one != nullptr ? 7u : 6u);
+    EXPECT_EQ(draft.values[1].value, &keys[1]);
+  }
+}
+
 TEST(PathFormat, RejectsUnknownDirectivesAtTheirPercentSign) {
   // None of these may fetch an argument before it is rejected.
   const struct {
