@@ -272,6 +272,7 @@ void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
     InitUnion(chain.last, chain.scope, hashes);
   }
   unrestricted_ = IsUnrestricted(chain.restricted);
+  AddRanges();
 }
 
 void LeafType::InitUnion(const lysp_type* parsed, const lysp_node* scope,
@@ -339,9 +340,60 @@ bool LeafType::IsUnrestricted(bool restricted) const {
   }
 }
 
-std::optional<ValueType> LeafType::value_type() const {
-  if (!members_.empty()) return std::nullopt;
-  return value_type_;
+void LeafType::AddRanges() {
+  const bool is_integer = value_type_ >= ValueType::kInt8 &&
+                          value_type_ <= ValueType::kUint64 &&
+                          compiled_->basetype != LY_TYPE_UNION;
+  if (!is_integer) return;
+  const lysc_range* range =
+      reinterpret_cast<const lysc_type_num*>(compiled_)->range;
+  if (range == nullptr) return;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(range->parts, i) {
+    ranges_.push_back({range->parts[i].min_u64, range->parts[i].max_u64});
+  }
+}
+
+bool LeafType::IsInRange(const Value& value) const {
+  return std::any_of(ranges_.begin(), ranges_.end(), [&](const Range& range) {
+    if (!IsSigned(value_type_)) {
+      return range.least <= value.bits() && value.bits() <= range.most;
+    }
+    return static_cast<int64_t>(range.least) <= value.signed_bits() &&
+           value.signed_bits() <= static_cast<int64_t>(range.most);
+  });
+}
+
+// Decimal digits without leading zeros, which mean something else in YANG;
+// nothing for all that libyang had better look at.
+std::optional<Value> LeafType::ParseInRange(std::string_view text) const {
+  if (ranges_.empty() || text.empty()) return std::nullopt;
+  const std::string_view digits = text.substr(text.front() == '-' ? 1 : 0);
+  const bool is_canonical =
+      !digits.empty() && digits.front() >= '1' && digits.front() <= '9';
+  if (!is_canonical && text != "0") return std::nullopt;
+  try {
+    Value value = ParseCanonical(text);
+    if (IsInRange(value)) return value;
+  } catch (const Error&) {
+    // Not a number, or too large for the type.
+  }
+  return std::nullopt;
+}
+
+bool LeafType::IsKnownString(std::string_view text) const {
+  return !accepted_.empty() &&
+         accepted_[std::hash<std::string_view>()(text) % accepted_.size()] ==
+             text &&
+         !text.empty();
+}
+
+void LeafType::RememberString(std::string_view text) const {
+  constexpr size_t kRemembered = 64;
+  constexpr size_t kLongest = 256;
+  if (value_type_ != ValueType::kBuf || text.size() > kLongest) return;
+  if (accepted_.empty()) accepted_.resize(kRemembered);
+  accepted_[std::hash<std::string_view>()(text) % kRemembered] = text;
 }
 
 void LeafType::Reject(std::string_view text, const std::string& why) const {
@@ -352,6 +404,8 @@ void LeafType::Reject(std::string_view text, const std::string& why) const {
 
 Value LeafType::Parse(std::string_view text) const {
   if (unrestricted_) return ParseCanonical(text);
+  if (IsKnownString(text)) return Value::Text(value_type_, text);
+  if (const auto number = ParseInRange(text)) return *number;
   ly_ctx* context = node_->module->ctx;
   const lysc_type* real_type = nullptr;
   const char* canonical = nullptr;
@@ -366,7 +420,10 @@ Value LeafType::Parse(std::string_view text) const {
   }
   std::string owned = canonical != nullptr ? canonical : std::string(text);
   lydict_remove(context, canonical);
-  if (members_.empty()) return ParseCanonical(owned);
+  if (members_.empty()) {
+    RememberString(owned);
+    return ParseCanonical(owned);
+  }
   for (const LeafType& member : members_) {
     if (real_type == nullptr || member.compiled_ == real_type) {
       return member.ParseCanonical(owned);
@@ -376,6 +433,10 @@ Value LeafType::Parse(std::string_view text) const {
     }
   }
   Reject(text);
+}
+
+Value LeafType::ParseValidated(std::string_view text) const {
+  return members_.empty() ? ParseCanonical(text) : Parse(text);
 }
 
 Value LeafType::ParseKey(std::string_view text) const {
@@ -446,7 +507,7 @@ Value LeafType::ParseCanonical(std::string_view text) const {
       value = Value::Text(value_type_, text);
   }
   if (!value) Reject(text);
-  return *value;
+  return *std::move(value);
 }
 
 Value LeafType::ParseBits(std::string_view text) const {
@@ -574,6 +635,9 @@ Value LeafType::Check(const Value& value) const {
   }
   bool is_named = value_type_ == ValueType::kEnum;
   if (unrestricted_ && !is_named) return value;
+  if (members_.empty() && (IsInRange(value) || IsKnownString(value.text()))) {
+    return value;
+  }
   std::string text = Print(value);
   return is_named ? value : Parse(text);
 }

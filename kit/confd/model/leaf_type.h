@@ -21,7 +21,7 @@ namespace kit::store {
 // Hash of an identity's name, as it stands in identityref values.
 uint32_t NameHash(std::string_view name);
 
-// Immutable; lives as long as the libyang context that it was made from.
+// Lives as long as the libyang context that it was made from. Not thread-safe.
 class LeafType {
  public:
   // Hash of the namespace of a module, by module name.
@@ -32,10 +32,15 @@ class LeafType {
   LeafType(const lysc_node* node, const NamespaceHashes& hashes);
 
   // What values of this type carry as a tag; of a union, nothing.
-  std::optional<ValueType> value_type() const;
+  std::optional<ValueType> value_type() const {
+    if (!members_.empty()) return std::nullopt;
+    return value_type_;
+  }
 
   // Throws Error with kBadType for a text that is no value of the type.
   Value Parse(std::string_view text) const;
+  // The same for a text that libyang has accepted and made canonical.
+  Value ParseValidated(std::string_view text) const;
 
   // The same for a key of a key path, where bit sets and identities may stand
   // as the numbers that values carry: "5", "NAMESPACE-HASH:NAME-HASH".
@@ -68,6 +73,12 @@ class LeafType {
   // Whether the machine type alone says which values there are. `restricted`:
   // the use of a well-known typedef narrows it.
   bool IsUnrestricted(bool restricted) const;
+  void AddRanges();
+  bool IsInRange(const Value& value) const;
+  std::optional<Value> ParseInRange(std::string_view text) const;
+  // Whether libyang need not be asked.
+  bool IsKnownString(std::string_view text) const;
+  void RememberString(std::string_view text) const;
   Value ParseCanonical(std::string_view text) const;
   Value ParseBits(std::string_view text) const;
   std::string PrintBits(const Value& value) const;
@@ -79,6 +90,15 @@ class LeafType {
   ValueType value_type_ = ValueType::kNoExists;
   std::string name_;  // as the model writes it, for messages
   bool unrestricted_ = false;
+  // Of an integer: ends included, numbers as values hold them.
+  struct Range {
+    uint64_t least;
+    uint64_t most;
+  };
+  std::vector<Range> ranges_;
+  // Strings that libyang has accepted lately: its patterns take long, and a
+  // program uses a name in many calls.
+  mutable std::vector<std::string> accepted_;
   uint8_t fraction_digits_ = 0;
   Names names_;  // enums, bits by position, identities by hash pair
   std::vector<LeafType> members_;  // of a union

@@ -11,13 +11,24 @@
 namespace kit::text {
 
 std::optional<uint32_t> ParseIpv4(std::string_view text) {
-  char buffer[INET_ADDRSTRLEN];
-  if (text.size() >= sizeof buffer) return std::nullopt;
-  std::memcpy(buffer, text.data(), text.size());
-  buffer[text.size()] = '\0';
-  in_addr address;
-  if (inet_pton(AF_INET, buffer, &address) != 1) return std::nullopt;
-  return ntohl(address.s_addr);
+  uint32_t address = 0;
+  size_t at = 0;
+  for (int part = 0; part < 4; ++part) {
+    if (part > 0 && (at == text.size() || text[at++] != '.')) {
+      return std::nullopt;
+    }
+    const size_t begin = at;
+    uint32_t number = 0;
+    while (at < text.size() && text[at] >= '0' && text[at] <= '9') {
+      number = number * 10 + static_cast<uint32_t>(text[at++] - '0');
+      if (number > 255) return std::nullopt;
+    }
+    const size_t digits = at - begin;
+    if (digits == 0 || (digits > 1 && text[begin] == '0')) return std::nullopt;
+    address = address << 8 | number;
+  }
+  if (at < text.size()) return std::nullopt;
+  return address;
 }
 
 std::string PrintIpv4(uint32_t address) {

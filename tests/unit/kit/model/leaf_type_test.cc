@@ -223,6 +223,37 @@ TEST(LeafType, ChecksValuesByTypeAndLimits) {
   }
 }
 
+// Ranges are looked at here, all other restrictions by libyang.
+TEST(LeafType, EndsOfRangesBelongToThem) {
+  const LeafType& type = *NodeAt(Zoo(), "/zoo:values/small").type;
+  for (const char* text : {"1", "10", "20"}) {
+    EXPECT_EQ(ErrorOf([&] { type.Check(type.Parse(text)); }), "") << text;
+  }
+  for (const char* text :
+       {"0", "11", "19", "21", "-1", "256", "99999999999999999999"}) {
+    EXPECT_NE(ErrorOf([&] { type.Parse(text); }), "") << text;
+  }
+  for (const uint64_t bits : {0u, 11u, 19u, 21u}) {
+    EXPECT_NE(
+        ErrorOf([&] { type.Check(Value::Number(ValueType::kUint8, bits)); }),
+        "")
+        << bits;
+  }
+}
+
+// Strings that were accepted once are remembered.
+TEST(LeafType, AnAcceptedStringMakesNoOtherOneAcceptable) {
+  const LeafType& type = *NodeAt(Zoo(), "/zoo:values/code").type;
+  const std::string good = "AB12";
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(type.Parse(good).text(), good);
+    EXPECT_EQ(type.Check(type.Parse(good)).text(), good);
+    for (const char* bad : {"", "AB", "A1", "AB12 ", "ab12"}) {
+      EXPECT_NE(ErrorOf([&] { type.Parse(bad); }), "") << bad;
+    }
+  }
+}
+
 TEST(LeafType, BitSetsMayHaveUnusedBytes) {
   const LeafType& type = TypeOf("bitbig");
   Value padded = Value::Text(ValueType::kBitbig, std::string("\x01\0\0", 3));
