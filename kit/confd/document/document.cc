@@ -86,7 +86,7 @@ void Import(const lyd_node* first, Node& parent);
 // libyang's tree knows no lines any more.
 Value ImportValue(const SchemaNode& schema, const lyd_node* node) {
   try {
-    return schema.type->Parse(lyd_get_value(node));
+    return schema.type->ParseValidated(lyd_get_value(node));
   } catch (const Error& error) {
     throw DocumentError(0, Owned(lyd_path(node, LYD_PATH_STD, nullptr, 0)),
                         error.what());

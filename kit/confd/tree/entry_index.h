@@ -26,6 +26,8 @@ class EntryIndex {
   // Null at the end.
   Node* At(Position position) const;
   Position After(Position position) const;
+  // The entry that was last found, put in or asked for; it may be null.
+  Node* Last() const { return size_ == 0 ? nullptr : At(last_); }
   // The entry number `rank`, from 0, which must be there.
   Node* AtRank(size_t rank) const;
 

@@ -209,6 +209,8 @@ class List {
     Node* node;  // null if there is no such entry
   };
   Found Search(KeyView keys) const;
+  // Whether the entry has all these keys.
+  bool HasKeys(const Node& entry, KeyView keys) const;
   EntryIndex::Position PositionOf(const Node& entry) const;
   EntryIndex::Position PositionOfPlace(uint64_t place) const;
 
