@@ -3,6 +3,7 @@
 #include <libyang/libyang.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -36,6 +37,11 @@ std::string LastMessage(const ly_ctx* context) {
   std::string text = error->msg != nullptr ? error->msg : "";
   if (error->path != nullptr) text += " (" + std::string(error->path) + ")";
   return text;
+}
+
+uint64_t NewSerial() {
+  static std::atomic<uint64_t> last{0};
+  return ++last;
 }
 
 bool IsSubmodule(std::string_view text) {
@@ -94,7 +100,7 @@ void Schema::ContextDeleter::operator()(ly_ctx* context) const {
 
 Schema::Schema(const std::filesystem::path& directory,
                const LeafType::NamespaceHashes& hashes)
-    : hashes_(hashes) {
+    : serial_(NewSerial()), hashes_(hashes) {
   // Errors are read from the context; nothing may go to the program's stderr.
   ly_log_options(LY_LOSTORE);
   LoadModules(directory);
@@ -271,36 +277,55 @@ const Module* Schema::ModuleOfHash(uint32_t hash) const {
   return nullptr;
 }
 
+const SchemaNode* Schema::OnlyChild(const SchemaNode& parent,
+                                    std::string_view name) {
+  auto found = parent.by_name.find(name);
+  if (found == parent.by_name.end() || found->second.size() != 1) {
+    return nullptr;
+  }
+  return found->second.front();
+}
+
 const SchemaNode& Schema::Child(const SchemaNode& parent,
                                 std::string_view prefix, std::string_view name,
                                 const Module* selected) const {
-  auto found = parent.by_name.find(name);
-  auto unknown = [&]() {
-    std::string full(prefix);
-    if (!prefix.empty()) full += ':';
-    full += name;
-    return Error(ErrorCode::kBadPath,
-                 "the model has no \"" + full + "\" in " + parent.Path());
+  std::string reason;
+  const SchemaNode* child = FindChild(parent, prefix, name, selected, reason);
+  if (child == nullptr) throw Error(ErrorCode::kBadPath, reason);
+  return *child;
+}
+
+const SchemaNode* Schema::FindChild(const SchemaNode& parent,
+                                    std::string_view prefix,
+                                    std::string_view name,
+                                    const Module* selected,
+                                    std::string& reason) const {
+  auto unknown = [&] {
+    reason = "the model has no \"" + std::string(prefix);
+    if (!prefix.empty()) reason += ':';
+    reason.append(name).append("\" in ").append(parent.Path());
+    return nullptr;
   };
-  if (found == parent.by_name.end()) throw unknown();
+  auto found = parent.by_name.find(name);
+  if (found == parent.by_name.end()) return unknown();
   const auto& candidates = found->second;
   if (!prefix.empty()) {
     for (const SchemaNode* node : candidates) {
       if (node->module->prefix == prefix || node->module->name == prefix) {
-        return *node;
+        return node;
       }
     }
-    throw unknown();
+    return unknown();
   }
-  if (candidates.size() == 1) return *candidates.front();
+  if (candidates.size() == 1) return candidates.front();
   for (const Module* preferred : {parent.module, selected}) {
     for (const SchemaNode* node : candidates) {
-      if (node->module == preferred && preferred != nullptr) return *node;
+      if (node->module == preferred && preferred != nullptr) return node;
     }
   }
-  throw Error(ErrorCode::kBadPath,
-              "several modules define \"" + std::string(name) + "\" in " +
-                  parent.Path() + "; give a prefix or select a namespace");
+  reason = "several modules define \"" + std::string(name) + "\" in " +
+           parent.Path() + "; give a prefix or select a namespace";
+  return nullptr;
 }
 
 }  // namespace kit::store

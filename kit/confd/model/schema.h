@@ -104,6 +104,8 @@ class Schema {
   Schema& operator=(const Schema&) = delete;
 
   const SchemaNode& root() const { return root_; }
+  // No other schema of this process has or had it.
+  uint64_t serial() const { return serial_; }
   ly_ctx* context() const { return context_.get(); }
 
   // The module that a namespace hash belongs to, null for an unknown one.
@@ -115,6 +117,14 @@ class Schema {
   // Throws Error with kBadPath.
   const SchemaNode& Child(const SchemaNode& parent, std::string_view prefix,
                           std::string_view name, const Module* selected) const;
+  // The same without an error; null, and the reason, where there is none.
+  const SchemaNode* FindChild(const SchemaNode& parent, std::string_view prefix,
+                              std::string_view name, const Module* selected,
+                              std::string& reason) const;
+  // The one child that a name without a prefix stands for; null where that
+  // takes a closer look.
+  static const SchemaNode* OnlyChild(const SchemaNode& parent,
+                                     std::string_view name);
 
  private:
   struct ContextDeleter {
@@ -129,6 +139,7 @@ class Schema {
   void FinishNode(SchemaNode& node);
   const Module* ModuleOf(const lys_module* compiled);
 
+  const uint64_t serial_;
   LeafType::NamespaceHashes hashes_;
   std::unique_ptr<ly_ctx, ContextDeleter> context_;
   std::vector<std::unique_ptr<Module>> modules_;

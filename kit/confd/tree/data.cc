@@ -12,6 +12,10 @@ namespace {
   throw Error(code, reason);
 }
 
+void ThrowIf(const std::optional<Refusal>& refusal) {
+  if (refusal) Fail(refusal->code, refusal->reason);
+}
+
 bool IsLeafKind(const SchemaNode& node) {
   return node.kind == NodeKind::kLeaf || node.kind == NodeKind::kLeafList;
 }
@@ -134,14 +138,17 @@ class ObjectWriter {
   size_t next_ = 0;
 };
 
+// What to say where nothing holds the target.
+Refusal NoHolder(const Target& target) {
+  const bool is_entry = target.missing->kind == NodeKind::kList;
+  return {ErrorCode::kNoExists,
+          (is_entry ? std::string("the entry")
+                    : "the container \"" + target.missing->name + "\"") +
+              " above it does not exist"};
+}
+
 void RequireHolder(const Target& target) {
-  if (target.holder == nullptr) {
-    bool is_entry = target.missing->kind == NodeKind::kList;
-    Fail(ErrorCode::kNoExists,
-         (is_entry ? std::string("the entry")
-                   : "the container \"" + target.missing->name + "\"") +
-             " above it does not exist");
-  }
+  if (target.holder == nullptr) ThrowIf(NoHolder(target));
 }
 
 }  // namespace
@@ -178,56 +185,99 @@ std::vector<Value> Data::ParseKeys(const SchemaNode& list,
   return values;
 }
 
+PathWalk::PathWalk(const Data& data, Target& target)
+    : target_(target), current_(data.root_) {
+  target_.schema = &data.schema().root();
+  target_.holder = nullptr;
+  target_.missing = nullptr;
+  target_.keys.clear();
+  target_.entry = nullptr;
+  target_.is_entry = false;
+}
+
+void PathWalk::Enter(const SchemaNode& child) {
+  if (current_ == nullptr && target_.missing == nullptr) {
+    target_.missing = target_.schema;
+  }
+  target_.schema = &child;
+  target_.holder = current_;
+  target_.keys.clear();
+  target_.entry = nullptr;
+  target_.is_entry = false;
+  if (current_ == nullptr) return;
+  if (child.IsContainer()) {
+    current_ = current_->Container(child);
+  } else if (child.kind == NodeKind::kList) {
+    current_ = nullptr;  // until an entry is chosen
+  }
+}
+
+void PathWalk::ChooseByKeys() {
+  const List* list = ListHere();
+  Choose(list == nullptr
+             ? nullptr
+             : list->Find({target_.keys.data(), target_.keys.size()}));
+}
+
+void PathWalk::ChooseByPosition(uint64_t position) {
+  const List* list = ListHere();
+  Choose(list == nullptr ? nullptr : list->At(static_cast<size_t>(position)));
+}
+
+const List* PathWalk::ListHere() const {
+  return target_.holder == nullptr ? nullptr
+                                   : target_.holder->ListAt(*target_.schema);
+}
+
+void PathWalk::Choose(Node* entry) {
+  target_.is_entry = true;
+  target_.entry = entry;
+  current_ = entry;
+}
+
 Target Data::Find(const keypath::Path& path, const PathRules& rules) const {
   Target target;
-  target.schema = &schema_->root();
-  Node* current = root_;
+  ThrowIf(TryFind(path, rules, target));
+  return target;
+}
+
+std::optional<Refusal> Data::TryFind(const keypath::Path& path,
+                                     const PathRules& rules,
+                                     Target& target) const {
+  auto bad_path = [](std::string reason) {
+    return Refusal{ErrorCode::kBadPath, std::move(reason)};
+  };
+  PathWalk walk(*this, target);
   for (const keypath::Step& step : path.steps) {
     const SchemaNode& parent = *target.schema;
     if (parent.kind == NodeKind::kList && !target.is_entry) {
-      Fail(ErrorCode::kBadPath, "list \"" + parent.name +
-                                    "\" needs its keys before \"" + step.name +
-                                    "\"");
+      return bad_path("list \"" + parent.name + "\" needs its keys before \"" +
+                      step.name + "\"");
     }
     if (IsLeafKind(parent)) {
-      Fail(ErrorCode::kBadPath,
-           "\"" + parent.name + "\" is a leaf, nothing is below");
+      return bad_path("\"" + parent.name + "\" is a leaf, nothing is below");
     }
-    const SchemaNode& child =
-        schema_->Child(parent, step.prefix, step.name, rules.selected);
-    if (current == nullptr && target.missing == nullptr) {
-      target.missing = target.schema;
+    std::string reason;
+    const SchemaNode* child = schema_->FindChild(parent, step.prefix, step.name,
+                                                 rules.selected, reason);
+    if (child == nullptr) return bad_path(std::move(reason));
+    walk.Enter(*child);
+    if (step.selector == keypath::Selector::kNone) continue;
+    if (child->kind != NodeKind::kList) {
+      return bad_path("\"" + child->name + "\" is not a list");
     }
-    target.schema = &child;
-    target.holder = current;
-    target.keys.clear();
-    target.entry = nullptr;
-    target.is_entry = step.selector != keypath::Selector::kNone;
-    if (target.is_entry && child.kind != NodeKind::kList) {
-      Fail(ErrorCode::kBadPath, "\"" + child.name + "\" is not a list");
+    if (step.selector == keypath::Selector::kKeys) {
+      target.keys = ParseKeys(*child, step.keys);
+      walk.ChooseByKeys();
+      continue;
     }
-    if (step.selector == keypath::Selector::kPosition) {
-      if (!rules.positions_allowed) {
-        Fail(ErrorCode::kBadPath,
-             "a list entry can't be addressed by position in a transaction");
-      }
-      List* list = current == nullptr ? nullptr : current->ListAt(child);
-      target.entry = list == nullptr
-                         ? nullptr
-                         : list->At(static_cast<size_t>(step.position));
-      current = target.entry;
-    } else if (step.selector == keypath::Selector::kKeys) {
-      target.keys = ParseKeys(child, step.keys);
-      List* list = current == nullptr ? nullptr : current->ListAt(child);
-      if (list != nullptr) {
-        target.entry = list->Find({target.keys.data(), target.keys.size()});
-      }
-      current = target.entry;
-    } else if (current != nullptr && child.IsContainer()) {
-      current = current->Container(child);
+    if (!rules.positions_allowed) {
+      return bad_path(
+          "a list entry can't be addressed by position in a transaction");
     }
+    walk.ChooseByPosition(step.position);
   }
-  return target;
+  return std::nullopt;
 }
 
 bool Data::Exists(const Target& target) const {
@@ -266,15 +316,25 @@ size_t Data::Count(const Target& target) const {
 }
 
 Element Data::Get(const Target& target) const {
+  std::optional<Refusal> refusal;
+  const Element element = TryGet(target, refusal);
+  ThrowIf(refusal);
+  return element;
+}
+
+Element Data::TryGet(const Target& target,
+                     std::optional<Refusal>& refusal) const {
   const SchemaNode& schema = *target.schema;
   if (!IsLeafKind(schema)) {
-    Fail(ErrorCode::kUnavailable, "it is not a leaf and has no value");
+    refusal = {ErrorCode::kUnavailable, "it is not a leaf and has no value"};
+  } else if (target.holder == nullptr) {
+    refusal = NoHolder(target);
+  } else if (!target.holder->HasValue(schema)) {
+    refusal = {ErrorCode::kNoExists, "the leaf has no value and no default"};
+  } else {
+    return {target.holder, &schema};
   }
-  RequireHolder(target);
-  if (!target.holder->HasValue(schema)) {
-    Fail(ErrorCode::kNoExists, "the leaf has no value and no default");
-  }
-  return {target.holder, &schema};
+  return {};
 }
 
 void Data::ReadObject(const Node& entry, std::vector<Element>& elements) {
@@ -298,18 +358,22 @@ std::vector<Element> Data::GetObject(const Target& target) const {
   return elements;
 }
 
-void Data::Create(const Target& target) {
+void Data::Create(const Target& target) { ThrowIf(TryCreate(target)); }
+
+std::optional<Refusal> Data::TryCreate(const Target& target) {
   const SchemaNode& schema = *target.schema;
   bool is_empty_leaf = schema.kind == NodeKind::kLeaf &&
                        schema.type->value_type() == ValueType::kEmpty;
   if (!target.is_entry && schema.kind != NodeKind::kPresenceContainer &&
       !is_empty_leaf) {
-    Fail(ErrorCode::kNotCreatable,
-         "only list entries, presence containers and leaves of type empty can "
-         "be created");
+    return Refusal{ErrorCode::kNotCreatable,
+                   "only list entries, presence containers and leaves of type "
+                   "empty can be created"};
   }
-  RequireHolder(target);
-  if (Exists(target)) Fail(ErrorCode::kAlreadyExists, "it exists already");
+  if (target.holder == nullptr) return NoHolder(target);
+  if (Exists(target)) {
+    return Refusal{ErrorCode::kAlreadyExists, "it exists already"};
+  }
   if (target.is_entry) {
     target.holder->MakeList(schema).Insert(
         {target.keys.data(), target.keys.size()});
@@ -318,35 +382,40 @@ void Data::Create(const Target& target) {
   } else {
     target.holder->MakeContainer(schema);
   }
+  return std::nullopt;
 }
 
-void Data::Delete(const Target& target) {
+void Data::Delete(const Target& target) { ThrowIf(TryDelete(target)); }
+
+std::optional<Refusal> Data::TryDelete(const Target& target) {
   const SchemaNode& schema = *target.schema;
   if (schema.kind == NodeKind::kList) {
     if (!target.is_entry) {
-      Fail(ErrorCode::kNotDeletable, "a list is deleted entry by entry");
+      return Refusal{ErrorCode::kNotDeletable,
+                     "a list is deleted entry by entry"};
     }
-    RequireHolder(target);
+    if (target.holder == nullptr) return NoHolder(target);
     if (target.entry == nullptr) {
-      Fail(ErrorCode::kNoExists, "the list entry does not exist");
+      return Refusal{ErrorCode::kNoExists, "the list entry does not exist"};
     }
     target.holder->ListAt(schema)->Erase(
         {target.keys.data(), target.keys.size()});
-    return;
+    return std::nullopt;
   }
   if (schema.kind == NodeKind::kContainer || schema.kind == NodeKind::kRoot) {
-    Fail(ErrorCode::kNotDeletable,
-         "a container without presence is always there");
+    return Refusal{ErrorCode::kNotDeletable,
+                   "a container without presence is always there"};
   }
   if (schema.is_key() || schema.mandatory) {
-    Fail(ErrorCode::kNotDeletable,
-         schema.is_key() ? "it is a key" : "the leaf is mandatory");
+    return Refusal{ErrorCode::kNotDeletable,
+                   schema.is_key() ? "it is a key" : "the leaf is mandatory"};
   }
-  RequireHolder(target);
+  if (target.holder == nullptr) return NoHolder(target);
   if (!target.holder->IsSet(schema)) {
-    Fail(ErrorCode::kNoExists, "it does not exist");
+    return Refusal{ErrorCode::kNoExists, "it does not exist"};
   }
   target.holder->Clear(schema);
+  return std::nullopt;
 }
 
 void Data::Set(const Target& target, NewElement element) {

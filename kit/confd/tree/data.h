@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "kit/confd/keypath/keypath.h"
+#include "kit/confd/model/error.h"
 #include "kit/confd/model/schema.h"
 #include "kit/confd/model/value.h"
 #include "kit/confd/tree/tree.h"
@@ -56,7 +58,34 @@ struct Target {
   bool is_entry = false;
 };
 
-// One tree under its schema. Every operation throws Error.
+// Goes to a target step by step; the target is that of the steps so far. It
+// must outlive the walk.
+class PathWalk {
+ public:
+  PathWalk(const class Data& data, Target& target);
+
+  // To a child of where the walk stands.
+  void Enter(const SchemaNode& child);
+  // To an entry of the list just entered: by the target's keys, by position.
+  void ChooseByKeys();
+  void ChooseByPosition(uint64_t position);
+
+ private:
+  const List* ListHere() const;
+  void Choose(Node* entry);
+
+  Target& target_;
+  Node* current_;
+};
+
+// Why an operation was not carried out.
+struct Refusal {
+  ErrorCode code;
+  std::string reason;
+};
+
+// One tree under its schema. Every operation throws Error, save for those that
+// say what they refuse: programs ask for much that is not there.
 class Data {
  public:
   explicit Data(const Schema& schema);
@@ -70,6 +99,8 @@ class Data {
 
   // kBadPath: the path does not fit the model.
   Target Find(const keypath::Path& path, const PathRules& rules) const;
+  std::optional<Refusal> TryFind(const keypath::Path& path,
+                                 const PathRules& rules, Target& target) const;
 
   bool Exists(const Target& target) const;
   // kBadPath: not a list.
@@ -77,13 +108,16 @@ class Data {
   // kNoExists: no value and no default, or no such entry; kUnavailable: not a
   // leaf.
   Element Get(const Target& target) const;
+  Element TryGet(const Target& target, std::optional<Refusal>& refusal) const;
   // kBadPath: not a list entry.
   std::vector<Element> GetObject(const Target& target) const;
   // The elements of an entry that is at hand.
   static void ReadObject(const Node& entry, std::vector<Element>& elements);
 
   void Create(const Target& target);
+  std::optional<Refusal> TryCreate(const Target& target);
   void Delete(const Target& target);
+  std::optional<Refusal> TryDelete(const Target& target);
   void Set(const Target& target, NewElement element);
   void SetObject(const Target& target, std::vector<NewElement> elements);
   // Whether SetObject may be given so many elements. kBadPath: neither a list
@@ -95,6 +129,8 @@ class Data {
   static List* ListOf(const Target& target);
 
  private:
+  friend class PathWalk;
+
   std::vector<Value> ParseKeys(const SchemaNode& list,
                                const std::vector<std::string>& keys) const;
 
