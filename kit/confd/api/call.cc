@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <new>
 #include <system_error>
 
 #include "kit/confd/api/path_format.h"
+#include "kit/confd/api/resolve.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
 
@@ -38,18 +40,42 @@ std::optional<std::string> EnumNameIn(const store::Data& data,
                                       std::string_view list_path, size_t key,
                                       int32_t number) {
   try {
-    store::Target target =
-        data.Find(keypath::Parse(list_path), {true, selected});
-    const store::SchemaNode& list = *target.schema;
-    if (list.kind != store::NodeKind::kList || key >= list.key_count) {
+    const store::SchemaNode* list =
+        FindSchemaNode(data.schema(), selected, list_path);
+    if (list == nullptr) {
+      list = data.Find(keypath::Parse(list_path), {true, selected}).schema;
+    }
+    if (list->kind != store::NodeKind::kList || key >= list->key_count) {
       return std::nullopt;
     }
-    return list.children[key]->type->EnumName(number);
+    return list->children[key]->type->EnumName(number);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     // Not a path of this model; the call that uses it will say so.
     return std::nullopt;
   }
 }
+
+// By the models of the scope, or of all open sessions.
+EnumNamer NamerOf(const Scope* scope) {
+  return [scope](std::string_view list_path, size_t key,
+                 int32_t number) -> std::optional<std::string> {
+    if (scope != nullptr) {
+      return EnumNameIn(*scope->data, scope->rules.selected, list_path, key,
+                        number);
+    }
+    for (const store::Data* data : store::Sessions::Instance().AttachedData()) {
+      if (auto name = EnumNameIn(*data, nullptr, list_path, key, number)) {
+        return name;
+      }
+    }
+    return std::nullopt;
+  };
+}
+
+// How many of this thread's scratches calls have.
+thread_local size_t scratch_in_use = 0;
 
 }  // namespace
 
@@ -64,9 +90,15 @@ Scope MaapiScope(int sock, int thandle) {
       &session, &session.database->transaction(), {false, session.selected}};
 }
 
-store::Value ReadLeaf(const Scope& scope, const store::Target& target,
-                      store::ValueType type) {
-  const store::Element element = scope.data->Get(target);
+std::optional<store::Value> ReadLeaf(Call& call, const Scope& scope,
+                                     const store::Target& target,
+                                     store::ValueType type) {
+  std::optional<store::Refusal> refusal;
+  const store::Element element = scope.data->TryGet(target, refusal);
+  if (refusal) {
+    call.Fail(*refusal);
+    return std::nullopt;
+  }
   const bool is_leaf = element.schema->kind == store::NodeKind::kLeaf;
   store::Value value;
   if (is_leaf) value = element.value();
@@ -110,36 +142,71 @@ int SetError(int error, const std::string& text) {
 }
 
 std::string FormatPath(const Scope* scope, const char* fmt, va_list args) {
-  return FormatKeyPath(
-      fmt, args,
-      [&](std::string_view list_path, size_t key,
-          int32_t number) -> std::optional<std::string> {
-        if (scope != nullptr) {
-          return EnumNameIn(*scope->data, scope->rules.selected, list_path, key,
-                            number);
-        }
-        for (const store::Data* data :
-             store::Sessions::Instance().AttachedData()) {
-          if (auto name = EnumNameIn(*data, nullptr, list_path, key, number)) {
-            return name;
-          }
-        }
-        return std::nullopt;
-      });
+  return FormatKeyPath(fmt, args, NamerOf(scope));
+}
+
+std::recursive_mutex& CallMutex() {
+  // Never destroyed, so that calls at a process's end still find it.
+  static auto& mutex = *new std::recursive_mutex();
+  return mutex;
 }
 
 Call::Call(const char* function)
     : function_(function),
       wants_values_(CallHooks::Instance().wants_values()) {}
 
+Call::~Call() {
+  if (scratch_ == nullptr) return;
+  va_end(args_);
+  --scratch_in_use;
+}
+
+void Call::SetPath(const Scope& scope, const char* fmt, va_list args) {
+  // An observer may call while it is told of a call.
+  thread_local std::deque<Scratch> scratches;
+  if (scratches.size() == scratch_in_use) scratches.emplace_back();
+  scratch_ = &scratches[scratch_in_use++];
+  va_copy(args_, args);
+  scope_ = &scope;
+  fmt_ = fmt;
+  const EnumNamer namer = NamerOf(&scope);
+  has_path_ = CallHooks::Instance().wants_paths();
+  DraftKeyPath(fmt, args_, has_path_ ? &namer : nullptr, scratch_->draft);
+  if (has_path_) path_ = scratch_->draft.text;
+}
+
+const std::string& Call::path() const {
+  if (!has_path_) {
+    path_ = FormatPath(scope_, fmt_, const_cast<Call*>(this)->args_);
+    has_path_ = true;
+  }
+  return path_;
+}
+
+const store::Target* Call::Resolve() {
+  store::Target& target = scratch_->target;
+  const store::Data& data = *scope_->data;
+  if (!ResolveDraft(data, scope_->rules, scratch_->draft, target)) {
+    const auto refusal =
+        data.TryFind(keypath::Parse(path()), scope_->rules, target);
+    if (refusal) {
+      Fail(*refusal);
+      return nullptr;
+    }
+  }
+  return &target;
+}
+
 void Call::MeetFault() {
-  fault_ = CallHooks::Instance().Fault(function_, path_);
+  if (!CallHooks::Instance().has_faults()) return;
+  fault_ = CallHooks::Instance().Fault(function_, path());
   if (fault_ && fault_->error != 0) {
     throw InjectedFailure{fault_->error, fault_->text};
   }
 }
 
 int Call::AfterSuccess(int result) {
+  if (error_ != 0) return result;
   if (fault_) {
     for (const store::ValueSubstitute& substitute : fault_->substitutes) {
       if (substitute.slot >= width_ * filled_.size()) continue;
@@ -175,7 +242,13 @@ std::string Call::DescribeOutput() const {
 }
 
 int Call::Fail(int error, const std::string& reason) {
-  return FailWithoutPath(error, path_.empty() ? reason : path_ + ": " + reason);
+  std::string about;
+  try {
+    about = path();
+  } catch (const keypath::SyntaxError&) {
+    // A path that can't be written says so where it is asked for.
+  }
+  return FailWithoutPath(error, about.empty() ? reason : about + ": " + reason);
 }
 
 int Call::FailWithoutPath(int error, const std::string& reason) {
@@ -187,7 +260,8 @@ int Call::FailWithoutPath(int error, const std::string& reason) {
 void Call::Report(int result) {
   CallHooks& hooks = CallHooks::Instance();
   if (!hooks.observed()) return;
-  hooks.Report({0, function_, path_, input_, output_, result, error_, reason_});
+  hooks.Report({0, function_, has_path_ ? path_ : std::string_view(), input_,
+                output_, result, error_, reason_});
 }
 
 int FailByException(Call& call) {

@@ -9,11 +9,13 @@
 #include <cstddef>
 #include <exception>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "kit/confd/api/path_format.h"
 #include "kit/confd/api/values.h"
 #include "kit/confd/keypath/keypath.h"
 #include "kit/confd/session/call_hooks.h"
@@ -32,10 +34,6 @@ struct Scope {
 Scope CdbScope(int sock);
 Scope MaapiScope(int sock, int thandle);
 
-// The value of a leaf of this type. Throws Error.
-store::Value ReadLeaf(const Scope& scope, const store::Target& target,
-                      store::ValueType type);
-
 // Selects a namespace by its hash; CONFD_OK. Throws Error.
 int SelectNamespace(const Scope& scope, int hashed_ns);
 std::string DescribeNamespace(int hashed_ns);
@@ -49,10 +47,19 @@ int SetError(int error, const std::string& text);
 // Names enum constants by the models of the scope, or of all open sessions.
 std::string FormatPath(const Scope* scope, const char* fmt, va_list args);
 
+// What calls with a path use again and again.
+struct Scratch {
+  PathDraft draft;
+  store::Target target;
+};
+
 // One running call. Its members may throw; RunCall turns that into errors.
 class Call {
  public:
   explicit Call(const char* function);
+  ~Call();
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
 
   // What the observer is shown. Cheap when nobody looks.
   template <typename Describe>
@@ -76,13 +83,22 @@ class Call {
   }
 
   void SetPath(std::string path) { path_ = std::move(path); }
-  const std::string& path() const { return path_; }
+  // The path of a format in a scope, both of which outlive the call. Throws
+  // what FormatPath does.
+  void SetPath(const Scope& scope, const char* fmt, va_list args);
+  const std::string& path() const;
+  // Where that path leads; null, and the call's failure, where it does not fit
+  // the model. Throws keypath::SyntaxError and Error for a bad key.
+  const store::Target* Resolve();
   bool wants_values() const { return wants_values_; }
   // Throws the error of a fault that says the call fails.
   void MeetFault();
   // Applies what a fault says of a call that succeeded; the final result.
   int AfterSuccess(int result);
   int Fail(int error, const std::string& reason);
+  int Fail(const store::Refusal& refusal) {
+    return Fail(static_cast<int>(refusal.code), refusal.reason);
+  }
   // The reason says by itself what it is about.
   int FailWithoutPath(int error, const std::string& reason);
   void Report(int result);
@@ -93,7 +109,13 @@ class Call {
 
   const char* function_;
   bool wants_values_;
-  std::string path_;
+  mutable std::string path_;
+  // A path that nobody has asked for yet is not written out.
+  mutable bool has_path_ = true;
+  const Scope* scope_ = nullptr;
+  const char* fmt_ = nullptr;
+  va_list args_;
+  Scratch* scratch_ = nullptr;
   std::string input_;
   std::string output_;
   confd_value_t* values_ = nullptr;
@@ -105,6 +127,8 @@ class Call {
   std::string reason_;
 };
 
+std::recursive_mutex& CallMutex();
+
 // Turns the exception being handled into the call's error.
 int FailByException(Call& call);
 
@@ -114,6 +138,8 @@ template <typename Prepare, typename Body>
 int RunCall(const char* function, const Prepare& prepare, const Body& body) {
   int result = CONFD_ERR;
   try {
+    // Programs may call from several threads; the store knows one at a time.
+    const std::lock_guard<std::recursive_mutex> lock(CallMutex());
     Call call(function);
     try {
       prepare(call);
@@ -130,6 +156,12 @@ int RunCall(const char* function, const Prepare& prepare, const Body& body) {
   return result;
 }
 
+// The value of a leaf of this type; nothing, and the call's failure, without
+// one. Throws Error.
+std::optional<store::Value> ReadLeaf(Call& call, const Scope& scope,
+                                     const store::Target& target,
+                                     store::ValueType type);
+
 // For calls that take nothing but a path.
 inline std::string NoInput(const Call&, const Scope&) { return {}; }
 
@@ -144,13 +176,12 @@ int RunPathCall(const char* function, const MakeScope& make_scope,
       function,
       [&](Call& call) {
         scope = make_scope();
-        call.SetPath(FormatPath(&*scope, fmt, args));
+        call.SetPath(*scope, fmt, args);
         call.Input([&] { return input(call, *scope); });
       },
       [&](Call& call) {
-        store::Target target =
-            scope->data->Find(keypath::Parse(call.path()), scope->rules);
-        return body(call, *scope, target);
+        const store::Target* target = call.Resolve();
+        return target == nullptr ? CONFD_ERR : body(call, *scope, *target);
       });
 }
 

@@ -44,7 +44,9 @@ int GetScalar(const char* function, int sock, T* rval, store::ValueType type,
   return CdbCall(function, sock, fmt, args,
                  [&](Call& call, Scope& scope, const store::Target& target) {
                    RequirePointer(rval, "the result");
-                   confd_value_t value = ToC(ReadLeaf(scope, target, type));
+                   const auto leaf = ReadLeaf(call, scope, target, type);
+                   if (!leaf) return CONFD_ERR;
+                   const confd_value_t value = ToC(*leaf);
                    if (call.wants_values()) call.OutputText(Describe(value));
                    *rval = member(value);
                    return CONFD_OK;
@@ -135,9 +137,10 @@ int cdb_get_str(int sock, char* rval, int n, const char* fmt, ...) {
       "cdb_get_str", sock, fmt, args,
       [&](Call& call, Scope& scope, const store::Target& target) {
         RequirePointer(rval, "the buffer");
-        const store::Value value =
-            ReadLeaf(scope, target, store::ValueType::kBuf);
-        const std::string& text = value.text();
+        const auto value =
+            ReadLeaf(call, scope, target, store::ValueType::kBuf);
+        if (!value) return CONFD_ERR;
+        const std::string& text = value->text();
         if (n < 0 || text.size() >= static_cast<size_t>(n)) {
           throw Error(ErrorCode::kProtoUsage,
                       "its " + std::to_string(text.size()) +

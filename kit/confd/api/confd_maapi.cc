@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kit/confd/api/call.h"
+#include "kit/confd/api/resolve.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
 
@@ -19,9 +20,11 @@ using kit::api::ElementFromC;
 using kit::api::FromC;
 using kit::api::MaapiScope;
 using kit::api::NoInput;
+using kit::api::PathDraft;
 using kit::api::ReadLeaf;
 using kit::api::Release;
 using kit::api::RequirePointer;
+using kit::api::ResolveDraft;
 using kit::api::RunCall;
 using kit::api::RunPathCall;
 using kit::api::Scope;
@@ -86,8 +89,14 @@ store::Cursor& FindCursor(const Scope& scope, const maapi_cursor& mc) {
 
 // The list as it stands now; null when it has no entries.
 const store::List* ListOf(const Scope& scope, const store::Cursor& cursor) {
-  return store::Data::ListOf(
-      scope.data->Find(cursor.list_path, {false, cursor.selected}));
+  thread_local PathDraft path;
+  thread_local store::Target target;
+  const store::PathRules rules{false, cursor.selected};
+  path.text = cursor.path_text;
+  if (!ResolveDraft(*scope.data, rules, path, target)) {
+    target = scope.data->Find(cursor.list_path, rules);
+  }
+  return store::Data::ListOf(target);
 }
 
 // Moves to an entry, or past the end without one, and shows its keys.
@@ -163,11 +172,12 @@ int maapi_exists(int sock, int thandle, const char* fmt, ...) {
 int maapi_create(int sock, int thandle, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  int result = MaapiCall("maapi_create", sock, thandle, fmt, args,
-                         [](Call&, Scope& scope, const store::Target& target) {
-                           Transaction(scope).Create(target);
-                           return CONFD_OK;
-                         });
+  int result =
+      MaapiCall("maapi_create", sock, thandle, fmt, args,
+                [](Call& call, Scope& scope, const store::Target& target) {
+                  const auto refusal = Transaction(scope).TryCreate(target);
+                  return refusal ? call.Fail(*refusal) : CONFD_OK;
+                });
   va_end(args);
   return result;
 }
@@ -175,11 +185,12 @@ int maapi_create(int sock, int thandle, const char* fmt, ...) {
 int maapi_delete(int sock, int thandle, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  int result = MaapiCall("maapi_delete", sock, thandle, fmt, args,
-                         [](Call&, Scope& scope, const store::Target& target) {
-                           Transaction(scope).Delete(target);
-                           return CONFD_OK;
-                         });
+  int result =
+      MaapiCall("maapi_delete", sock, thandle, fmt, args,
+                [](Call& call, Scope& scope, const store::Target& target) {
+                  const auto refusal = Transaction(scope).TryDelete(target);
+                  return refusal ? call.Fail(*refusal) : CONFD_OK;
+                });
   va_end(args);
   return result;
 }
@@ -192,7 +203,10 @@ int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt,
       MaapiCall("maapi_get_elem", sock, thandle, fmt, args,
                 [&](Call& call, Scope& scope, const store::Target& target) {
                   RequirePointer(v, "the value");
-                  *v = ToC(scope.data->Get(target));
+                  std::optional<store::Refusal> refusal;
+                  const auto element = scope.data->TryGet(target, refusal);
+                  if (refusal) return call.Fail(*refusal);
+                  *v = ToC(element);
                   call.Output(v, 1);
                   return CONFD_OK;
                 });
@@ -208,8 +222,10 @@ int maapi_get_u_int32_elem(int sock, int thandle, uint32_t* rval,
       MaapiCall("maapi_get_u_int32_elem", sock, thandle, fmt, args,
                 [&](Call& call, Scope& scope, const store::Target& target) {
                   RequirePointer(rval, "the result");
-                  confd_value_t value =
-                      ToC(ReadLeaf(scope, target, store::ValueType::kUint32));
+                  const auto leaf =
+                      ReadLeaf(call, scope, target, store::ValueType::kUint32);
+                  if (!leaf) return CONFD_ERR;
+                  const confd_value_t value = ToC(*leaf);
                   if (call.wants_values()) call.OutputText(Describe(value));
                   *rval = value.val.u32;
                   return CONFD_OK;

@@ -60,6 +60,9 @@ class CallHooks {
   // Whether someone observes, and wants values rendered.
   bool observed() const { return observed_; }
   bool wants_values() const { return wants_values_; }
+  // Whether paths are looked at, which are otherwise not written out.
+  bool wants_paths() const { return observed_ || has_faults_; }
+  bool has_faults() const { return has_faults_; }
 
   // The fault that this call meets, if any; counts the call.
   std::optional<FaultRule> Fault(std::string_view function,

@@ -1,0 +1,238 @@
+#include "kit/confd/api/resolve.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <string>
+
+#include "kit/confd/api/values.h"
+#include "kit/confd/keypath/key_text.h"
+
+namespace kit::api {
+namespace {
+
+using store::SchemaNode;
+using store::Value;
+
+// Paths without keys that programs have used, which are few: programs write
+// them out.
+class KnownPaths {
+ public:
+  struct Key {
+    uint64_t schema;  // its serial number: addresses come again
+    const store::Module* selected;
+    std::string_view path;
+  };
+  const SchemaNode* Find(const Key& key) const {
+    const Entry& entry = entries_[PlaceOf(key)];
+    const bool same = entry.schema == key.schema &&
+                      entry.selected == key.selected && entry.path == key.path;
+    return same ? entry.node : nullptr;
+  }
+  void Add(const Key& key, const SchemaNode& node) {
+    entries_[PlaceOf(key)] = {key.schema, key.selected, std::string(key.path),
+                              &node};
+  }
+
+ private:
+  struct Entry {
+    uint64_t schema = 0;
+    const store::Module* selected = nullptr;
+    std::string path;
+    const SchemaNode* node = nullptr;
+  };
+  static constexpr size_t kEntries = 256;
+
+  // Paths differ in their last words.
+  static size_t PlaceOf(const Key& key) {
+    uint64_t tail = 0;
+    const size_t size = std::min(key.path.size(), sizeof(tail));
+    std::memcpy(&tail, key.path.data() + key.path.size() - size, size);
+    const uint64_t mixed =
+        (tail + key.path.size() + key.schema) * 0x9E3779B97F4A7C15;
+    return mixed >> 32 & (kEntries - 1);
+  }
+
+  std::array<Entry, kEntries> entries_;
+};
+
+bool IsNameChar(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+         (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
+}
+
+// Whether a child may be looked for below the node.
+bool HasChildren(const SchemaNode& node) {
+  return node.kind == store::NodeKind::kRoot || node.IsContainer();
+}
+
+class Resolver {
+ public:
+  Resolver(const store::Data& data, const store::PathRules& rules,
+           const PathDraft& draft, store::Target& target)
+      : data_(data),
+        rules_(rules),
+        text_(draft.text),
+        draft_(draft),
+        target_(target),
+        walk_(data, target) {}
+
+  bool Run() {
+    size_t end = std::min(text_.find('{'), text_.size());
+    end = std::min(text_.substr(0, end).find('['), end);
+    const SchemaNode* node =
+        FindSchemaNode(data_.schema(), rules_.selected, text_.substr(0, end));
+    if (node == nullptr) return false;
+    Descend(*node);
+    at_ = end;
+    while (at_ < text_.size()) {
+      const char c = text_[at_++];
+      const bool found = c == '{'   ? TakeKeys()
+                         : c == '[' ? TakePosition()
+                         : c == '/' ? TakeName()
+                                    : false;
+      if (!found) return false;
+    }
+    return true;
+  }
+
+ private:
+  void Descend(const SchemaNode& node) {
+    if (node.parent == nullptr) return;
+    Descend(*node.parent);
+    walk_.Enter(node);
+  }
+
+  bool TakeName() {
+    const SchemaNode& parent = *target_.schema;
+    if (!target_.is_entry && !HasChildren(parent)) return false;
+    const size_t begin = at_;
+    while (at_ < text_.size() && IsNameChar(text_[at_])) ++at_;
+    const std::string_view name = text_.substr(begin, at_ - begin);
+    const SchemaNode* child = at_ < text_.size() && text_[at_] == ':'
+                                  ? TakePrefixed(parent, name)
+                                  : store::Schema::OnlyChild(parent, name);
+    if (child == nullptr) return false;
+    walk_.Enter(*child);
+    return true;
+  }
+
+  const SchemaNode* TakePrefixed(const SchemaNode& parent,
+                                 std::string_view prefix) {
+    if (prefix.empty()) return nullptr;
+    const size_t begin = ++at_;
+    while (at_ < text_.size() && IsNameChar(text_[at_])) ++at_;
+    std::string reason;
+    return data_.schema().FindChild(
+        parent, prefix, text_.substr(begin, at_ - begin), nullptr, reason);
+  }
+
+  bool MayChoose() const {
+    return target_.schema->kind == store::NodeKind::kList && !target_.is_entry;
+  }
+
+  bool TakePosition() {
+    if (!MayChoose() || !rules_.positions_allowed) return false;
+    uint64_t position = 0;
+    const char* const begin = text_.data() + at_;
+    const auto [stop, error] =
+        std::from_chars(begin, text_.data() + text_.size(), position);
+    if (error != std::errc()) return false;
+    at_ += static_cast<size_t>(stop - begin);
+    if (!Accept(']')) return false;
+    walk_.ChooseByPosition(position);
+    return true;
+  }
+
+  bool TakeKeys() {
+    if (!MayChoose()) return false;
+    const SchemaNode& list = *target_.schema;
+    for (size_t i = 0; i < list.key_count; ++i) {
+      if (i > 0 && !Accept(' ')) return false;
+      if (!TakeKey(*list.children[i]->type)) return false;
+    }
+    if (!Accept('}')) return false;
+    walk_.ChooseByKeys();
+    return true;
+  }
+
+  bool TakeKey(const store::LeafType& type) {
+    const bool is_value = next_slot_ < draft_.values.size() &&
+                          draft_.values[next_slot_].begin == at_;
+    if (is_value) {
+      const PathDraft::Slot& slot = draft_.values[next_slot_++];
+      at_ = slot.end;
+      Value value = FromC(*slot.value);
+      // One of another type may still be written as the key is.
+      if (type.value_type() != value.type()) return false;
+      target_.keys.push_back(type.Check(value));
+      return true;
+    }
+    const size_t begin = at_;
+    while (at_ < text_.size() && keypath::IsPlainKeyChar(text_[at_])) ++at_;
+    if (at_ == begin) return false;
+    target_.keys.push_back(type.ParseKey(text_.substr(begin, at_ - begin)));
+    return true;
+  }
+
+  bool Accept(char c) {
+    if (at_ == text_.size() || text_[at_] != c) return false;
+    ++at_;
+    return true;
+  }
+
+  const store::Data& data_;
+  const store::PathRules& rules_;
+  const std::string_view text_;
+  const PathDraft& draft_;
+  store::Target& target_;
+  store::PathWalk walk_;
+  size_t at_ = 0;
+  size_t next_slot_ = 0;
+};
+
+}  // namespace
+
+const SchemaNode* FindSchemaNode(const store::Schema& schema,
+                                 const store::Module* selected,
+                                 std::string_view path) {
+  static auto& known = *new KnownPaths();
+  const KnownPaths::Key key{schema.serial(), selected, path};
+  if (const SchemaNode* node = known.Find(key)) return node;
+  const SchemaNode* node = &schema.root();
+  size_t at = 0;
+  while (at < path.size()) {
+    if (path[at] != '/' || !HasChildren(*node)) return nullptr;
+    const size_t end = std::min(path.find('/', at + 1), path.size());
+    std::string_view name = path.substr(at + 1, end - at - 1);
+    const size_t colon = std::min(name.find(':'), name.size());
+    std::string_view prefix;
+    if (colon < name.size()) {
+      prefix = name.substr(0, colon);
+      name.remove_prefix(colon + 1);
+      if (prefix.empty()) return nullptr;
+    }
+    std::string reason;
+    node = schema.FindChild(*node, prefix, name, selected, reason);
+    if (node == nullptr) return nullptr;
+    at = end;
+  }
+  if (node->parent == nullptr) return nullptr;
+  known.Add(key, *node);
+  return node;
+}
+
+bool ResolveDraft(const store::Data& data, const store::PathRules& rules,
+                  const PathDraft& draft, store::Target& target) {
+  try {
+    return Resolver(data, rules, draft, target).Run();
+  } catch (const store::Error&) {
+    // The long way says what is wrong with a key.
+    return false;
+  }
+}
+
+}  // namespace kit::api
