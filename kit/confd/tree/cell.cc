@@ -19,32 +19,17 @@ enum class Storage {
 Storage StorageOf(const LeafType& type) {
   const std::optional<ValueType> value_type = type.value_type();
   if (!value_type) return Storage::kElsewhere;  // a union
-  switch (*value_type) {
-    case ValueType::kInt8:
-    case ValueType::kInt16:
-    case ValueType::kInt32:
-    case ValueType::kInt64:
-    case ValueType::kUint8:
-    case ValueType::kUint16:
-    case ValueType::kUint32:
-    case ValueType::kUint64:
-    case ValueType::kBool:
-    case ValueType::kEnum:
-    case ValueType::kBit32:
-    case ValueType::kBit64:
-    case ValueType::kIpv4:
-    case ValueType::kDquad:
-    case ValueType::kEmpty:
-    case ValueType::kXmlTag:
+  switch (RowOf(*value_type).stored_as) {
+    case StoredAs::kNothing:
+    case StoredAs::kEmpty:
+    case StoredAs::kSigned:
+    case StoredAs::kUnsigned:
+    case StoredAs::kBool:
+    case StoredAs::kIpv4:
       return Storage::kNumber;
-    case ValueType::kIpv4Prefix:
-    case ValueType::kIpv4AndPlen:
+    case StoredAs::kIpv4Prefix:
       return Storage::kPrefixed;
-    case ValueType::kBuf:
-    case ValueType::kBinary:
-    case ValueType::kHexstr:
-    case ValueType::kBitbig:
-    case ValueType::kObjectRef:
+    case StoredAs::kBytes:
       return Storage::kText;
     default:
       return Storage::kElsewhere;
@@ -133,9 +118,6 @@ int CompareNumbers(T a, T b) {
   if (a < b) return -1;
   return a > b ? 1 : 0;
 }
-
-// Flips the sign, so that signed numbers order as unsigned ones.
-constexpr uint64_t kSignBit = uint64_t{1} << 63;
 
 }  // namespace
 
@@ -258,33 +240,22 @@ void KeyPrefixBuilder::Add(const LeafType& type, const Value& key) {
     is_whole_ = false;
     return;
   }
-  switch (key.type()) {
-    case ValueType::kUint8:
-    case ValueType::kBool:
-      return AddNumber(key.bits(), 1);
-    case ValueType::kUint16:
-      return AddNumber(key.bits(), 2);
-    case ValueType::kUint32:
-    case ValueType::kIpv4:
-    case ValueType::kDquad:
-    case ValueType::kBit32:
-      return AddNumber(key.bits(), 4);
-    case ValueType::kInt32:
-    case ValueType::kEnum:
-      return AddNumber((key.bits() ^ uint64_t{1} << 31) & 0xffffffff, 4);
-    case ValueType::kUint64:
-    case ValueType::kBit64:
-      return AddNumber(key.bits(), 8);
-    case ValueType::kInt8:
-    case ValueType::kInt16:
-    case ValueType::kInt64:
-      return AddNumber(key.bits() ^ kSignBit, 8);
-    case ValueType::kBuf:
+  const TypeRow& row = RowOf(key.type());
+  const size_t bytes = (row.bits + 7u) / 8;
+  switch (row.stored_as) {
+    case StoredAs::kBool:
+    case StoredAs::kUnsigned:
+    case StoredAs::kIpv4:
+      return AddNumber(key.bits(), bytes);
+    case StoredAs::kSigned:
+      // With the sign flipped they order as unsigned numbers do.
+      return AddNumber(key.bits() ^ uint64_t{1} << (row.bits - 1), bytes);
+    case StoredAs::kBytes:
       for (size_t at = 0; at < key.text().size() && used_ < kSize; at += 8) {
-        uint64_t bytes = 0;
-        std::memcpy(&bytes, key.text().data() + at,
+        uint64_t word = 0;
+        std::memcpy(&word, key.text().data() + at,
                     std::min<size_t>(8, key.text().size() - at));
-        AddNumber(be64toh(bytes), 8);
+        AddNumber(be64toh(word), 8);
       }
       // "a" and "a\0" would look the same.
       is_whole_ = false;
