@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "kit/confd/document/xml_scanner.h"
+
 namespace kit::store {
 namespace {
 
@@ -14,19 +16,6 @@ constexpr std::string_view kNetconfNamespace =
     "urn:ietf:params:xml:ns:netconf:base:1.0";
 // Data models nest a dozen levels; a parser's stack holds some thousands.
 constexpr size_t kMaxDepth = 500;
-constexpr std::string_view kBlanks = " \t\r\n";
-
-size_t LineOf(std::string_view text, size_t offset) {
-  offset = std::min(offset, text.size());
-  return 1 + static_cast<size_t>(std::count(
-                 text.begin(), text.begin() + static_cast<ptrdiff_t>(offset),
-                 '\n'));
-}
-
-[[noreturn]] void Fail(std::string_view text, size_t offset,
-                       const std::string& reason) {
-  throw EnvelopeError(LineOf(text, offset), reason);
-}
 
 // Everything but line ends becomes a blank, so that nothing moves.
 void BlankOut(std::string& text, size_t begin, size_t end) {
@@ -36,116 +25,6 @@ void BlankOut(std::string& text, size_t begin, size_t end) {
 }
 
 // ---- XML ------------------------------------------------------------------
-
-struct Attribute {
-  std::string_view name;
-  std::string_view value;
-};
-
-struct Tag {
-  enum class Kind { kOpen, kClose, kEmpty } kind;
-  size_t begin;  // of '<'
-  size_t end;    // past '>'
-  std::string_view name;
-};
-
-// Goes from tag to tag. It checks no more than it needs to find them: libyang
-// parses the document afterwards.
-class TagScanner {
- public:
-  explicit TagScanner(std::string_view text) : text_(text) {}
-
-  // Nothing at the end of the text.
-  std::optional<Tag> Next() {
-    while (true) {
-      size_t begin = text_.find('<', at_);
-      if (begin == std::string_view::npos) return std::nullopt;
-      std::string_view rest = text_.substr(begin);
-      if (StartsWith(rest, "<!--")) {
-        at_ = Past(begin, "-->", "comment");
-      } else if (StartsWith(rest, "<![CDATA[")) {
-        at_ = Past(begin, "]]>", "CDATA section");
-      } else if (StartsWith(rest, "<?")) {
-        at_ = Past(begin, "?>", "processing instruction");
-      } else if (StartsWith(rest, "<!")) {
-        Fail(text_, begin,
-             "a document type declaration is not part of a configuration; "
-             "remove it");
-      } else {
-        return ReadTag(begin);
-      }
-    }
-  }
-
-  std::vector<Attribute> Attributes(const Tag& tag) const {
-    std::vector<Attribute> attributes;
-    size_t at =
-        static_cast<size_t>(tag.name.data() - text_.data()) + tag.name.size();
-    while (true) {
-      at = text_.find_first_not_of(kBlanks, at);
-      if (at >= tag.end || text_[at] == '>' || text_[at] == '/') break;
-      size_t equals = text_.find('=', at);
-      if (equals >= tag.end) Fail(text_, at, "an attribute has no value");
-      size_t quote = text_.find_first_of("\"'", equals);
-      if (quote >= tag.end) Fail(text_, at, "an attribute has no value");
-      size_t close = text_.find(text_[quote], quote + 1);
-      std::string_view name = text_.substr(at, equals - at);
-      name = name.substr(0, name.find_last_not_of(kBlanks) + 1);
-      attributes.push_back({name, text_.substr(quote + 1, close - quote - 1)});
-      at = close + 1;
-    }
-    return attributes;
-  }
-
- private:
-  static bool StartsWith(std::string_view text, std::string_view start) {
-    return text.compare(0, start.size(), start) == 0;
-  }
-
-  size_t Past(size_t begin, std::string_view terminator, const char* what) {
-    size_t end = text_.find(terminator, begin);
-    if (end == std::string_view::npos) {
-      Fail(text_, begin, std::string("the ") + what + " is not closed");
-    }
-    return end + terminator.size();
-  }
-
-  Tag ReadTag(size_t begin) {
-    size_t end = begin + 1;
-    char quote = '\0';
-    for (; end < text_.size(); ++end) {
-      char c = text_[end];
-      if (quote != '\0') {
-        if (c == quote) quote = '\0';
-      } else if (c == '"' || c == '\'') {
-        quote = c;
-      } else if (c == '>') {
-        break;
-      } else if (c == '<') {
-        Fail(text_, end, "unexpected '<' inside a tag");
-      }
-    }
-    if (end >= text_.size()) {
-      Fail(text_, begin, "the document ends inside a tag");
-    }
-    Tag tag{Tag::Kind::kOpen, begin, end + 1, {}};
-    size_t name = begin + 1;
-    if (text_[name] == '/') {
-      tag.kind = Tag::Kind::kClose;
-      ++name;
-    } else if (text_[end - 1] == '/') {
-      tag.kind = Tag::Kind::kEmpty;
-    }
-    size_t name_end = text_.find_first_of(" \t\r\n/>", name);
-    tag.name = text_.substr(name, name_end - name);
-    if (tag.name.empty()) Fail(text_, begin, "a tag has no name");
-    at_ = tag.end;
-    return tag;
-  }
-
-  std::string_view text_;
-  size_t at_ = 0;
-};
 
 // Namespace declarations in scope: prefix ("" for the default) to namespace.
 using Namespaces = std::map<std::string_view, std::string_view>;
@@ -164,10 +43,10 @@ std::string_view LocalName(std::string_view name) {
 }
 
 // What wraps the document's data, if the element does. Adds what it declares.
-std::optional<Wrapping> AsWrapper(const TagScanner& scanner, const Tag& tag,
+std::optional<Wrapping> AsWrapper(const XmlScanner& scanner, const XmlTag& tag,
                                   Namespaces& in_scope) {
   Namespaces inner = in_scope;
-  for (const Attribute& attribute : scanner.Attributes(tag)) {
+  for (const XmlAttribute& attribute : scanner.Attributes(tag)) {
     if (auto prefix = DeclaredPrefix(attribute.name)) {
       inner[*prefix] = attribute.value;
     }
@@ -190,9 +69,9 @@ std::optional<Wrapping> AsWrapper(const TagScanner& scanner, const Tag& tag,
 }
 
 // What the wrappers declared and the element itself does not.
-std::string MissingDeclarations(const TagScanner& scanner, const Tag& tag,
+std::string MissingDeclarations(const XmlScanner& scanner, const XmlTag& tag,
                                 Namespaces in_scope) {
-  for (const Attribute& attribute : scanner.Attributes(tag)) {
+  for (const XmlAttribute& attribute : scanner.Attributes(tag)) {
     if (auto prefix = DeclaredPrefix(attribute.name)) in_scope.erase(*prefix);
   }
   std::string text;
@@ -207,7 +86,7 @@ std::string MissingDeclarations(const TagScanner& scanner, const Tag& tag,
 
 Wrapping UnwrapXml(std::string& text) {
   std::string_view view = text;
-  TagScanner scanner(view);
+  XmlScanner scanner(view);
   std::vector<std::string_view> open;  // names of open elements
   size_t wrappers = 0;                 // how many of the first of them wrap
   Wrapping wrapping = Wrapping::kNone;
@@ -218,12 +97,12 @@ Wrapping UnwrapXml(std::string& text) {
   size_t elements = 0;
 
   while (auto tag = scanner.Next()) {
-    if (tag->kind == Tag::Kind::kClose) {
+    if (tag->kind == XmlTag::Kind::kClose) {
       if (open.empty() || open.back() != tag->name) {
-        Fail(view, tag->begin,
-             "</" + std::string(tag->name) + "> closes " +
-                 (open.empty() ? "nothing"
-                               : "<" + std::string(open.back()) + ">"));
+        FailAt(view, tag->begin,
+               "</" + std::string(tag->name) + "> closes " +
+                   (open.empty() ? "nothing"
+                                 : "<" + std::string(open.back()) + ">"));
       }
       if (open.size() <= wrappers) {
         blanks.emplace_back(tag->begin, tag->end);
@@ -238,7 +117,7 @@ Wrapping UnwrapXml(std::string& text) {
       if (auto wrapper = AsWrapper(scanner, *tag, in_scope)) {
         if (wrapping == Wrapping::kNone) wrapping = *wrapper;
         blanks.emplace_back(tag->begin, tag->end);
-        if (tag->kind == Tag::Kind::kEmpty) {
+        if (tag->kind == XmlTag::Kind::kEmpty) {
           wrapping_ended = true;
         } else {
           open.push_back(tag->name);
@@ -254,20 +133,20 @@ Wrapping UnwrapXml(std::string& text) {
       insertions.emplace_back(name_end,
                               MissingDeclarations(scanner, *tag, in_scope));
     }
-    if (tag->kind == Tag::Kind::kOpen) {
+    if (tag->kind == XmlTag::Kind::kOpen) {
       open.push_back(tag->name);
       if (open.size() > kMaxDepth) {
-        Fail(view, tag->begin,
-             "the elements are nested more than " + std::to_string(kMaxDepth) +
-                 " deep, which no data model is");
+        FailAt(view, tag->begin,
+               "the elements are nested more than " +
+                   std::to_string(kMaxDepth) + " deep, which no data model is");
       }
     }
   }
   if (!open.empty()) {
-    Fail(view, view.size(),
-         "the document ends before </" + std::string(open.back()) + ">");
+    FailAt(view, view.size(),
+           "the document ends before </" + std::string(open.back()) + ">");
   }
-  if (elements == 0) Fail(view, 0, "there is no XML element in it");
+  if (elements == 0) FailAt(view, 0, "there is no XML element in it");
 
   // The views end here: the text changes.
   for (const auto& [begin, end] : blanks) BlankOut(text, begin, end);
@@ -292,27 +171,27 @@ void CheckJsonNesting(std::string_view text) {
     } else if (c == '{' || c == '[') {
       open.push_back(c);
       if (open.size() > kMaxDepth) {
-        Fail(text, i,
-             "it is nested more than " + std::to_string(kMaxDepth) +
-                 " deep, which no data model is");
+        FailAt(text, i,
+               "it is nested more than " + std::to_string(kMaxDepth) +
+                   " deep, which no data model is");
       }
     } else if (c == '}' || c == ']') {
       if (open.empty() || open.back() != (c == '}' ? '{' : '[')) {
-        Fail(text, i, std::string("'") + c + "' closes nothing");
+        FailAt(text, i, std::string("'") + c + "' closes nothing");
       }
       open.pop_back();
       // libyang would not read on.
       size_t rest = text.find_first_not_of(kBlanks, i + 1);
       if (open.empty() && rest != std::string_view::npos) {
-        Fail(text, rest, "there is more text behind the JSON object");
+        FailAt(text, rest, "there is more text behind the JSON object");
       }
     }
   }
-  if (in_string) Fail(text, text.size(), "the document ends inside a string");
+  if (in_string) FailAt(text, text.size(), "the document ends inside a string");
   if (!open.empty()) {
-    Fail(text, text.size(),
-         std::string("the document ends before '") +
-             (open.back() == '{' ? '}' : ']') + "'");
+    FailAt(text, text.size(),
+           std::string("the document ends before '") +
+               (open.back() == '{' ? '}' : ']') + "'");
   }
 }
 
@@ -415,11 +294,11 @@ class JsonFinder {
 
 size_t LineOfElement(std::string_view xml,
                      const std::vector<std::string>& names, size_t index) {
-  TagScanner scanner(xml);
+  XmlScanner scanner(xml);
   size_t depth = 0;
   size_t matching = 0;  // how many open elements are those of `names`
   while (auto tag = scanner.Next()) {
-    if (tag->kind == Tag::Kind::kClose) {
+    if (tag->kind == XmlTag::Kind::kClose) {
       if (matching == depth) --matching;
       --depth;
       continue;
@@ -429,7 +308,7 @@ size_t LineOfElement(std::string_view xml,
     if (fits && depth + 1 == names.size() && index-- == 0) {
       return LineOf(xml, tag->begin);
     }
-    if (tag->kind == Tag::Kind::kEmpty) continue;
+    if (tag->kind == XmlTag::Kind::kEmpty) continue;
     if (fits) ++matching;
     ++depth;
   }
@@ -444,7 +323,7 @@ Envelope Unwrap(std::string& text) {
     BlankOut(text, 0, kByteOrderMark.size());
   }
   if (size_t zero = text.find('\0'); zero != std::string::npos) {
-    Fail(text, zero, "it holds binary data; XML or JSON text is needed");
+    FailAt(text, zero, "it holds binary data; XML or JSON text is needed");
   }
   // A NETCONF session's end-of-message mark often stays in a capture.
   constexpr std::string_view kEndOfMessage = "]]>]]>";
@@ -457,15 +336,15 @@ Envelope Unwrap(std::string& text) {
   }
   size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string::npos) {
-    Fail(text, 0, "it is empty; XML or JSON text is needed");
+    FailAt(text, 0, "it is empty; XML or JSON text is needed");
   }
   if (text[first] == '<') return {Syntax::kXml, UnwrapXml(text)};
   if (text[first] == '{') {
     UnwrapJson(text);
     return {Syntax::kJson, Wrapping::kNone};
   }
-  Fail(text, first,
-       "it is neither XML (which begins with '<') nor JSON (with '{')");
+  FailAt(text, first,
+         "it is neither XML (which begins with '<') nor JSON (with '{')");
 }
 
 size_t LineOfInstance(std::string_view text, Syntax syntax,

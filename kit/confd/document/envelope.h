@@ -3,10 +3,11 @@
 #define KIT_CONFD_DOCUMENT_ENVELOPE_H_
 
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "kit/confd/document/text_fault.h"
 
 namespace kit::store {
 
@@ -21,14 +22,6 @@ enum class Wrapping {
 struct Envelope {
   Syntax syntax;
   Wrapping wrapping = Wrapping::kNone;
-};
-
-// The text is no configuration at all; what() is the reason.
-class EnvelopeError : public std::runtime_error {
- public:
-  EnvelopeError(size_t error_line, const std::string& reason)
-      : std::runtime_error(reason), line(error_line) {}
-  const size_t line;  // from 1
 };
 
 // Tells XML from JSON and takes wrappers off by overwriting them with blanks,
