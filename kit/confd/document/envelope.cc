@@ -43,10 +43,9 @@ std::string_view LocalName(std::string_view name) {
 }
 
 // What wraps the document's data, if the element does. Adds what it declares.
-std::optional<Wrapping> AsWrapper(const XmlScanner& scanner, const XmlTag& tag,
-                                  Namespaces& in_scope) {
+std::optional<Wrapping> AsWrapper(const XmlTag& tag, Namespaces& in_scope) {
   Namespaces inner = in_scope;
-  for (const XmlAttribute& attribute : scanner.Attributes(tag)) {
+  for (const XmlAttribute& attribute : tag.attributes) {
     if (auto prefix = DeclaredPrefix(attribute.name)) {
       inner[*prefix] = attribute.value;
     }
@@ -69,9 +68,8 @@ std::optional<Wrapping> AsWrapper(const XmlScanner& scanner, const XmlTag& tag,
 }
 
 // What the wrappers declared and the element itself does not.
-std::string MissingDeclarations(const XmlScanner& scanner, const XmlTag& tag,
-                                Namespaces in_scope) {
-  for (const XmlAttribute& attribute : scanner.Attributes(tag)) {
+std::string MissingDeclarations(const XmlTag& tag, Namespaces in_scope) {
+  for (const XmlAttribute& attribute : tag.attributes) {
     if (auto prefix = DeclaredPrefix(attribute.name)) in_scope.erase(*prefix);
   }
   std::string text;
@@ -96,7 +94,7 @@ Wrapping UnwrapXml(std::string& text) {
   bool wrapping_ended = false;
   size_t elements = 0;
 
-  while (auto tag = scanner.Next()) {
+  while (const XmlTag* tag = scanner.Next()) {
     if (tag->kind == XmlTag::Kind::kClose) {
       if (open.empty() || open.back() != tag->name) {
         FailAt(view, tag->begin,
@@ -114,7 +112,7 @@ Wrapping UnwrapXml(std::string& text) {
     }
     ++elements;
     if (!wrapping_ended) {
-      if (auto wrapper = AsWrapper(scanner, *tag, in_scope)) {
+      if (auto wrapper = AsWrapper(*tag, in_scope)) {
         if (wrapping == Wrapping::kNone) wrapping = *wrapper;
         blanks.emplace_back(tag->begin, tag->end);
         if (tag->kind == XmlTag::Kind::kEmpty) {
@@ -130,8 +128,7 @@ Wrapping UnwrapXml(std::string& text) {
     if (open.size() == wrappers) {
       size_t name_end = static_cast<size_t>(tag->name.data() - view.data()) +
                         tag->name.size();
-      insertions.emplace_back(name_end,
-                              MissingDeclarations(scanner, *tag, in_scope));
+      insertions.emplace_back(name_end, MissingDeclarations(*tag, in_scope));
     }
     if (tag->kind == XmlTag::Kind::kOpen) {
       open.push_back(tag->name);
@@ -297,7 +294,7 @@ size_t LineOfElement(std::string_view xml,
   XmlScanner scanner(xml);
   size_t depth = 0;
   size_t matching = 0;  // how many open elements are those of `names`
-  while (auto tag = scanner.Next()) {
+  while (const XmlTag* tag = scanner.Next()) {
     if (tag->kind == XmlTag::Kind::kClose) {
       if (matching == depth) --matching;
       --depth;

@@ -1,5 +1,6 @@
 #include "kit/confd/document/xml_scanner.h"
 
+#include <algorithm>
 #include <string>
 
 #include "kit/confd/document/text_fault.h"
@@ -11,12 +12,25 @@ bool StartsWith(std::string_view text, std::string_view start) {
   return text.compare(0, start.size(), start) == 0;
 }
 
+// Beyond ASCII libyang knows better.
+bool IsNameStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+bool IsNameCharacter(char c) {
+  return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+}
+
+// A character for a message.
+std::string Shown(char c) { return {'\'', c, '\''}; }
+
 }  // namespace
 
-std::optional<XmlTag> XmlScanner::Next() {
+const XmlTag* XmlScanner::Next() {
   while (true) {
     size_t begin = text_.find('<', at_);
-    if (begin == std::string_view::npos) return std::nullopt;
+    if (begin == std::string_view::npos) return nullptr;
     std::string_view rest = text_.substr(begin);
     if (StartsWith(rest, "<!--")) {
       at_ = Past(begin, "-->", "comment");
@@ -29,29 +43,10 @@ std::optional<XmlTag> XmlScanner::Next() {
              "a document type declaration is not part of a configuration; "
              "remove it");
     } else {
-      return ReadTag(begin);
+      ReadTag(begin);
+      return &tag_;
     }
   }
-}
-
-std::vector<XmlAttribute> XmlScanner::Attributes(const XmlTag& tag) const {
-  std::vector<XmlAttribute> attributes;
-  size_t at =
-      static_cast<size_t>(tag.name.data() - text_.data()) + tag.name.size();
-  while (true) {
-    at = text_.find_first_not_of(kBlanks, at);
-    if (at >= tag.end || text_[at] == '>' || text_[at] == '/') break;
-    size_t equals = text_.find('=', at);
-    if (equals >= tag.end) FailAt(text_, at, "an attribute has no value");
-    size_t quote = text_.find_first_of("\"'", equals);
-    if (quote >= tag.end) FailAt(text_, at, "an attribute has no value");
-    size_t close = text_.find(text_[quote], quote + 1);
-    std::string_view name = text_.substr(at, equals - at);
-    name = name.substr(0, name.find_last_not_of(kBlanks) + 1);
-    attributes.push_back({name, text_.substr(quote + 1, close - quote - 1)});
-    at = close + 1;
-  }
-  return attributes;
 }
 
 size_t XmlScanner::Past(size_t begin, std::string_view terminator,
@@ -63,37 +58,86 @@ size_t XmlScanner::Past(size_t begin, std::string_view terminator,
   return end + terminator.size();
 }
 
-XmlTag XmlScanner::ReadTag(size_t begin) {
-  size_t end = begin + 1;
-  char quote = '\0';
-  for (; end < text_.size(); ++end) {
-    char c = text_[end];
-    if (quote != '\0') {
-      if (c == quote) quote = '\0';
-    } else if (c == '"' || c == '\'') {
-      quote = c;
-    } else if (c == '>') {
+void XmlScanner::ReadTag(size_t begin) {
+  at_ = begin + 1;
+  tag_.kind = XmlTag::Kind::kOpen;
+  tag_.begin = begin;
+  tag_.attributes.clear();
+  if (Peek() == '/') {
+    tag_.kind = XmlTag::Kind::kClose;
+    ++at_;
+  }
+  tag_.name = ReadName();
+  if (tag_.name.empty()) FailAt(text_, begin, "a tag has no name");
+  while (true) {
+    size_t gap = at_;
+    SkipBlanks();
+    if (at_ == text_.size()) {
+      FailAt(text_, begin, "the document ends inside a tag");
+    }
+    if (text_[at_] == '>') break;
+    bool is_open = tag_.kind == XmlTag::Kind::kOpen;
+    if (is_open && text_.compare(at_, 2, "/>") == 0) {
+      tag_.kind = XmlTag::Kind::kEmpty;
+      ++at_;
       break;
-    } else if (c == '<') {
-      FailAt(text_, end, "unexpected '<' inside a tag");
+    }
+    if (!is_open || at_ == gap || !IsNameStart(text_[at_])) {
+      FailAt(text_, at_, "unexpected " + Shown(text_[at_]) + " inside a tag");
+    }
+    ReadAttribute();
+  }
+  tag_.end = ++at_;
+}
+
+void XmlScanner::ReadAttribute() {
+  size_t begin = at_;
+  XmlAttribute attribute;
+  attribute.name = ReadName();
+  std::string subject = "the attribute \"" + std::string(attribute.name) + "\"";
+  SkipBlanks();
+  if (Peek() != '=') FailAt(text_, begin, subject + " has no value");
+  ++at_;
+  SkipBlanks();
+  char quote = Peek();
+  if (quote != '"' && quote != '\'') {
+    FailAt(text_, begin, subject + " has a value without quotes");
+  }
+  size_t close = text_.find(quote, ++at_);
+  if (close == std::string_view::npos) {
+    FailAt(text_, tag_.begin, "the document ends inside a tag");
+  }
+  attribute.value = text_.substr(at_, close - at_);
+  if (attribute.value.find('<') != std::string_view::npos) {
+    FailAt(text_, begin,
+           subject + " has '<' in its value, or no quote at its end");
+  }
+  at_ = close + 1;
+  tag_.attributes.push_back(attribute);
+}
+
+std::string_view XmlScanner::ReadName() {
+  size_t begin = at_;
+  if (ReadPlainName().empty()) return {};
+  if (Peek() == ':') {
+    ++at_;
+    if (ReadPlainName().empty()) {
+      FailAt(text_, begin, "a name ends in a colon");
     }
   }
-  if (end >= text_.size()) {
-    FailAt(text_, begin, "the document ends inside a tag");
+  return text_.substr(begin, at_ - begin);
+}
+
+std::string_view XmlScanner::ReadPlainName() {
+  size_t begin = at_;
+  if (IsNameStart(Peek())) {
+    while (IsNameCharacter(Peek())) ++at_;
   }
-  XmlTag tag{XmlTag::Kind::kOpen, begin, end + 1, {}};
-  size_t name = begin + 1;
-  if (text_[name] == '/') {
-    tag.kind = XmlTag::Kind::kClose;
-    ++name;
-  } else if (text_[end - 1] == '/') {
-    tag.kind = XmlTag::Kind::kEmpty;
-  }
-  size_t name_end = text_.find_first_of(" \t\r\n/>", name);
-  tag.name = text_.substr(name, name_end - name);
-  if (tag.name.empty()) FailAt(text_, begin, "a tag has no name");
-  at_ = tag.end;
-  return tag;
+  return text_.substr(begin, at_ - begin);
+}
+
+void XmlScanner::SkipBlanks() {
+  at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size());
 }
 
 }  // namespace kit::store

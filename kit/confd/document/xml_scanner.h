@@ -3,7 +3,6 @@
 #define KIT_CONFD_DOCUMENT_XML_SCANNER_H_
 
 #include <cstddef>
-#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -19,25 +18,32 @@ struct XmlTag {
   size_t begin;  // of '<'
   size_t end;    // past '>'
   std::string_view name;
+  std::vector<XmlAttribute> attributes;
 };
 
-// It checks no more than it needs to find the tags: libyang parses the document
-// afterwards. Throws EnvelopeError.
+// Of what is no tag it checks no more than it needs to get past it: libyang
+// parses the document afterwards. Throws EnvelopeError.
 class XmlScanner {
  public:
   explicit XmlScanner(std::string_view text) : text_(text) {}
 
-  // Nothing at the end of the text.
-  std::optional<XmlTag> Next();
-
-  std::vector<XmlAttribute> Attributes(const XmlTag& tag) const;
+  // Null at the end of the text; else valid until the next call.
+  const XmlTag* Next();
 
  private:
   size_t Past(size_t begin, std::string_view terminator, const char* what);
-  XmlTag ReadTag(size_t begin);
+  void ReadTag(size_t begin);
+  void ReadAttribute();
+  // Empty where no name begins.
+  std::string_view ReadName();
+  std::string_view ReadPlainName();
+  void SkipBlanks();
+  // NUL at the end.
+  char Peek() const { return at_ < text_.size() ? text_[at_] : '\0'; }
 
   std::string_view text_;
   size_t at_ = 0;
+  XmlTag tag_{};
 };
 
 }  // namespace kit::store

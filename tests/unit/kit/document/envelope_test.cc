@@ -149,6 +149,21 @@ struct BadCase {
   const char* reason;
 };
 
+template <size_t kCount>
+void ExpectErrors(const BadCase (&cases)[kCount]) {
+  for (const BadCase& one : cases) {
+    std::string text = one.text;
+    try {
+      Unwrap(text);
+      ADD_FAILURE() << "accepted " << one.text.substr(0, 80);
+    } catch (const EnvelopeError& error) {
+      EXPECT_EQ(error.line, one.line) << one.text.substr(0, 80);
+      EXPECT_EQ(std::string(error.what()).find(one.reason), 0u)
+          << error.what() << "\n  instead of " << one.reason;
+    }
+  }
+}
+
 TEST(Unwrap, SaysWhereAndWhyATextIsNoConfiguration) {
   std::string deep_xml;
   for (int i = 0; i < 600; ++i) deep_xml += "<a>\n";
@@ -184,25 +199,31 @@ TEST(Unwrap, SaysWhereAndWhyATextIsNoConfiguration) {
       {"{}\n, {\"a\": 1}", 2, "there is more text behind the JSON object"},
       {"{}\n}", 2, "there is more text behind the JSON object"},
   };
-  for (const BadCase& one : cases) {
-    std::string text = one.text;
-    try {
-      Unwrap(text);
-      ADD_FAILURE() << "accepted " << one.text.substr(0, 80);
-    } catch (const EnvelopeError& error) {
-      EXPECT_EQ(error.line, one.line) << one.text.substr(0, 80);
-      EXPECT_EQ(std::string(error.what()).find(one.reason), 0u)
-          << error.what() << "\n  instead of " << one.reason;
-    }
-  }
+  ExpectErrors(cases);
 }
 
-TEST(Unwrap, AttributesWithoutAValueAreErrors) {
-  // Attributes are looked at where a wrapper may stand.
-  for (std::string text :
-       {"<config x></config>", "<config x=1/>", "<config =\n></config>"}) {
-    EXPECT_THROW(Unwrap(text), EnvelopeError) << text;
-  }
+TEST(Unwrap, MalformedTagsAreErrors) {
+  const BadCase cases[] = {
+      {"<config x></config>", 1, "the attribute \"x\" has no value"},
+      {"<config\nx=1/>", 2, "the attribute \"x\" has a value without quotes"},
+      {"<config =\n></config>", 1, "unexpected '=' inside a tag"},
+      {"<a>\n<b \"=\"></b></a>", 2, "unexpected '\"' inside a tag"},
+      {"<a \"=\">", 1, "unexpected '\"' inside a tag"},
+      {"<config\nxmlns\"=http://x\">", 2,
+       "the attribute \"xmlns\" has no value"},
+      {"<a x=\"1\"y=\"2\"/>", 1, "unexpected 'y' inside a tag"},
+      {"<a\n x=\"1>\n<b y=\"2\"/>", 2, "the attribute \"x\" has '<'"},
+      {"<a/ >", 1, "unexpected '/' inside a tag"},
+      {"<a></a\nx=\"1\">", 2, "unexpected 'x' inside a tag"},
+      {"<a></a/>", 1, "unexpected '/' inside a tag"},
+      {"<a\n=b/>", 2, "unexpected '=' inside a tag"},
+      {"<a?/>", 1, "unexpected '?' inside a tag"},
+      {"<:a/>", 1, "a tag has no name"},
+      {"<1a/>", 1, "a tag has no name"},
+      {"<a:/>", 1, "a name ends in a colon"},
+      {"<a:b:c/>", 1, "unexpected ':' inside a tag"},
+  };
+  ExpectErrors(cases);
 }
 
 // Every cut of a valid document is an error or a document, never a crash.
