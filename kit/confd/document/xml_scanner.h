@@ -21,8 +21,8 @@ struct XmlTag {
   std::vector<XmlAttribute> attributes;
 };
 
-// Of what is no tag it checks no more than it needs to get past it: libyang
-// parses the document afterwards. Throws EnvelopeError.
+// Refuses what is malformed as far as libyang does not, which parses the text
+// afterwards. Throws EnvelopeError.
 class XmlScanner {
  public:
   explicit XmlScanner(std::string_view text) : text_(text) {}
@@ -31,7 +31,14 @@ class XmlScanner {
   const XmlTag* Next();
 
  private:
-  size_t Past(size_t begin, std::string_view terminator, const char* what);
+  size_t Past(size_t begin, std::string_view terminator,
+              const char* what) const;
+  void CheckCharacters(size_t begin, size_t end) const;
+  void CheckReferences(std::string_view characters) const;
+  void SkipComment(size_t begin);
+  void SkipInstruction(size_t begin);
+  void ReadDeclaration(size_t begin);
+  void CheckDeclaration() const;
   void ReadTag(size_t begin);
   void ReadAttribute();
   // Empty where no name begins.

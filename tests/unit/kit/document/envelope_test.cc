@@ -226,6 +226,51 @@ TEST(Unwrap, MalformedTagsAreErrors) {
   ExpectErrors(cases);
 }
 
+TEST(Unwrap, MalformedMarkupBetweenTagsIsAnError) {
+  const BadCase cases[] = {
+      {"<a>\n<?></a>", 2, "a processing instruction has no name"},
+      {"<?>\n<a/><?b?>", 1, "a processing instruction has no name"},
+      {"<a>\n<? b?></a>", 2, "a processing instruction has no name"},
+      {"<a><?b\"c?></a>", 1, "unexpected '\"' in the name of a processing"},
+      {"<a/>\n<?xml version=\"1.0\"?>", 2, "the XML declaration stands"},
+      {"<?xml?><a/>", 1, "the XML declaration has to hold version"},
+      {"<?xml versio=\"1.0\"?><a/>", 1, "the XML declaration has to hold"},
+      {"<?xml encoding=\"UTF-8\" version=\"1.0\"?><a/>", 1,
+       "the XML declaration has to hold version"},
+      {"<?xml version=\"1.0\"encoding=\"UTF-8\"?><a/>", 1,
+       "unexpected 'e' in the XML declaration"},
+      {"<?xml version=\"1.0\"\n/?><a/>", 2,
+       "unexpected '/' in the XML declaration"},
+      {"<?xml version=\"1.0\" encoding=\"latin1\"?><a>\xc3\xa4</a>", 1,
+       "it is encoded as latin1"},
+      {"<a>\n<!--></a>", 2, "the comment is not closed"},
+      {"<a>\n<!-- b -- c --></a>", 2, "\"--\" inside a comment"},
+      {"<a>\nb]]>c</a>", 2, "\"]]>\" outside of a CDATA section"},
+      {"<a/>\n]]>", 2, "\"]]>\" outside of a CDATA section"},
+      {"<a>\n&#0;</a>", 2, "\"&#0\" stands for no character"},
+      {"<a>&#4294967361;</a>", 1, "\"&#4294967361\" stands for no"},
+      {"<a>&#xfffe;</a>", 1, "\"&#xfffe\" stands for no character"},
+      {"<a>&#x;</a>", 1, "\"&#x\" stands for no character"},
+      {"<a>&#-1;</a>", 1, "\"&#-1\" stands for no character"},
+      {"<a>&#65</a>", 1, "\"&#65\" stands for no character"},
+      {"<a xmlns:b=\"&#1;\"/>", 1, "\"&#1\" stands for no character"},
+  };
+  ExpectErrors(cases);
+}
+
+TEST(Unwrap, TakesMarkupOfEveryKind) {
+  const char* texts[] = {
+      "<?xml version=\"1.0\" encoding=\"utf-8\" standalone='no' ?><a/>",
+      "\n<?xml version='1.0'?>\n<a/>",
+      "<?xml version=\"1.0\" encoding=\"latin1\"?><a/>",
+      "\xef\xbb\xbf<?xml version=\"1.0\"?><a/>",
+      "<a><!----></a><!--></b>--><!---></b>--><!-- - -->",
+      "<a><?b?><?b c?><?xml-model d=\"?>\"?></a>",
+      "<a><![CDATA[]]]]><![CDATA[>&#0;]]>&#xD;&#10;&#x10FFFF;</a>",
+  };
+  for (std::string text : texts) EXPECT_NO_THROW(Unwrap(text)) << text;
+}
+
 // Every cut of a valid document is an error or a document, never a crash.
 TEST(Unwrap, TruncatedDocumentsAreErrors) {
   const std::string whole =
