@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kit/confd/document/xml_scanner.h"
+#include "kit/confd/text/utf8.h"
 
 namespace kit::store {
 namespace {
@@ -312,6 +313,19 @@ size_t LineOfElement(std::string_view xml,
   return 0;
 }
 
+void RequireText(std::string_view text) {
+  if (text::IsYangText(text)) return;
+  for (size_t begin = 0; begin < text.size();) {
+    size_t end = std::min(text.find('\n', begin), text.size());
+    if (!text::IsYangText(text.substr(begin, end - begin))) {
+      FailAt(text, begin,
+             "it holds bytes that are no UTF-8 text, or characters that no "
+             "configuration may hold");
+    }
+    begin = end + 1;
+  }
+}
+
 }  // namespace
 
 Envelope Unwrap(std::string& text) {
@@ -335,13 +349,14 @@ Envelope Unwrap(std::string& text) {
   if (first == std::string::npos) {
     FailAt(text, 0, "it is empty; XML or JSON text is needed");
   }
-  if (text[first] == '<') return {Syntax::kXml, UnwrapXml(text)};
-  if (text[first] == '{') {
-    UnwrapJson(text);
-    return {Syntax::kJson, Wrapping::kNone};
+  if (text[first] != '<' && text[first] != '{') {
+    FailAt(text, first,
+           "it is neither XML (which begins with '<') nor JSON (with '{')");
   }
-  FailAt(text, first,
-         "it is neither XML (which begins with '<') nor JSON (with '{')");
+  RequireText(text);
+  if (text[first] == '<') return {Syntax::kXml, UnwrapXml(text)};
+  UnwrapJson(text);
+  return {Syntax::kJson, Wrapping::kNone};
 }
 
 size_t LineOfInstance(std::string_view text, Syntax syntax,

@@ -258,6 +258,18 @@ TEST(Unwrap, MalformedMarkupBetweenTagsIsAnError) {
   ExpectErrors(cases);
 }
 
+TEST(Unwrap, BytesThatAreNoTextAreErrors) {
+  const BadCase cases[] = {
+      {"<a>\n\xff</a>", 2, "it holds bytes that are no UTF-8 text"},
+      // A byte of two, one character in too many bytes, half of a pair.
+      {"<a>\n<!-- \xc3 -->\n</a>", 2, "it holds bytes that are no UTF-8"},
+      {"<a>\n\n\xf0\x80\x80\xaf</a>", 3, "it holds bytes that are no UTF-8"},
+      {"{\"a\":\n\"\xed\xa0\x80\"}", 2, "it holds bytes that are no UTF-8"},
+      {"<a x=\"\x01\"/>", 1, "it holds bytes that are no UTF-8 text"},
+  };
+  ExpectErrors(cases);
+}
+
 TEST(Unwrap, TakesMarkupOfEveryKind) {
   const char* texts[] = {
       "<?xml version=\"1.0\" encoding=\"utf-8\" standalone='no' ?><a/>",
