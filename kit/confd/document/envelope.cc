@@ -64,8 +64,22 @@ std::optional<Wrapping> AsWrapper(const XmlTag& tag, Namespaces& in_scope) {
              (local == "rpc-reply" || local == "data" || local == "config")) {
     wrapping = Wrapping::kNetconf;
   }
-  if (wrapping) in_scope = std::move(inner);
+  if (!wrapping) return std::nullopt;
+  in_scope = std::move(inner);
   return wrapping;
+}
+
+// Metadata would be dropped, and a node that is marked for deletion kept. What
+// else a wrapper says of itself goes with it.
+void RefuseMetadata(std::string_view text, const XmlTag& tag, bool wraps) {
+  for (const XmlAttribute& attribute : tag.attributes) {
+    if (DeclaredPrefix(attribute.name)) continue;
+    if (wraps && LocalName(attribute.name) != "operation") continue;
+    FailAt(text, static_cast<size_t>(attribute.name.data() - text.data()),
+           "the attribute \"" + std::string(attribute.name) + "\" of <" +
+               std::string(tag.name) +
+               "> can't be kept: a configuration holds nodes and values only");
+  }
 }
 
 // What the wrappers declared and the element itself does not.
@@ -114,6 +128,7 @@ Wrapping UnwrapXml(std::string& text) {
     ++elements;
     if (!wrapping_ended) {
       if (auto wrapper = AsWrapper(*tag, in_scope)) {
+        RefuseMetadata(view, *tag, true);
         if (wrapping == Wrapping::kNone) wrapping = *wrapper;
         blanks.emplace_back(tag->begin, tag->end);
         if (tag->kind == XmlTag::Kind::kEmpty) {
@@ -126,6 +141,7 @@ Wrapping UnwrapXml(std::string& text) {
       }
       wrapping_ended = true;
     }
+    RefuseMetadata(view, *tag, false);
     if (open.size() == wrappers) {
       size_t name_end = static_cast<size_t>(tag->name.data() - view.data()) +
                         tag->name.size();

@@ -72,7 +72,8 @@ TEST(UnwrapXml, TakesWrappersOff) {
        "<a><![CDATA[</a>]]></a><?pi > ?>"},
       {"\xef\xbb\xbf<a/>", Wrapping::kNone, "<a/>"},
       {"<a/>\n]]>]]>\n", Wrapping::kNone, "<a/>\n \n"},
-      {"<a b='>' c=\"'/>\"/>", Wrapping::kNone, "<a b='>' c=\"'/>\"/>"},
+      {"<a xmlns:b='>' xmlns:c=\"'/>\"/>", Wrapping::kNone,
+       "<a xmlns:b='>' xmlns:c=\"'/>\"/>"},
   };
   for (const WrapCase& one : cases) {
     std::string text = one.text;
@@ -258,6 +259,26 @@ TEST(Unwrap, MalformedMarkupBetweenTagsIsAnError) {
   ExpectErrors(cases);
 }
 
+TEST(Unwrap, MetadataIsAnError) {
+  const BadCase cases[] = {
+      {"<a xmlns=\"urn:u\"\nxmlns:nc=\"" + std::string(kNetconfNs) +
+           "\">\n<b nc:operation=\"delete\"/></a>",
+       3, "the attribute \"nc:operation\" of <b> can't be kept"},
+      {"<nc:config xmlns:nc=\"" + std::string(kNetconfNs) +
+           "\">\n<a nc:operation=\"delete\"/></nc:config>",
+       2, "the attribute \"nc:operation\" of <a> can't be kept"},
+      {"<config" + Xmlns(kNetconfNs) + "\nxmlns:nc=\"" + kNetconfNs +
+           "\" nc:operation=\"replace\"><a/></config>",
+       2, "the attribute \"nc:operation\" of <config> can't be kept"},
+      {"<data" + Xmlns(kNetconfNs) + " operation=\"remove\"><a/></data>", 1,
+       "the attribute \"operation\" of <data> can't be kept"},
+      {"<a><b\nxml:lang=\"en\"/></a>", 2,
+       "the attribute \"xml:lang\" of <b> can't be kept"},
+      {"<a\nxmlnsx=\"en\"/>", 2, "the attribute \"xmlnsx\" of <a>"},
+  };
+  ExpectErrors(cases);
+}
+
 TEST(Unwrap, BytesThatAreNoTextAreErrors) {
   const BadCase cases[] = {
       {"<a>\n\xff</a>", 2, "it holds bytes that are no UTF-8 text"},
@@ -287,7 +308,8 @@ TEST(Unwrap, TakesMarkupOfEveryKind) {
 TEST(Unwrap, TruncatedDocumentsAreErrors) {
   const std::string whole =
       "<?xml version=\"1.0\"?><config" + Xmlns(kConfigNs) +
-      " xmlns:p=\"urn:p\"><!-- c --><p:a x='1'><![CDATA[x]]></p:a></config>";
+      " xmlns:p=\"urn:p\"><!-- c --><p:a xmlns:x='1'><![CDATA[x]]></p:a>"
+      "</config>";
   for (size_t length = 0; length < whole.size(); ++length) {
     std::string text = whole.substr(0, length);
     EXPECT_THROW(Unwrap(text), EnvelopeError) << text;
