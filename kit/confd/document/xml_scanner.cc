@@ -220,6 +220,20 @@ void XmlScanner::ReadTag(size_t begin) {
     ReadAttribute();
   }
   tag_.end = ++at_;
+  CheckAttributeNames();
+}
+
+void XmlScanner::CheckAttributeNames() const {
+  std::vector<std::string_view> names;
+  for (const XmlAttribute& attribute : tag_.attributes) {
+    names.push_back(attribute.name);
+  }
+  std::sort(names.begin(), names.end());
+  auto twice = std::adjacent_find(names.begin(), names.end());
+  if (twice == names.end()) return;
+  FailAt(text_, tag_.begin,
+         "the attribute \"" + std::string(*twice) + "\" stands twice in <" +
+             std::string(tag_.name) + ">");
 }
 
 void XmlScanner::ReadAttribute() {

@@ -41,6 +41,7 @@ class XmlScanner {
   void CheckDeclaration() const;
   void ReadTag(size_t begin);
   void ReadAttribute();
+  void CheckAttributeNames() const;
   // Empty where no name begins.
   std::string_view ReadName();
   std::string_view ReadPlainName();

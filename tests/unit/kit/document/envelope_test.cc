@@ -222,6 +222,8 @@ TEST(Unwrap, MalformedTagsAreErrors) {
       {"<:a/>", 1, "a tag has no name"},
       {"<1a/>", 1, "a tag has no name"},
       {"<a:/>", 1, "a name ends in a colon"},
+      {"<a>\n<b xmlns=\"urn:u\" xmlns:c=\"urn:u\" xmlns=\"urn:u\"/></a>", 2,
+       "the attribute \"xmlns\" stands twice in <b>"},
       {"<a:b:c/>", 1, "unexpected ':' inside a tag"},
   };
   ExpectErrors(cases);
