@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "kit/confd/document/json_scanner.h"
 #include "kit/confd/document/xml_scanner.h"
 #include "kit/confd/text/utf8.h"
 
@@ -212,23 +213,21 @@ void CheckJsonNesting(std::string_view text) {
 // {"data": {...}} and its RESTCONF spelling.
 void UnwrapJson(std::string& text) {
   CheckJsonNesting(text);
-  for (std::string_view name : {"\"data\"", "\"ietf-restconf:data\""}) {
-    size_t outer = text.find('{');
-    size_t key = text.find_first_not_of(kBlanks, outer + 1);
-    if (key == std::string::npos || text.compare(key, name.size(), name) != 0) {
-      continue;
+  const std::vector<JsonMember> members = JsonScanner(text).Scan();
+  for (const JsonMember& member : members) {
+    bool wraps =
+        (member.name == "data" || member.name == "ietf-restconf:data") &&
+        text[member.value_begin] == '{';
+    if (!wraps) continue;
+    if (members.size() > 1) {
+      const JsonMember& other = members[&member == &members[0] ? 1 : 0];
+      FailAt(text, other.name_begin,
+             "\"" + std::string(other.name) + "\" stands beside \"" +
+                 std::string(member.name) +
+                 "\", which is to hold the whole configuration");
     }
-    size_t colon = text.find_first_not_of(kBlanks, key + name.size());
-    if (colon == std::string::npos || text[colon] != ':') continue;
-    size_t inner = text.find_first_not_of(kBlanks, colon + 1);
-    size_t outer_end = text.rfind('}');
-    size_t inner_end = text.find_last_not_of(kBlanks, outer_end - 1);
-    if (inner == std::string::npos || text[inner] != '{' ||
-        inner_end == std::string::npos || text[inner_end] != '}') {
-      continue;
-    }
-    BlankOut(text, outer, inner);
-    BlankOut(text, outer_end, outer_end + 1);
+    BlankOut(text, text.find('{'), member.value_begin);
+    BlankOut(text, member.value_end, text.size());
     return;
   }
 }

@@ -15,4 +15,14 @@ void FailAt(std::string_view text, size_t offset, const std::string& reason) {
   throw EnvelopeError(LineOf(text, offset), reason);
 }
 
+std::string ShowCharacter(std::string_view text, size_t offset) {
+  if (offset >= text.size()) return "the end";
+  if (text[offset] == '\n' || text[offset] == '\r')
+    return "the end of the line";
+  size_t end = offset + 1;
+  // The rest of a character of several bytes.
+  while (end < text.size() && (text[end] & 0xc0) == 0x80) ++end;
+  return "'" + std::string(text.substr(offset, end - offset)) + "'";
+}
+
 }  // namespace kit::store

@@ -26,6 +26,10 @@ size_t LineOf(std::string_view text, size_t offset);
 [[noreturn]] void FailAt(std::string_view text, size_t offset,
                          const std::string& reason);
 
+// The character that stands there, for a message: "'x'", "the end of the line",
+// "the end".
+std::string ShowCharacter(std::string_view text, size_t offset);
+
 }  // namespace kit::store
 
 #endif  // KIT_CONFD_DOCUMENT_TEXT_FAULT_H_

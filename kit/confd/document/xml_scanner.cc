@@ -54,9 +54,6 @@ bool IsCharacterNumber(std::string_view text) {
   return IsXmlCharacter(point);
 }
 
-// A character for a message.
-std::string Shown(char c) { return {'\'', c, '\''}; }
-
 }  // namespace
 
 const XmlTag* XmlScanner::Next() {
@@ -129,7 +126,7 @@ void XmlScanner::SkipInstruction(size_t begin) {
   bool is_separated = kBlanks.find(text_[name_end]) != std::string_view::npos;
   if (at_ != name_end + 2 && !is_separated) {
     FailAt(text_, name_end,
-           "unexpected " + Shown(text_[name_end]) +
+           "unexpected " + ShowCharacter(text_, name_end) +
                " in the name of a processing instruction");
   }
 }
@@ -148,7 +145,8 @@ void XmlScanner::ReadDeclaration(size_t begin) {
     if (text_.compare(at_, 2, "?>") == 0) break;
     if (at_ == gap || !IsNameStart(text_[at_])) {
       FailAt(text_, at_,
-             "unexpected " + Shown(text_[at_]) + " in the XML declaration");
+             "unexpected " + ShowCharacter(text_, at_) +
+                 " in the XML declaration");
     }
     ReadAttribute();
   }
@@ -215,7 +213,8 @@ void XmlScanner::ReadTag(size_t begin) {
       break;
     }
     if (!is_open || at_ == gap || !IsNameStart(text_[at_])) {
-      FailAt(text_, at_, "unexpected " + Shown(text_[at_]) + " inside a tag");
+      FailAt(text_, at_,
+             "unexpected " + ShowCharacter(text_, at_) + " inside a tag");
     }
     ReadAttribute();
   }

@@ -134,7 +134,8 @@ TEST(UnwrapJson, TakesTheDataMemberOff) {
       {"{\"data\": {\"m:a\": {}}}", "{\"m:a\": {}}"},
       {"{ \"ietf-restconf:data\" : {\"m:a\": {}} }", "{\"m:a\": {}}"},
       {"{\"data\": 5}", "{\"data\": 5}"},
-      {"{\"data\": {}, \"m:a\": 5}", "{\"data\": {}, \"m:a\": 5}"},
+      {"{\"data\": {\"m:a\": {\"b\": \"}\"}} \n}",
+       "{\"m:a\": {\"b\": \"}\"}} \n"},
   };
   for (const auto& [wrapped, inside] : cases) {
     std::string text = wrapped;
@@ -259,6 +260,58 @@ TEST(Unwrap, MalformedMarkupBetweenTagsIsAnError) {
       {"<a xmlns:b=\"&#1;\"/>", 1, "\"&#1\" stands for no character"},
   };
   ExpectErrors(cases);
+}
+
+TEST(UnwrapJson, WhatStandsBesideAWrapperIsAnError) {
+  const BadCase cases[] = {
+      {"{\"data\": {},\n\"m:a\": {\"b\": 1}}", 2,
+       "\"m:a\" stands beside \"data\""},
+      {"{\"data\": {}, \"m:a\": 5}", 1, "\"m:a\" stands beside \"data\""},
+      {"{\"m:a\": {},\n\"ietf-restconf:data\": {}}", 1,
+       "\"m:a\" stands beside \"ietf-restconf:data\""},
+      {"{\"data\": {},\n\"data\": {}}", 2, "\"data\" stands beside \"data\""},
+      {"{\"data\": {}\n{} }", 2, "unexpected '{' where ',' or '}' is needed"},
+      {"{\"data\": {}\njunk }", 2, "unexpected 'j' where ',' or '}' is needed"},
+      {"{\"data\": {},\n}", 2, "unexpected '}' where a member's name"},
+  };
+  ExpectErrors(cases);
+}
+
+TEST(UnwrapJson, MalformedTextIsAnError) {
+  const BadCase cases[] = {
+      {"{\n,}", 2, "unexpected ',' where a member's name in quotes is needed"},
+      {"{\na: 1}", 2,
+       "unexpected 'a' where a member's name in quotes is needed"},
+      {"{\"a\"\n1}", 2, "unexpected '1' where ':' is needed"},
+      {"{\"a\":\n}", 2, "unexpected '}' where a value is needed"},
+      {"{\"a\": [1,\n]}", 2, "unexpected ']' where a value is needed"},
+      {"{\"a\": [1\n2]}", 2, "unexpected '2' where ',' or ']' is needed"},
+      {"{\"a\": 1\n\"b\": 2}", 2, "unexpected '\"' where ',' or '}' is needed"},
+      {"{\"a\":\ntrua}", 2, "unexpected 't' where a value is needed"},
+      {"{\"a\":\nnullx}", 2, "unexpected 'x' where ',' or '}' is needed"},
+      {"{\"a\":\n01}", 2, "unexpected '1' where ',' or '}' is needed"},
+      {"{\"a\":\n-}", 2, "unexpected '}' where a digit is needed"},
+      {"{\"a\":\n€}", 2, "unexpected '€' where a value is needed"},
+      {"{\"a\": 1.\n}", 1, "unexpected the end of the line where a digit"},
+      {"{\"a\": 1e+}", 1, "unexpected '}' where a digit is needed"},
+      {"{\"a\": +1}", 1, "unexpected '+' where a value is needed"},
+      {"{\"a\":\n\"b\nc\"}", 2, "a string is not closed in its line"},
+      {"{\"a\":\n\"\\x\"}", 2, "a backslash begins no escape sequence"},
+      {"{\"a\":\n\"\\u00g0\"}", 2, "unexpected 'g' where a digit"},
+      {"{\"a\":\n\"\\u00\"}", 2, "unexpected '\"' where a digit"},
+      {"{\"a\": {\n\"@b\": {}}}", 2, "the metadata \"@b\" can't be kept"},
+      {"{\n\"@\": {\"m:c\": 1}}", 2, "the metadata \"@\" can't be kept"},
+  };
+  ExpectErrors(cases);
+}
+
+TEST(UnwrapJson, TakesEveryForm) {
+  std::string text =
+      " {\n\"a\" : [ ] , \"b\":{},\"c\":[{},[1,-0.5e+10,0],\"\"],\"d\":true,"
+      "\"e\":false,\"f\":null,\"\\\"\\\\\\/\\b\\u00fF\":\"@\"} ";
+  const std::string same = text;
+  EXPECT_NO_THROW(Unwrap(text));
+  EXPECT_EQ(text, same);
 }
 
 TEST(Unwrap, MetadataIsAnError) {

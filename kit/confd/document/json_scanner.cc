@@ -1,0 +1,145 @@
+#include "kit/confd/document/json_scanner.h"
+
+#include <algorithm>
+#include <string>
+
+#include "kit/confd/document/text_fault.h"
+
+namespace kit::store {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+}  // namespace
+
+std::vector<JsonMember> JsonScanner::Scan() {
+  std::vector<JsonMember> members;
+  Peek();
+  Sequence('}', [&] { members.push_back(Member()); });
+  return members;
+}
+
+char JsonScanner::Peek() {
+  at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size());
+  return at_ < text_.size() ? text_[at_] : '\0';
+}
+
+void JsonScanner::FailHere(const char* needed) const {
+  FailAt(text_, at_,
+         "unexpected " + ShowCharacter(text_, at_) + " where " + needed +
+             " is needed");
+}
+
+template <typename Item>
+void JsonScanner::Sequence(char end, const Item& item) {
+  ++at_;
+  if (Peek() != end) {
+    item();
+    while (Peek() == ',') {
+      ++at_;
+      item();
+    }
+  }
+  if (Peek() != end) FailHere(end == '}' ? "',' or '}'" : "',' or ']'");
+  ++at_;
+}
+
+JsonMember JsonScanner::Member() {
+  JsonMember member{};
+  if (Peek() != '"') FailHere("a member's name in quotes");
+  member.name_begin = at_;
+  member.name = String();
+  if (!member.name.empty() && member.name.front() == '@') {
+    FailAt(text_, member.name_begin,
+           "the metadata \"" + std::string(member.name) +
+               "\" can't be kept: a configuration holds nodes and values only");
+  }
+  if (Peek() != ':') FailHere("':'");
+  ++at_;
+  Peek();
+  member.value_begin = at_;
+  Value();
+  member.value_end = at_;
+  return member;
+}
+
+void JsonScanner::Value() {
+  char first = Peek();
+  if (first == '{') {
+    Sequence('}', [this] { Member(); });
+  } else if (first == '[') {
+    Sequence(']', [this] { Value(); });
+  } else if (first == '"') {
+    String();
+  } else if (first == '-' || IsDigit(first)) {
+    Number();
+  } else if (first == 't') {
+    Word("true");
+  } else if (first == 'f') {
+    Word("false");
+  } else if (first == 'n') {
+    Word("null");
+  } else {
+    FailHere("a value");
+  }
+}
+
+void JsonScanner::Word(std::string_view word) {
+  if (text_.compare(at_, word.size(), word) != 0) FailHere("a value");
+  at_ += word.size();
+}
+
+void JsonScanner::Number() {
+  if (At('-')) ++at_;
+  if (At('0')) {
+    ++at_;
+  } else {
+    Digits();
+  }
+  if (At('.')) {
+    ++at_;
+    Digits();
+  }
+  if (At('e') || At('E')) {
+    ++at_;
+    if (At('+') || At('-')) ++at_;
+    Digits();
+  }
+}
+
+void JsonScanner::Digits() {
+  if (at_ == text_.size() || !IsDigit(text_[at_])) FailHere("a digit");
+  while (at_ < text_.size() && IsDigit(text_[at_])) ++at_;
+}
+
+std::string_view JsonScanner::String() {
+  size_t begin = ++at_;
+  while (!At('"')) {
+    if (at_ == text_.size() || static_cast<unsigned char>(text_[at_]) < ' ') {
+      FailAt(text_, at_, "a string is not closed in its line");
+    }
+    if (At('\\')) {
+      Escape();
+    } else {
+      ++at_;
+    }
+  }
+  return text_.substr(begin, at_++ - begin);
+}
+
+void JsonScanner::Escape() {
+  size_t begin = at_++;
+  char kind = at_ < text_.size() ? text_[at_] : '\0';
+  ++at_;
+  if (kind == 'u') {
+    constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
+    size_t end = std::min(at_ + 4, text_.size());
+    at_ = std::min(text_.find_first_not_of(kDigits, at_), end);
+    if (at_ < end) FailHere("a digit of a character's number");
+  } else if (std::string_view("\"\\/bfnrt").find(kind) ==
+             std::string_view::npos) {
+    FailAt(text_, begin, "a backslash begins no escape sequence");
+  }
+}
+
+}  // namespace kit::store
