@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kit/confd/document/json_scanner.h"
+#include "kit/confd/document/text_edit.h"
 #include "kit/confd/document/xml_scanner.h"
 #include "kit/confd/text/utf8.h"
 
@@ -18,13 +19,6 @@ constexpr std::string_view kNetconfNamespace =
     "urn:ietf:params:xml:ns:netconf:base:1.0";
 // Data models nest a dozen levels; a parser's stack holds some thousands.
 constexpr size_t kMaxDepth = 500;
-
-// Everything but line ends becomes a blank, so that nothing moves.
-void BlankOut(std::string& text, size_t begin, size_t end) {
-  for (size_t i = begin; i < end; ++i) {
-    if (text[i] != '\n') text[i] = ' ';
-  }
-}
 
 // ---- XML ------------------------------------------------------------------
 
@@ -213,7 +207,8 @@ void CheckJsonNesting(std::string_view text) {
 // {"data": {...}} and its RESTCONF spelling.
 void UnwrapJson(std::string& text) {
   CheckJsonNesting(text);
-  const std::vector<JsonMember> members = JsonScanner(text).Scan();
+  JsonScanner scanner(text);
+  const std::vector<JsonMember> members = scanner.Scan();
   for (const JsonMember& member : members) {
     bool wraps =
         (member.name == "data" || member.name == "ietf-restconf:data") &&
@@ -228,8 +223,9 @@ void UnwrapJson(std::string& text) {
     }
     BlankOut(text, text.find('{'), member.value_begin);
     BlankOut(text, member.value_end, text.size());
-    return;
+    break;
   }
+  ApplyEdits(text, scanner.pairs());
 }
 
 // Looks for a place in a JSON text that is known to be well-formed.

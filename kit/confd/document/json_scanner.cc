@@ -1,6 +1,7 @@
 #include "kit/confd/document/json_scanner.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string>
 
 #include "kit/confd/document/text_fault.h"
@@ -9,6 +10,22 @@ namespace kit::store {
 namespace {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+constexpr uint32_t kSurrogateMask = 0xfffffc00;
+constexpr uint32_t kHighSurrogate = 0xd800;
+constexpr uint32_t kLowSurrogate = 0xdc00;
+
+// What a pair of surrogates stands for, in UTF-8.
+std::string Character(uint32_t high, uint32_t low) {
+  uint32_t point =
+      0x10000 + ((high - kHighSurrogate) << 10) + (low - kLowSurrogate);
+  std::string bytes;
+  bytes += static_cast<char>(0xf0 | point >> 18);
+  for (int shift = 12; shift >= 0; shift -= 6) {
+    bytes += static_cast<char>(0x80 | (point >> shift & 0x3f));
+  }
+  return bytes;
+}
 
 }  // namespace
 
@@ -129,17 +146,38 @@ std::string_view JsonScanner::String() {
 
 void JsonScanner::Escape() {
   size_t begin = at_++;
-  char kind = at_ < text_.size() ? text_[at_] : '\0';
-  ++at_;
-  if (kind == 'u') {
-    constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
-    size_t end = std::min(at_ + 4, text_.size());
-    at_ = std::min(text_.find_first_not_of(kDigits, at_), end);
-    if (at_ < end) FailHere("a digit of a character's number");
-  } else if (std::string_view("\"\\/bfnrt").find(kind) ==
-             std::string_view::npos) {
-    FailAt(text_, begin, "a backslash begins no escape sequence");
+  if (!At('u')) {
+    char kind = at_ < text_.size() ? text_[at_] : '\0';
+    if (std::string_view("\"\\/bfnrt").find(kind) == std::string_view::npos) {
+      FailAt(text_, begin, "a backslash begins no escape sequence");
+    }
+    ++at_;
+    return;
   }
+  ++at_;
+  uint32_t first = Unit();
+  if ((first & kSurrogateMask) == kHighSurrogate &&
+      text_.compare(at_, 2, "\\u") == 0) {
+    at_ += 2;
+    uint32_t second = Unit();
+    if ((second & kSurrogateMask) == kLowSurrogate) {
+      pairs_.push_back({begin, at_, Character(first, second)});
+      return;
+    }
+  }
+  if (first >= kHighSurrogate && first < kLowSurrogate + 0x400) {
+    FailAt(text_, begin, "half of a surrogate pair stands alone");
+  }
+}
+
+uint32_t JsonScanner::Unit() {
+  uint32_t unit = 0;
+  const char* begin = text_.data() + at_;
+  size_t size = std::min<size_t>(text_.size() - at_, 4);
+  auto [stop, error] = std::from_chars(begin, begin + size, unit, 16);
+  at_ += static_cast<size_t>(stop - begin);
+  if (stop != begin + 4) FailHere("a digit of a character's number");
+  return unit;
 }
 
 }  // namespace kit::store

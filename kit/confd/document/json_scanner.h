@@ -3,8 +3,11 @@
 #define KIT_CONFD_DOCUMENT_JSON_SCANNER_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
+
+#include "kit/confd/document/text_edit.h"
 
 namespace kit::store {
 
@@ -24,6 +27,10 @@ class JsonScanner {
   // is not JSON to the letter, or that holds metadata.
   std::vector<JsonMember> Scan();
 
+  // What puts plain characters in the place of escaped surrogate pairs, which
+  // libyang does not know.
+  const std::vector<TextEdit>& pairs() const { return pairs_; }
+
  private:
   // The next character that is no blank; NUL at the end.
   char Peek();
@@ -36,12 +43,15 @@ class JsonScanner {
   void Sequence(char end, const Item& item);
   std::string_view String();
   void Escape();
+  // The number behind "\\u".
+  uint32_t Unit();
   void Number();
   void Digits();
   void Word(std::string_view word);
 
   std::string_view text_;
   size_t at_ = 0;
+  std::vector<TextEdit> pairs_;
 };
 
 }  // namespace kit::store

@@ -299,6 +299,13 @@ TEST(UnwrapJson, MalformedTextIsAnError) {
       {"{\"a\":\n\"\\x\"}", 2, "a backslash begins no escape sequence"},
       {"{\"a\":\n\"\\u00g0\"}", 2, "unexpected 'g' where a digit"},
       {"{\"a\":\n\"\\u00\"}", 2, "unexpected '\"' where a digit"},
+      {"{\"a\":\n\"\\ud83d\"}", 2, "half of a surrogate pair stands alone"},
+      {"{\"a\":\n\"\\ud83dx\"}", 2, "half of a surrogate pair stands alone"},
+      {"{\"a\":\n\"\\ud83d\\n\"}", 2, "half of a surrogate pair stands"},
+      {"{\"a\":\n\"\\ud83d\\ud83d\"}", 2, "half of a surrogate pair stands"},
+      {"{\"a\":\n\"\\ude00\"}", 2, "half of a surrogate pair stands alone"},
+      {"{\"a\":\n\"\\ude00\\ud83d\"}", 2, "half of a surrogate pair stands"},
+      {"{\"a\":\n\"\\ud83d\\ude0\"}", 2, "unexpected '\"' where a digit"},
       {"{\"a\": {\n\"@b\": {}}}", 2, "the metadata \"@b\" can't be kept"},
       {"{\n\"@\": {\"m:c\": 1}}", 2, "the metadata \"@\" can't be kept"},
   };
@@ -312,6 +319,16 @@ TEST(UnwrapJson, TakesEveryForm) {
   const std::string same = text;
   EXPECT_NO_THROW(Unwrap(text));
   EXPECT_EQ(text, same);
+}
+
+TEST(UnwrapJson, WritesSurrogatePairsAsTheCharacterTheyStandFor) {
+  std::string text =
+      "{\"data\": "
+      "{\"\\uD800\\uDC00\":\n\"a\\\\\\ud83d\\ude00b\\uDBFF\\udfff\"}}";
+  Unwrap(text);
+  EXPECT_EQ(Squeezed(text),
+            "{\"\xf0\x90\x80\x80\":\n\"a\\\\\xf0\x9f\x98\x80"
+            "b\xf4\x8f\xbf\xbf\"}");
 }
 
 TEST(Unwrap, MetadataIsAnError) {
