@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -77,93 +78,159 @@ void RefuseMetadata(std::string_view text, const XmlTag& tag, bool wraps) {
   }
 }
 
-// What the wrappers declared and the element itself does not.
-std::string MissingDeclarations(const XmlTag& tag, Namespaces in_scope) {
-  for (const XmlAttribute& attribute : tag.attributes) {
-    if (auto prefix = DeclaredPrefix(attribute.name)) in_scope.erase(*prefix);
+// The prefixes among `known` that stand before a colon anywhere in the text, in
+// a name or in a value. Takes time in proportion to the text.
+std::set<std::string_view> PrefixesIn(std::string_view text,
+                                      const Namespaces& known) {
+  std::set<std::string_view> found;
+  for (size_t colon = text.find(':'); colon != std::string_view::npos;
+       colon = text.find(':', colon + 1)) {
+    size_t begin = colon;
+    while (begin > 0 && IsXmlNameCharacter(text[begin - 1])) --begin;
+    std::string_view word = text.substr(begin, colon - begin);
+    if (!word.empty() && known.count(word) > 0) found.insert(word);
   }
-  std::string text;
-  for (const auto& [prefix, ns] : in_scope) {
-    if (ns == kConfigNamespace || ns == kNetconfNamespace) continue;
-    char quote = ns.find('"') == std::string_view::npos ? '"' : '\'';
-    text += prefix.empty() ? " xmlns=" : " xmlns:" + std::string(prefix) + "=";
-    text += quote + std::string(ns) + quote;
-  }
-  return text;
+  return found;
 }
 
-Wrapping UnwrapXml(std::string& text) {
-  std::string_view view = text;
-  XmlScanner scanner(view);
-  std::vector<std::string_view> open;  // names of open elements
-  size_t wrappers = 0;                 // how many of the first of them wrap
-  Wrapping wrapping = Wrapping::kNone;
-  Namespaces in_scope;
-  std::vector<std::pair<size_t, size_t>> blanks;  // tags to overwrite
-  std::vector<std::pair<size_t, std::string>> insertions;
-  bool wrapping_ended = false;
-  size_t elements = 0;
+// Takes wrappers off and hands on what they declare.
+class XmlUnwrapper {
+ public:
+  explicit XmlUnwrapper(std::string& text)
+      : text_(text), view_(text), scanner_(view_) {}
 
-  while (const XmlTag* tag = scanner.Next()) {
-    if (tag->kind == XmlTag::Kind::kClose) {
-      if (open.empty() || open.back() != tag->name) {
-        FailAt(view, tag->begin,
-               "</" + std::string(tag->name) + "> closes " +
-                   (open.empty() ? "nothing"
-                                 : "<" + std::string(open.back()) + ">"));
-      }
-      if (open.size() <= wrappers) {
-        blanks.emplace_back(tag->begin, tag->end);
-        wrapping_ended = true;
-        wrappers = open.size() - 1;
-      }
-      open.pop_back();
-      continue;
-    }
-    ++elements;
-    if (!wrapping_ended) {
-      if (auto wrapper = AsWrapper(*tag, in_scope)) {
-        RefuseMetadata(view, *tag, true);
-        if (wrapping == Wrapping::kNone) wrapping = *wrapper;
-        blanks.emplace_back(tag->begin, tag->end);
-        if (tag->kind == XmlTag::Kind::kEmpty) {
-          wrapping_ended = true;
-        } else {
-          open.push_back(tag->name);
-          ++wrappers;
-        }
-        continue;
-      }
-      wrapping_ended = true;
-    }
-    RefuseMetadata(view, *tag, false);
-    if (open.size() == wrappers) {
-      size_t name_end = static_cast<size_t>(tag->name.data() - view.data()) +
-                        tag->name.size();
-      insertions.emplace_back(name_end, MissingDeclarations(*tag, in_scope));
-    }
-    if (tag->kind == XmlTag::Kind::kOpen) {
-      open.push_back(tag->name);
-      if (open.size() > kMaxDepth) {
-        FailAt(view, tag->begin,
-               "the elements are nested more than " +
-                   std::to_string(kMaxDepth) + " deep, which no data model is");
+  Wrapping Run() {
+    while (const XmlTag* tag = scanner_.Next()) {
+      if (tag->kind == XmlTag::Kind::kClose) {
+        Close(*tag);
+      } else {
+        Open(*tag);
       }
     }
+    if (!open_.empty()) {
+      FailAt(view_, view_.size(),
+             "the document ends before </" + std::string(open_.back()) + ">");
+    }
+    if (!seen_) FailAt(view_, 0, "there is no XML element in it");
+    // The views end here: the text changes.
+    for (const auto& [begin, end] : wrapper_tags_) BlankOut(text_, begin, end);
+    ApplyEdits(text_, declarations_);
+    return wrapping_;
   }
-  if (!open.empty()) {
-    FailAt(view, view.size(),
-           "the document ends before </" + std::string(open.back()) + ">");
-  }
-  if (elements == 0) FailAt(view, 0, "there is no XML element in it");
 
-  // The views end here: the text changes.
-  for (const auto& [begin, end] : blanks) BlankOut(text, begin, end);
-  for (auto it = insertions.rbegin(); it != insertions.rend(); ++it) {
-    if (!it->second.empty()) text.insert(it->first, it->second);
+ private:
+  void Open(const XmlTag& tag) {
+    seen_ = true;
+    if (wrapper_ended_) {
+      FailAt(view_, tag.begin,
+             "<" + std::string(tag.name) +
+                 "> stands behind what is to hold the whole configuration");
+    }
+    if (!data_begun_ && EnterWrapper(tag)) return;
+    data_begun_ = true;
+    RefuseMetadata(view_, tag, false);
+    if (open_.size() == wrappers_) BeginData(tag);
+    if (tag.kind == XmlTag::Kind::kOpen) {
+      open_.push_back(tag.name);
+    } else if (open_.size() == wrappers_) {
+      EndData(tag.end);
+    }
+    if (open_.size() > kMaxDepth) {
+      FailAt(view_, tag.begin,
+             "the elements are nested more than " + std::to_string(kMaxDepth) +
+                 " deep, which no data model is");
+    }
   }
-  return wrapping;
-}
+
+  bool EnterWrapper(const XmlTag& tag) {
+    auto wrapping = AsWrapper(tag, in_scope_);
+    if (!wrapping) return false;
+    RefuseMetadata(view_, tag, true);
+    if (wrapping_ == Wrapping::kNone) wrapping_ = *wrapping;
+    wrapper_tags_.emplace_back(tag.begin, tag.end);
+    if (tag.kind == XmlTag::Kind::kEmpty) {
+      wrapper_ended_ = true;
+    } else {
+      open_.push_back(tag.name);
+      ++wrappers_;
+    }
+    return true;
+  }
+
+  void Close(const XmlTag& tag) {
+    if (open_.empty() || open_.back() != tag.name) {
+      FailAt(view_, tag.begin,
+             "</" + std::string(tag.name) + "> closes " +
+                 (open_.empty() ? "nothing"
+                                : "<" + std::string(open_.back()) + ">"));
+    }
+    open_.pop_back();
+    if (open_.size() == wrappers_) {
+      EndData(tag.end);
+    } else if (open_.size() < wrappers_) {
+      wrapper_tags_.emplace_back(tag.begin, tag.end);
+      wrapper_ended_ = true;
+      wrappers_ = open_.size();
+    }
+  }
+
+  // An element of the data that stands in no other begins or ends.
+  void BeginData(const XmlTag& tag) {
+    data_begin_ = tag.begin;
+    name_end_ =
+        static_cast<size_t>(tag.name.data() - view_.data()) + tag.name.size();
+    declared_.clear();
+    for (const XmlAttribute& attribute : tag.attributes) {
+      declared_.insert(*DeclaredPrefix(attribute.name));
+    }
+  }
+  void EndData(size_t end) {
+    std::string text =
+        Declarations(view_.substr(data_begin_, end - data_begin_));
+    if (text.empty()) return;
+    declarations_.push_back({name_end_, name_end_, std::move(text)});
+  }
+
+  // What the wrappers declared and the element needs and does not declare. All
+  // of it in each element would be too much where there is much of both.
+  std::string Declarations(std::string_view element) const {
+    std::string text;
+    auto declare = [&](std::string_view prefix, std::string_view ns) {
+      if (declared_.count(prefix) > 0) return;
+      char quote = ns.find('"') == std::string_view::npos ? '"' : '\'';
+      text +=
+          prefix.empty() ? " xmlns=" : " xmlns:" + std::string(prefix) + "=";
+      text += quote + std::string(ns) + quote;
+    };
+    auto by_default = in_scope_.find("");
+    // The wrapper's own namespace is not one of the data.
+    if (by_default != in_scope_.end() &&
+        by_default->second != kConfigNamespace &&
+        by_default->second != kNetconfNamespace) {
+      declare("", by_default->second);
+    }
+    for (std::string_view prefix : PrefixesIn(element, in_scope_)) {
+      declare(prefix, in_scope_.at(prefix));
+    }
+    return text;
+  }
+
+  std::string& text_;
+  const std::string_view view_;
+  XmlScanner scanner_;
+  std::vector<std::string_view> open_;  // names of open elements
+  size_t wrappers_ = 0;                 // how many of the first of them wrap
+  Wrapping wrapping_ = Wrapping::kNone;
+  Namespaces in_scope_;  // declared by wrappers
+  bool seen_ = false;
+  bool data_begun_ = false;
+  bool wrapper_ended_ = false;
+  size_t data_begin_ = 0;
+  size_t name_end_ = 0;
+  std::set<std::string_view> declared_;
+  std::vector<std::pair<size_t, size_t>> wrapper_tags_;
+  std::vector<TextEdit> declarations_;
+};
 
 // ---- JSON -----------------------------------------------------------------
 
@@ -365,7 +432,7 @@ Envelope Unwrap(std::string& text) {
            "it is neither XML (which begins with '<') nor JSON (with '{')");
   }
   RequireText(text);
-  if (text[first] == '<') return {Syntax::kXml, UnwrapXml(text)};
+  if (text[first] == '<') return {Syntax::kXml, XmlUnwrapper(text).Run()};
   UnwrapJson(text);
   return {Syntax::kJson, Wrapping::kNone};
 }

@@ -30,10 +30,6 @@ bool IsNameStart(char c) {
          IsBeyondAscii(c);
 }
 
-bool IsNameCharacter(char c) {
-  return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
-}
-
 bool IsUtf8(std::string_view encoding) {
   constexpr std::string_view kName = "utf-8";
   return std::equal(encoding.begin(), encoding.end(), kName.begin(),
@@ -55,6 +51,10 @@ bool IsCharacterNumber(std::string_view text) {
 }
 
 }  // namespace
+
+bool IsXmlNameCharacter(char c) {
+  return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+}
 
 const XmlTag* XmlScanner::Next() {
   while (true) {
@@ -277,7 +277,7 @@ std::string_view XmlScanner::ReadName() {
 std::string_view XmlScanner::ReadPlainName() {
   size_t begin = at_;
   if (IsNameStart(Peek())) {
-    while (IsNameCharacter(Peek())) ++at_;
+    while (IsXmlNameCharacter(Peek())) ++at_;
   }
   return text_.substr(begin, at_ - begin);
 }

@@ -8,6 +8,9 @@
 
 namespace kit::store {
 
+// Of a name without a prefix; beyond ASCII libyang knows better.
+bool IsXmlNameCharacter(char c);
+
 struct XmlAttribute {
   std::string_view name;
   std::string_view value;

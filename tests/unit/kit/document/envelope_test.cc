@@ -87,9 +87,13 @@ TEST(UnwrapXml, TakesWrappersOff) {
 TEST(UnwrapXml, PassesOnWhatWrappersDeclare) {
   const std::pair<std::string, std::string> cases[] = {
       {"<config" + Xmlns(kConfigNs) +
-           " xmlns:p=\"urn:p\"><p:a/><b><c/></b>"
-           "</config>",
-       "<p:a xmlns:p=\"urn:p\"/><b xmlns:p=\"urn:p\"><c/></b>"},
+           " xmlns:p=\"urn:p\"><p:a/><b><c/></b></config>",
+       "<p:a xmlns:p=\"urn:p\"/><b><c/></b>"},
+      // Wherever the element needs it, in a value too.
+      {"<config" + Xmlns(kConfigNs) +
+           " xmlns:p=\"urn:p\" xmlns:q=\"urn:q\" xmlns:r=\"urn:r\">"
+           "<a><q:b>/p:c</q:b></a></config>",
+       "<a xmlns:p=\"urn:p\" xmlns:q=\"urn:q\"><q:b>/p:c</q:b></a>"},
       // Unless the element declares the prefix itself.
       {"<config" + Xmlns(kConfigNs) +
            " xmlns:p=\"urn:p\"><a xmlns:p=\"urn:q\"/>"
@@ -98,8 +102,8 @@ TEST(UnwrapXml, PassesOnWhatWrappersDeclare) {
       // The innermost wrapper's declaration holds.
       {"<rpc-reply" + Xmlns(kNetconfNs) +
            " xmlns:p=\"urn:p\" xmlns:o=\"urn:o\">"
-           "<data xmlns:p=\"urn:q\"><p:a/></data></rpc-reply>",
-       "<p:a xmlns:o=\"urn:o\" xmlns:p=\"urn:q\"/>"},
+           "<data xmlns:p=\"urn:q\"><p:a><o:b/></p:a></data></rpc-reply>",
+       "<p:a xmlns:o=\"urn:o\" xmlns:p=\"urn:q\"><o:b/></p:a>"},
       // A default namespace too, where the wrapper itself has a prefix.
       {"<nc:data xmlns:nc=\"" + std::string(kNetconfNs) +
            "\" xmlns=\"urn:u\"><a/><b xmlns=\"urn:v\"/></nc:data>",
@@ -145,6 +149,23 @@ TEST(UnwrapJson, TakesTheDataMemberOff) {
   }
 }
 
+TEST(UnwrapXml, DoesNotRepeatEveryDeclarationInEveryElement) {
+  // Each child uses one of the prefixes.
+  std::string text = "<config" + Xmlns(kConfigNs);
+  constexpr int kCount = 2000;
+  for (int i = 0; i < kCount; ++i) {
+    text += " xmlns:p" + std::to_string(i) + "=\"urn:p\"";
+  }
+  text += ">";
+  for (int i = 0; i < kCount; ++i) {
+    text += "<p" + std::to_string(i) + ":a/>";
+  }
+  text += "</config>";
+  const size_t size = text.size();
+  Unwrap(text);
+  EXPECT_LT(text.size(), 2 * size);
+}
+
 struct BadCase {
   std::string text;
   size_t line;
@@ -188,6 +209,10 @@ TEST(Unwrap, SaysWhereAndWhyATextIsNoConfiguration) {
       {"<?xml version", 1, "the processing instruction is not closed"},
       {"<!DOCTYPE a [<!ENTITY x \"y\">]>\n<a/>", 1,
        "a document type declaration is not part of a configuration"},
+      {"<config" + Xmlns(kConfigNs) + "><a/></config>\n<b/>", 2,
+       "<b> stands behind what is to hold the whole configuration"},
+      {"<rpc-reply" + Xmlns(kNetconfNs) + "><data/>\n<b/></rpc-reply>", 2,
+       "<b> stands behind what is to hold the whole configuration"},
       {"<!-- only a comment -->", 1, "there is no XML element in it"},
       {"<>", 1, "a tag has no name"},
       {"< a/>", 1, "a tag has no name"},
