@@ -391,6 +391,18 @@ size_t LineOfElement(std::string_view xml,
   return 0;
 }
 
+// As XML's rules say; a carriage return of the data is written as "&#13;".
+void NormalizeLineEnds(std::string& text) {
+  size_t out = text.find('\r');
+  if (out == std::string::npos) return;
+  for (size_t in = out; in < text.size(); ++in) {
+    bool is_return = text[in] == '\r';
+    if (is_return && in + 1 < text.size() && text[in + 1] == '\n') continue;
+    text[out++] = is_return ? '\n' : text[in];
+  }
+  text.resize(out);
+}
+
 void RequireText(std::string_view text) {
   if (text::IsYangText(text)) return;
   for (size_t begin = 0; begin < text.size();) {
@@ -432,7 +444,10 @@ Envelope Unwrap(std::string& text) {
            "it is neither XML (which begins with '<') nor JSON (with '{')");
   }
   RequireText(text);
-  if (text[first] == '<') return {Syntax::kXml, XmlUnwrapper(text).Run()};
+  if (text[first] == '<') {
+    NormalizeLineEnds(text);
+    return {Syntax::kXml, XmlUnwrapper(text).Run()};
+  }
   UnwrapJson(text);
   return {Syntax::kJson, Wrapping::kNone};
 }

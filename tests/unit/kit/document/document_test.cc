@@ -200,6 +200,32 @@ TEST(WriteDocument, JsonAndXmlCarryTheSameData) {
   EXPECT_EQ(Write(from_json, Syntax::kXml), kEverything);
 }
 
+std::string TextOf(const std::string& document) {
+  Data data(Zoo());
+  ReadDocument(document, data);
+  Target target = At(data, "/values/str");
+  return target.holder->LeafValue(*target.schema)->text();
+}
+
+TEST(WriteDocument, CarriageReturnsOfValuesComeBack) {
+  const std::string value = "\ra\r\nb\n\rc\r\r";
+  Data data(Zoo());
+  ReadDocument("{\"zoo:values\":{\"str\":\"\\ra\\r\\nb\\n\\rc\\r\\r\"}}", data);
+  std::string xml = Write(data, Syntax::kXml);
+  EXPECT_EQ(xml,
+            "<values xmlns=\"urn:test:zoo\">\n"
+            "  <str>&#13;a&#13;\nb\n&#13;c&#13;&#13;</str>\n</values>\n");
+  EXPECT_EQ(TextOf(xml), value);
+  EXPECT_EQ(TextOf(Write(data, Syntax::kJson)), value);
+}
+
+TEST(ReadDocument, LineEndsInXmlAreLineFeeds) {
+  EXPECT_EQ(
+      TextOf("<values xmlns=\"urn:test:zoo\">\r\n<str>a\r\nb\rc\r\r\nd&#13;"
+             "\r\n</str>\r\n</values>\r\n"),
+      "a\nb\nc\n\nd\r\n");
+}
+
 TEST(WriteDocument, PutsTheWrapperBack) {
   Data data(Zoo());
   Envelope envelope = ReadDocument(
