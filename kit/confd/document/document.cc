@@ -547,9 +547,13 @@ std::vector<BrokenConstraint> ValidateData(const Data& data) {
   return broken;
 }
 
-void WriteDocument(const Data& data, const Envelope& envelope,
+void WriteDocument(const Data& data, Envelope envelope,
                    const std::function<void(std::string_view)>& sink) {
   LibyangTree tree = Exporter(data).Export(data.root());
+  // A text without an element is no XML document.
+  if (tree == nullptr && envelope.wrapping == Wrapping::kNone) {
+    envelope.wrapping = Wrapping::kConfig;
+  }
   bool xml = envelope.syntax == Syntax::kXml;
   SinkState state{sink, xml, nullptr};
   ly_out* raw = nullptr;

@@ -39,8 +39,9 @@ struct BrokenConstraint {
 // Checks the data against every constraint of its models.
 std::vector<BrokenConstraint> ValidateData(const Data& data);
 
-// Writes the data as indented text, piece by piece.
-void WriteDocument(const Data& data, const Envelope& envelope,
+// Writes the data as indented text, piece by piece. XML without any node is
+// wrapped in any case.
+void WriteDocument(const Data& data, Envelope envelope,
                    const std::function<void(std::string_view)>& sink);
 
 }  // namespace kit::store

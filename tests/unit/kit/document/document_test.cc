@@ -226,6 +226,27 @@ TEST(ReadDocument, LineEndsInXmlAreLineFeeds) {
       "a\nb\nc\n\nd\r\n");
 }
 
+TEST(WriteDocument, EmptyDataCanBeReadAgain) {
+  for (const char* text :
+       {"<values xmlns=\"urn:test:zoo\"/>",
+        "<values xmlns=\"urn:test:zoo\"/>"
+        "<lists xmlns=\"urn:test:zoo\"/>",
+        "<config xmlns=\"http://tail-f.com/ns/config/1.0\"/>",
+        "{\"zoo:values\": {}}", "{}"}) {
+    Data data(Zoo());
+    Envelope envelope = ReadDocument(text, data);
+    for (Syntax syntax : {Syntax::kXml, Syntax::kJson}) {
+      std::string written = Write(data, syntax, envelope.wrapping);
+      EXPECT_EQ(written, syntax == Syntax::kJson
+                             ? "{}\n"
+                             : "<config xmlns=\"http://tail-f.com/ns/config/"
+                               "1.0\">\n</config>\n");
+      Data again(Zoo());
+      EXPECT_NO_THROW(ReadDocument(written, again)) << text;
+    }
+  }
+}
+
 TEST(WriteDocument, PutsTheWrapperBack) {
   Data data(Zoo());
   Envelope envelope = ReadDocument(
