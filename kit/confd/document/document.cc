@@ -10,15 +10,11 @@
 #include <new>
 #include <optional>
 
+#include "kit/confd/document/export.h"
 #include "kit/confd/text/number.h"
 
 namespace kit::store {
 namespace {
-
-struct TreeDeleter {
-  void operator()(lyd_node* node) const { lyd_free_all(node); }
-};
-using LibyangTree = std::unique_ptr<lyd_node, TreeDeleter>;
 
 // A text of libyang's that is ours to free.
 std::string Owned(char* text) {
@@ -133,98 +129,6 @@ void Import(const lyd_node* first, Node& parent) {
     }
   }
 }
-
-// ---- our tree into libyang's ----------------------------------------------
-
-class Exporter {
- public:
-  explicit Exporter(const Data& data) : context_(data.schema().context()) {}
-
-  LibyangTree Export(const Node& root) {
-    Children(root, nullptr);
-    return std::move(tree_);
-  }
-
- private:
-  void Check(LY_ERR result, const SchemaNode& schema) {
-    if (result == LY_SUCCESS) return;
-    const char* why = ly_errmsg(context_);
-    throw Error(ErrorCode::kInternal,
-                "libyang does not take " + schema.Path() + ": " +
-                    (why != nullptr ? why : "unknown reason"));
-  }
-
-  // Nodes at the top hang on each other, not on a parent.
-  void Adopt(lyd_node* node, lyd_node* parent, const SchemaNode& schema) {
-    if (parent != nullptr) return;
-    lyd_node* first = tree_.release();
-    Check(lyd_insert_sibling(first, node, &first), schema);
-    tree_.reset(first);
-  }
-
-  void Children(const Node& node, lyd_node* out) {
-    for (const auto& child : node.schema->children) {
-      if (child->is_key() || !node.IsSet(*child)) continue;
-      Child(node, *child, out);
-    }
-  }
-
-  void Term(const SchemaNode& schema, const Value& value, lyd_node* out) {
-    lyd_node* term = nullptr;
-    Check(lyd_new_term(out, schema.module->compiled, schema.name.c_str(),
-                       schema.type->Print(value).c_str(), 0, &term),
-          schema);
-    Adopt(term, out, schema);
-  }
-
-  void Child(const Node& node, const SchemaNode& schema, lyd_node* out) {
-    switch (schema.kind) {
-      case NodeKind::kLeaf:
-        Term(schema, *node.SetValue(schema), out);
-        return;
-      case NodeKind::kLeafList:
-        for (const Value& value : node.LeafListValues(schema)) {
-          Term(schema, value, out);
-        }
-        return;
-      case NodeKind::kContainer:
-      case NodeKind::kPresenceContainer: {
-        lyd_node* inner = nullptr;
-        Check(lyd_new_inner(out, schema.module->compiled, schema.name.c_str(),
-                            0, &inner),
-              schema);
-        Adopt(inner, out, schema);
-        Children(*node.FindContainer(schema), inner);
-        return;
-      }
-      case NodeKind::kList:
-        for (const Node& entry : *node.ListAt(schema)) Entry(entry, out);
-        return;
-      default:
-        return;
-    }
-  }
-
-  void Entry(const Node& entry, lyd_node* out) {
-    const SchemaNode& schema = *entry.schema;
-    // libyang takes as many arguments as the list has keys.
-    std::string keys[9];
-    for (size_t i = 0; i < schema.key_count; ++i) {
-      keys[i] = schema.children[i]->type->Print(entry.Key(i));
-    }
-    lyd_node* list = nullptr;
-    Check(lyd_new_list(out, schema.module->compiled, schema.name.c_str(), 0,
-                       &list, keys[0].c_str(), keys[1].c_str(), keys[2].c_str(),
-                       keys[3].c_str(), keys[4].c_str(), keys[5].c_str(),
-                       keys[6].c_str(), keys[7].c_str(), keys[8].c_str()),
-          schema);
-    Adopt(list, out, schema);
-    Children(entry, list);
-  }
-
-  ly_ctx* context_;
-  LibyangTree tree_;
-};
 
 bool StartsWith(std::string_view text, std::string_view start) {
   return text.compare(0, start.size(), start) == 0;
@@ -527,7 +431,7 @@ Envelope ReadDocument(std::string text, Data& data) {
 std::vector<BrokenConstraint> ValidateData(const Data& data) {
   ly_ctx* context = data.schema().context();
   ly_err_clean(context, nullptr);
-  lyd_node* tree = Exporter(data).Export(data.root()).release();
+  lyd_node* tree = Export(data).release();
   LY_ERR result =
       lyd_validate_all(&tree, context, LYD_VALIDATE_NO_STATE, nullptr);
   LibyangTree owner(tree);
@@ -549,7 +453,7 @@ std::vector<BrokenConstraint> ValidateData(const Data& data) {
 
 void WriteDocument(const Data& data, Envelope envelope,
                    const std::function<void(std::string_view)>& sink) {
-  LibyangTree tree = Exporter(data).Export(data.root());
+  LibyangTree tree = Export(data);
   // A text without an element is no XML document.
   if (tree == nullptr && envelope.wrapping == Wrapping::kNone) {
     envelope.wrapping = Wrapping::kConfig;
