@@ -6,9 +6,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
+#include <map>
 #include <memory>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "kit/confd/document/export.h"
 #include "kit/confd/text/number.h"
@@ -66,6 +68,12 @@ std::string ReasonOf(const ly_err_item& error) {
   return error.msg != nullptr ? error.msg : "it is invalid";
 }
 
+// The machine's fault and not the text's, though the messages blame that:
+// libyang and its pattern matcher ran out of memory.
+void RequireMemory(LY_ERR result) {
+  if (result == LY_EMEM || result == LY_ESYS) throw std::bad_alloc();
+}
+
 // ---- libyang's tree into ours ---------------------------------------------
 
 const SchemaNode* SchemaOf(const SchemaNode& parent, const lyd_node* node) {
@@ -77,56 +85,145 @@ const SchemaNode* SchemaOf(const SchemaNode& parent, const lyd_node* node) {
   return nullptr;
 }
 
+// A node of libyang's tree that can't be taken over. That tree knows no lines.
+class UnfitNode : public std::runtime_error {
+ public:
+  UnfitNode(const lyd_node* unfit, const std::string& reason,
+            const lyd_node* beside = nullptr)
+      : std::runtime_error(reason), node(unfit), other(beside) {}
+  const lyd_node* const node;
+  const lyd_node* const other;  // that it can't stand beside, or null
+};
+
+// The instance of the same schema node before this one; null for the first.
+const lyd_node* Before(const lyd_node* node) {
+  bool is_first = node->prev->next == nullptr;
+  return is_first || node->prev->schema != node->schema ? nullptr : node->prev;
+}
+
+[[noreturn]] void FailAsDuplicate(const lyd_node* node,
+                                  const lyd_node* earlier) {
+  throw UnfitNode(
+      node,
+      "Duplicate instance of \"" + std::string(node->schema->name) + "\".",
+      earlier);
+}
+
 void Import(const lyd_node* first, Node& parent);
 
-// libyang's tree knows no lines any more.
 Value ImportValue(const SchemaNode& schema, const lyd_node* node) {
   try {
     return schema.type->ParseValidated(lyd_get_value(node));
   } catch (const Error& error) {
-    throw DocumentError(0, Owned(lyd_path(node, LYD_PATH_STD, nullptr, 0)),
-                        error.what());
+    throw UnfitNode(node, error.what());
   }
 }
 
-void ImportNode(const lyd_node* node, const SchemaNode& schema, Node& parent) {
-  switch (schema.kind) {
-    case NodeKind::kContainer:
-    case NodeKind::kPresenceContainer:
-      Import(lyd_child(node), parent.MakeContainer(schema));
-      return;
-    case NodeKind::kList: {
-      std::vector<Value> keys;
-      const lyd_node* child = lyd_child(node);
-      for (size_t i = 0; i < schema.key_count; ++i, child = child->next) {
-        keys.push_back(ImportValue(*schema.children[i], child));
-      }
-      Node* entry =
-          parent.MakeList(schema).Insert({keys.data(), keys.size()}).first;
-      Import(child, *entry);
-      return;
-    }
-    case NodeKind::kLeaf:
-      parent.SetLeaf(schema, ImportValue(schema, node));
-      return;
-    case NodeKind::kLeafList:
-      parent.AddToLeafList(schema, ImportValue(schema, node));
-      return;
-    default:
-      // Dropping it without a word would lose configuration.
-      throw DocumentError(0, Owned(lyd_path(node, LYD_PATH_STD, nullptr, 0)),
-                          "anydata and anyxml are not kept; take the node out "
-                          "of the configuration");
+// libyang puts the keys first and has made sure of them.
+std::vector<Value> ImportKeys(const SchemaNode& list, const lyd_node* entry) {
+  std::vector<Value> keys;
+  const lyd_node* child = lyd_child(entry);
+  for (size_t i = 0; i < list.key_count; ++i, child = child->next) {
+    keys.push_back(ImportValue(*list.children[i], child));
   }
+  return keys;
 }
+
+void ImportEntry(const lyd_node* node, const SchemaNode& schema, Node& parent) {
+  std::vector<Value> keys = ImportKeys(schema, node);
+  auto [entry, is_new] = parent.MakeList(schema).Insert({keys.data(), keys.size()});
+  if (!is_new) {
+    // The keys may have been written otherwise.
+    const lyd_node* earlier = Before(node);
+    while (earlier != nullptr && ImportKeys(schema, earlier) != keys) {
+      earlier = Before(earlier);
+    }
+    FailAsDuplicate(node, earlier);
+  }
+  const lyd_node* child = lyd_child(node);
+  for (size_t i = 1; i < schema.key_count; ++i) child = child->next;
+  Import(child->next, *entry);
+}
+
+// All values of a leaf-list; returns the last of their nodes.
+const lyd_node* ImportLeafList(const lyd_node* first, const SchemaNode& schema,
+                               Node& parent) {
+  std::vector<Value> values;
+  std::vector<std::pair<Value, const lyd_node*>> nodes;
+  const lyd_node* last = first;
+  for (const lyd_node* node = first;
+       node != nullptr && node->schema == first->schema; node = node->next) {
+    values.push_back(ImportValue(schema, node));
+    nodes.emplace_back(values.back(), node);
+    last = node;
+  }
+  std::stable_sort(nodes.begin(), nodes.end(),
+                   [](const auto& a, const auto& b) {
+                     return Compare(a.first, b.first) < 0;
+                   });
+  for (size_t i = 1; i < nodes.size(); ++i) {
+    if (nodes[i].first == nodes[i - 1].first) {
+      FailAsDuplicate(nodes[i].second, nodes[i - 1].second);
+    }
+  }
+  parent.SetLeafList(schema, values);
+  return last;
+}
+
+// Returns the last node that it took.
+const lyd_node* ImportNode(const lyd_node* node, const SchemaNode& schema,
+                           Node& parent) {
+  switch (schema.kind) {
+    case NodeKind::kList:
+      ImportEntry(node, schema, parent);
+      return node;
+    case NodeKind::kLeafList:
+      return ImportLeafList(node, schema, parent);
+    case NodeKind::kAny:
+      // Dropping it without a word would lose configuration.
+      throw UnfitNode(node,
+                      "anydata and anyxml are not kept; take the node out of "
+                      "the configuration");
+    default:
+      break;
+  }
+  if (const lyd_node* earlier = Before(node)) FailAsDuplicate(node, earlier);
+  if (schema.IsContainer()) {
+    Import(lyd_child(node), parent.MakeContainer(schema));
+  } else {
+    parent.SetLeaf(schema, ImportValue(schema, node));
+  }
+  return node;
+}
+
+// Sees to it that siblings stand in one case of each choice.
+class CaseCheck {
+ public:
+  void Add(const SchemaNode& schema, const lyd_node* node) {
+    for (const SchemaNode::CaseOf& one : schema.cases) {
+      auto [known, is_new] = chosen_.try_emplace(one.choice, one.chosen, node);
+      if (is_new || known->second.first == one.chosen) continue;
+      throw UnfitNode(node,
+                      "Data for both cases \"" +
+                          std::string(known->second.first->name) + "\" and \"" +
+                          one.chosen->name + "\" exist.",
+                      known->second.second);
+    }
+  }
+
+ private:
+  // By choice: its case, and a node of it.
+  std::map<const lysc_node*, std::pair<const lysc_node*, const lyd_node*>>
+      chosen_;
+};
 
 void Import(const lyd_node* first, Node& parent) {
+  CaseCheck cases;
   for (const lyd_node* node = first; node != nullptr; node = node->next) {
-    // Defaults come from the schema whenever they are asked for.
-    if ((node->flags & LYD_DEFAULT) != 0 || node->schema == nullptr) continue;
-    if (const SchemaNode* schema = SchemaOf(*parent.schema, node)) {
-      ImportNode(node, *schema, parent);
-    }
+    const SchemaNode* schema = SchemaOf(*parent.schema, node);
+    if (schema == nullptr) throw UnfitNode(node, "it is no configuration");
+    cases.Add(*schema, node);
+    node = ImportNode(node, *schema, parent);
   }
 }
 
@@ -329,33 +426,124 @@ uint64_t ExactLine(std::string_view text, Syntax syntax, const ly_ctx& context,
              text.begin(), text.begin() + static_cast<ptrdiff_t>(at), '\n'));
 }
 
+// The line of a node of `tree`, which is what the text holds; 0 if it is not
+// found.
+uint64_t LineOfNode(std::string_view text, Syntax syntax, const lyd_node* tree,
+                    const lyd_node* wanted) {
+  // What validation has added is not in the text.
+  while (wanted != nullptr && (wanted->flags & LYD_DEFAULT) != 0) {
+    wanted = lyd_parent(wanted);
+  }
+  if (wanted == nullptr) return 0;
+  std::vector<std::string> names;
+  for (const lyd_node* node = wanted; node != nullptr;
+       node = lyd_parent(node)) {
+    names.insert(names.begin(), node->schema->name);
+  }
+  // libyang keeps instances of one node in the order of the text.
+  ly_set* instances = nullptr;
+  std::string all =
+      Owned(lysc_path(wanted->schema, LYSC_PATH_DATA, nullptr, 0));
+  if (lyd_find_xpath(tree, all.c_str(), &instances) != LY_SUCCESS) return 0;
+  size_t index = 0;
+  for (uint32_t i = 0; i < instances->count; ++i) {
+    const lyd_node* node = instances->dnodes[i];
+    if (node == wanted) break;
+    if ((node->flags & LYD_DEFAULT) == 0) ++index;
+  }
+  ly_set_free(instances, nullptr);
+  return LineOfInstance(text, syntax, names, index);
+}
+
 // The line of the node that an instance path leads to, or of the one that
-// should hold it; 0 if it is not found. `tree` is what the text holds.
+// should hold it; 0 if it is not found.
 uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
                     const std::string& path) {
   if (tree == nullptr || path.empty()) return 0;
   lyd_node* found = nullptr;
   LY_ERR result = lyd_find_path(tree, path.c_str(), 0, &found);
   bool is_there = result == LY_SUCCESS || result == LY_EINCOMPLETE;
-  if (!is_there || found == nullptr) return 0;
+  return is_there ? LineOfNode(text, syntax, tree, found) : 0;
+}
 
-  std::vector<std::string> names;
-  for (const lyd_node* node = found; node != nullptr; node = lyd_parent(node)) {
-    names.insert(names.begin(), node->schema->name);
+// Throws what libyang has against a text that it did not parse. `skipped`: how
+// many lines it did not count.
+[[noreturn]] void FailToParse(std::string_view text, Syntax syntax,
+                              ly_ctx* context, uint64_t skipped) {
+  const ly_err_item* error = FirstError(context);
+  if (error == nullptr) throw DocumentError(0, "", "libyang can't parse it");
+  Place place = PlaceOf(*error);
+  std::string reason = ReasonOf(*error);
+  if (place.line > 0) {
+    place.line += skipped;
+    place.line = ExactLine(text, syntax, *context, place, reason);
   }
-  // libyang keeps instances of one node in the order of the text.
-  ly_set* instances = nullptr;
-  std::string all = Owned(lysc_path(found->schema, LYSC_PATH_DATA, nullptr, 0));
-  if (lyd_find_xpath(tree, all.c_str(), &instances) != LY_SUCCESS) return 0;
-  // Defaults that validation has added are not in the text.
-  size_t index = 0;
-  for (uint32_t i = 0; i < instances->count; ++i) {
-    const lyd_node* node = instances->dnodes[i];
-    if (node == found) break;
-    if ((node->flags & LYD_DEFAULT) == 0) ++index;
+  ly_err_clean(context, nullptr);
+  throw DocumentError(place.line, place.path, reason);
+}
+
+// What the text says, whether it meets the constraints or not; null if it says
+// nothing. Throws DocumentError.
+LibyangTree Parse(const std::string& text, Syntax syntax, ly_ctx* context) {
+  // libyang counts blank lines at the beginning twice.
+  size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == std::string::npos) return nullptr;
+  ly_err_clean(context, nullptr);
+  lyd_node* parsed = nullptr;
+  // That nothing is there twice is checked when the tree is taken over.
+  LY_ERR result = lyd_parse_data_mem(
+      context, text.c_str() + begin,
+      syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
+      LYD_PARSE_ONLY | LYD_PARSE_NO_NEW | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE,
+      0, &parsed);
+  LibyangTree tree(parsed);
+  RequireMemory(result);
+  if (result != LY_SUCCESS) {
+    FailToParse(text, syntax, context, LineOf(text, begin) - 1);
   }
-  ly_set_free(instances, nullptr);
-  return LineOfInstance(text, syntax, names, index);
+  return tree;
+}
+
+void ImportTree(std::string_view text, Syntax syntax, const lyd_node* tree,
+                Node& root) {
+  try {
+    Import(tree, root);
+  } catch (const UnfitNode& unfit) {
+    std::string reason = unfit.what();
+    uint64_t other = LineOfNode(text, syntax, tree, unfit.other);
+    if (other > 0) {
+      reason += " The other is in line " + std::to_string(other) + ".";
+    }
+    throw DocumentError(LineOfNode(text, syntax, tree, unfit.node),
+                        Owned(lyd_path(unfit.node, LYD_PATH_STD, nullptr, 0)),
+                        reason);
+  }
+}
+
+// Throws DocumentError for the first constraint that the tree breaks.
+void RequireConstraints(std::string_view text, Syntax syntax, LibyangTree tree,
+                        const Schema& schema) {
+  ly_err_clean(schema.context(), nullptr);
+  lyd_node* raw = tree.release();
+  LY_ERR result =
+      lyd_validate_all(&raw, schema.context(), LYD_VALIDATE_NO_STATE, nullptr);
+  tree.reset(raw);
+  RequireMemory(result);
+  if (result == LY_SUCCESS) return;
+  const ly_err_item* error = FirstError(schema.context());
+  if (error == nullptr) {
+    throw DocumentError(0, "",
+                        "libyang says of no constraint that it is broken");
+  }
+  std::string reason = ReasonOf(*error);
+  std::string path = PlaceOf(*error).path;
+  bool is_missing = CodeOf(*error) == ErrorCode::kNotSet;
+  ly_err_clean(schema.context(), nullptr);
+  if (is_missing) {
+    auto paths = MissingNode(raw, path).Paths(schema.root());
+    if (!paths.empty()) path = paths.front();
+  }
+  throw DocumentError(LineOfPath(text, syntax, raw, path), path, reason);
 }
 
 }  // namespace
@@ -367,64 +555,9 @@ Envelope ReadDocument(std::string text, Data& data) {
   } catch (const EnvelopeError& error) {
     throw DocumentError(error.line, "", error.what());
   }
-  ly_ctx* context = data.schema().context();
-  ly_err_clean(context, nullptr);
-  // libyang counts blank lines at the beginning twice.
-  size_t begin = std::min(text.find_first_not_of(" \t\r\n"), text.size());
-  auto skipped = static_cast<uint64_t>(std::count(
-      text.begin(), text.begin() + static_cast<ptrdiff_t>(begin), '\n'));
-  bool is_blank = begin == text.size();
-  auto parse = [&](uint32_t options) {
-    lyd_node* parsed = nullptr;
-    LY_ERR result =
-        is_blank
-            ? lyd_validate_all(&parsed, context, LYD_VALIDATE_NO_STATE, nullptr)
-            : lyd_parse_data_mem(
-                  context, text.c_str() + begin,
-                  envelope->syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
-                  options | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE,
-                  LYD_VALIDATE_NO_STATE, &parsed);
-    return std::make_pair(result, LibyangTree(parsed));
-  };
-  auto [result, tree] = parse(0);
-  // The machine's fault and not the text's, though the messages blame that:
-  // libyang and its pattern matcher ran out of memory.
-  if (result == LY_EMEM || result == LY_ESYS) throw std::bad_alloc();
-  if (result != LY_SUCCESS) {
-    const ly_err_item* error = FirstError(context);
-    if (error == nullptr) {
-      throw DocumentError(0, "", "libyang can't parse it");
-    }
-    Place place = PlaceOf(*error);
-    std::string reason = ReasonOf(*error);
-    if (place.line > 0) {
-      place.line += skipped;
-      place.line = ExactLine(text, envelope->syntax, *context, place, reason);
-    }
-    if (place.line == 0) {
-      // A constraint is broken, so the text itself can be parsed: find the
-      // place in it.
-      bool is_missing = CodeOf(*error) == ErrorCode::kNotSet;
-      ly_err_clean(context, nullptr);
-      LibyangTree unchecked = parse(LYD_PARSE_ONLY).second;
-      if (is_missing) {
-        auto paths = MissingNode(unchecked.get(), place.path)
-                         .Paths(data.schema().root());
-        if (!paths.empty()) place.path = paths.front();
-      }
-      place.line =
-          LineOfPath(text, envelope->syntax, unchecked.get(), place.path);
-    }
-    ly_err_clean(context, nullptr);
-    throw DocumentError(place.line, place.path, reason);
-  }
-  try {
-    Import(tree.get(), data.root());
-  } catch (const DocumentError& error) {
-    throw DocumentError(
-        LineOfPath(text, envelope->syntax, tree.get(), error.path), error.path,
-        error.what());
-  }
+  LibyangTree tree = Parse(text, envelope->syntax, data.schema().context());
+  ImportTree(text, envelope->syntax, tree.get(), data.root());
+  RequireConstraints(text, envelope->syntax, std::move(tree), data.schema());
   return *envelope;
 }
 

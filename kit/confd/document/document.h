@@ -27,7 +27,8 @@ class DocumentError : public std::runtime_error {
   const std::string path;  // of the node at fault, "" when unknown
 };
 
-// Parses and validates; returns how the text was wrapped. Throws DocumentError.
+// Parses and validates; returns how the text was wrapped. Throws DocumentError,
+// and leaves the data half filled then.
 Envelope ReadDocument(std::string text, Data& data);
 
 struct BrokenConstraint {

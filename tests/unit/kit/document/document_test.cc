@@ -113,6 +113,63 @@ TEST(ReadDocument, NamesThePlaceOfBrokenConstraints) {
         "Mandatory node \"needed\" instance does not exist."}});
 }
 
+// However the two texts are written.
+TEST(ReadDocument, NamesBothPlacesOfWhatIsThereTwice) {
+  const std::string open =
+      "<top xmlns=\"urn:test:rules\">\n<coded><code>0a</code><n>1</n>\n";
+  const std::string close = "</coded>\n</top>";
+  const std::string coded =
+      "<part><at>2001:db8::1</at></part><codes>0b:AA</codes>\n";
+  const std::pair<std::string, FaultCase> cases[] = {
+      {"</coded>\n<coded><code>0b</code><n>1</n></coded>\n"
+       "<coded><code>0A</code><n>01</n>",
+       {"", 5, "/rules:top/coded[code='0A'][n='1']",
+        "Duplicate instance of \"coded\". The other is in line 2."}},
+      {coded + "<part><at>2001:DB8:0::1</at></part>\n",
+       {"", 4, "/rules:top/coded[code='0a'][n='1']/part[at='2001:db8::1']",
+        "Duplicate instance of \"part\". The other is in line 3."}},
+      {coded + "<codes>0c</codes>\n<codes>0B:aa</codes>",
+       {"", 5, "/rules:top/coded[code='0a'][n='1']/codes[.='0B:aa']",
+        "Duplicate instance of \"codes\". The other is in line 3."}},
+      {"<n>1</n>",
+       {"", 3, "/rules:top/coded[code='0a'][n='1'][n='1']/n",
+        "Duplicate instance of \"n\". The other is in line 2."}},
+      {"</coded>\n</top>\n<top xmlns=\"urn:test:rules\"><coded><code>0c</code>"
+       "<n>2</n>",
+       {"", 5, "/rules:top",
+        "Duplicate instance of \"top\". The other is in line 1."}},
+  };
+  for (const auto& [body, expected] : cases) {
+    Fault fault = FaultOf(Rules(), open + body + close);
+    EXPECT_EQ(fault.line, expected.line) << body;
+    EXPECT_EQ(fault.path, expected.path) << body;
+    EXPECT_EQ(fault.reason, expected.reason) << body;
+  }
+  ExpectFaults(
+      Rules(),
+      {{"{\"rules:top\": {\"coded\": [\n{\"code\": \"AA\", \"n\": 1},\n"
+        "{\"n\": 1, \"code\": \"aa\"}]}}",
+        3, "/rules:top/coded[code='aa'][n='1']",
+        "Duplicate instance of \"coded\". The other is in line 2."},
+       {"{\"rules:top\": {\n\"odd\": 1,\n\"odd\": 1}}", 3, "/rules:top/odd",
+        "Duplicate instance of \"odd\". The other is in line 2."},
+       {"{\"rules:top\": {\"coded\": [\n{\"code\": \"AA\", \"n\": 1}],\n"
+        "\"coded\": [{\"n\": 1, \"code\": \"AA\"}]}}",
+        3, "/rules:top/coded[code='AA'][n='1']",
+        "Duplicate instance of \"coded\". The other is in line 2."}});
+}
+
+TEST(ReadDocument, ContentOfTwoCasesIsAFault) {
+  ExpectFaults(
+      Rules(),
+      {{"<top xmlns=\"urn:test:rules\">\n<item><name>a</name>\n"
+        "<needed>1</needed>\n<left>1</left>\n<right>1</right></item>"
+        "</top>",
+        5, "/rules:top/item[name='a']/right",
+        "Data for both cases \"left\" and \"right\" exist. The other is "
+        "in line 4."}});
+}
+
 // What libyang takes and the C API can't carry.
 TEST(ReadDocument, AddressesWithAZoneAreFaults) {
   ExpectFaults(Zoo(),
