@@ -13,6 +13,8 @@
 #include <utility>
 
 #include "kit/confd/document/export.h"
+#include "kit/confd/document/text_pieces.h"
+#include "kit/confd/document/top_level.h"
 #include "kit/confd/text/number.h"
 
 namespace kit::store {
@@ -484,24 +486,26 @@ uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
 
 // What the text says, whether it meets the constraints or not; null if it says
 // nothing. Throws DocumentError.
-LibyangTree Parse(const std::string& text, Syntax syntax, ly_ctx* context) {
-  // libyang counts blank lines at the beginning twice.
-  size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == std::string::npos) return nullptr;
-  ly_err_clean(context, nullptr);
-  lyd_node* parsed = nullptr;
-  // That nothing is there twice is checked when the tree is taken over.
-  LY_ERR result = lyd_parse_data_mem(
-      context, text.c_str() + begin,
-      syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
-      LYD_PARSE_ONLY | LYD_PARSE_NO_NEW | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE,
-      0, &parsed);
-  LibyangTree tree(parsed);
-  RequireMemory(result);
-  if (result != LY_SUCCESS) {
-    FailToParse(text, syntax, context, LineOf(text, begin) - 1);
-  }
-  return tree;
+LibyangTree Parse(const std::string& text, Syntax syntax,
+                  const Schema& schema) {
+  TopLevel top;
+  CutIntoPieces(text, syntax, [&](const char* piece, size_t line) {
+    ly_err_clean(schema.context(), nullptr);
+    lyd_node* parsed = nullptr;
+    // That nothing is there twice is checked when the tree is taken over.
+    LY_ERR result = lyd_parse_data_mem(
+        schema.context(), piece, syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
+        LYD_PARSE_ONLY | LYD_PARSE_NO_NEW | LYD_PARSE_STRICT |
+            LYD_PARSE_NO_STATE,
+        0, &parsed);
+    LibyangTree tree(parsed);
+    RequireMemory(result);
+    if (result != LY_SUCCESS) {
+      FailToParse(text, syntax, schema.context(), line - 1);
+    }
+    top.Add(std::move(tree));
+  });
+  return top.Join(schema);
 }
 
 void ImportTree(std::string_view text, Syntax syntax, const lyd_node* tree,
@@ -555,7 +559,7 @@ Envelope ReadDocument(std::string text, Data& data) {
   } catch (const EnvelopeError& error) {
     throw DocumentError(error.line, "", error.what());
   }
-  LibyangTree tree = Parse(text, envelope->syntax, data.schema().context());
+  LibyangTree tree = Parse(text, envelope->syntax, data.schema());
   ImportTree(text, envelope->syntax, tree.get(), data.root());
   RequireConstraints(text, envelope->syntax, std::move(tree), data.schema());
   return *envelope;

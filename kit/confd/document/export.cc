@@ -1,7 +1,7 @@
 #include "kit/confd/document/export.h"
 
+#include <cstdint>
 #include <string>
-#include <utility>
 
 #include "kit/confd/model/error.h"
 
@@ -10,11 +10,12 @@ namespace {
 
 class Exporter {
  public:
-  explicit Exporter(const Data& data) : context_(data.schema().context()) {}
+  explicit Exporter(const Schema& schema)
+      : schema_(schema), context_(schema.context()) {}
 
   LibyangTree Export(const Node& root) {
     Children(root, nullptr);
-    return std::move(tree_);
+    return top_.Join(schema_);
   }
 
  private:
@@ -27,11 +28,8 @@ class Exporter {
   }
 
   // Nodes at the top hang on each other, not on a parent.
-  void Adopt(lyd_node* node, lyd_node* parent, const SchemaNode& schema) {
-    if (parent != nullptr) return;
-    lyd_node* first = tree_.release();
-    Check(lyd_insert_sibling(first, node, &first), schema);
-    tree_.reset(first);
+  void Adopt(lyd_node* node, lyd_node* parent) {
+    if (parent == nullptr) top_.Add(LibyangTree(node));
   }
 
   void Children(const Node& node, lyd_node* out) {
@@ -46,7 +44,7 @@ class Exporter {
     Check(lyd_new_term(out, schema.module->compiled, schema.name.c_str(),
                        schema.type->Print(value).c_str(), 0, &term),
           schema);
-    Adopt(term, out, schema);
+    Adopt(term, out);
   }
 
   void Child(const Node& node, const SchemaNode& schema, lyd_node* out) {
@@ -65,7 +63,7 @@ class Exporter {
         Check(lyd_new_inner(out, schema.module->compiled, schema.name.c_str(),
                             0, &inner),
               schema);
-        Adopt(inner, out, schema);
+        Adopt(inner, out);
         Children(*node.FindContainer(schema), inner);
         return;
       }
@@ -90,18 +88,22 @@ class Exporter {
                        keys[3].c_str(), keys[4].c_str(), keys[5].c_str(),
                        keys[6].c_str(), keys[7].c_str(), keys[8].c_str()),
           schema);
-    Adopt(list, out, schema);
+    // A list has no two entries of the same keys. Where they stand in no other
+    // node, libyang would compare each with all others.
+    if (out == nullptr) list->flags &= ~uint32_t{LYD_NEW};
+    Adopt(list, out);
     Children(entry, list);
   }
 
+  const Schema& schema_;
   ly_ctx* context_;
-  LibyangTree tree_;
+  TopLevel top_;
 };
 
 }  // namespace
 
 LibyangTree Export(const Data& data) {
-  return Exporter(data).Export(data.root());
+  return Exporter(data.schema()).Export(data.root());
 }
 
 }  // namespace kit::store

@@ -2,18 +2,10 @@
 #ifndef KIT_CONFD_DOCUMENT_EXPORT_H_
 #define KIT_CONFD_DOCUMENT_EXPORT_H_
 
-#include <libyang/libyang.h>
-
-#include <memory>
-
+#include "kit/confd/document/top_level.h"
 #include "kit/confd/tree/data.h"
 
 namespace kit::store {
-
-struct TreeDeleter {
-  void operator()(lyd_node* node) const { lyd_free_all(node); }
-};
-using LibyangTree = std::unique_ptr<lyd_node, TreeDeleter>;
 
 // All that was set; null for empty data. Throws Error for a value that libyang
 // does not take.

@@ -36,6 +36,18 @@ std::vector<JsonMember> JsonScanner::Scan() {
   return members;
 }
 
+std::vector<size_t> JsonScanner::Elements(size_t begin) {
+  std::vector<size_t> begins;
+  at_ = begin;
+  Sequence(']', [&] {
+    Peek();
+    begins.push_back(at_);
+    Value();
+  });
+  begins.push_back(at_);
+  return begins;
+}
+
 char JsonScanner::Peek() {
   at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size());
   return at_ < text_.size() ? text_[at_] : '\0';
@@ -75,17 +87,22 @@ JsonMember JsonScanner::Member() {
   ++at_;
   Peek();
   member.value_begin = at_;
-  Value();
+  member.size = Value();
   member.value_end = at_;
   return member;
 }
 
-void JsonScanner::Value() {
+size_t JsonScanner::Value() {
+  size_t size = 1;
   char first = Peek();
   if (first == '{') {
     Sequence('}', [this] { Member(); });
   } else if (first == '[') {
-    Sequence(']', [this] { Value(); });
+    size = 0;
+    Sequence(']', [&] {
+      Value();
+      ++size;
+    });
   } else if (first == '"') {
     String();
   } else if (first == '-' || IsDigit(first)) {
@@ -99,6 +116,7 @@ void JsonScanner::Value() {
   } else {
     FailHere("a value");
   }
+  return size;
 }
 
 void JsonScanner::Word(std::string_view word) {

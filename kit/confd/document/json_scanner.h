@@ -16,6 +16,7 @@ struct JsonMember {
   size_t name_begin;      // of the quote before it
   size_t value_begin;
   size_t value_end;  // past it
+  size_t size;       // elements of an array, else 1
 };
 
 class JsonScanner {
@@ -27,6 +28,9 @@ class JsonScanner {
   // is not JSON to the letter, or that holds metadata.
   std::vector<JsonMember> Scan();
 
+  // Where the elements of the array at `begin` begin, and where it ends.
+  std::vector<size_t> Elements(size_t begin);
+
   // What puts plain characters in the place of escaped surrogate pairs, which
   // libyang does not know.
   const std::vector<TextEdit>& pairs() const { return pairs_; }
@@ -37,7 +41,7 @@ class JsonScanner {
   bool At(char c) const { return at_ < text_.size() && text_[at_] == c; }
   [[noreturn]] void FailHere(const char* needed) const;
   JsonMember Member();
-  void Value();
+  size_t Value();  // as JsonMember::size
   // From bracket to bracket; `item` reads what stands between the commas.
   template <typename Item>
   void Sequence(char end, const Item& item);
