@@ -206,6 +206,53 @@ TEST_F(WritesTest, SetOfWhatIsNoTextIsABadType) {
             "ok");
 }
 
+// Whatever the type, and by whichever way they come.
+TEST_F(WritesTest, BytesThatAreNoTextDoNotGetIn) {
+  // With a value of the type before the NUL.
+  const std::pair<const char*, std::string> keys[] = {
+      {"/object", "1"},          {"/lists/by-string", "a"},
+      {"/lists/by-enum", "red"}, {"/lists/by-ip4", "10.0.0.1"},
+      {"/lists/by-ip6", "::1"},  {"/lists/by-plen", "10.0.0.1/8"},
+      {"/lists/by-kin", "fish"}, {"/lists/by-bits", "read"},
+      {"/lists/by-ref", "::1"},  {"/lists/by-mixed", "10.0.0.1"},
+      {"/lists/by-dec", "1.0"},  {"/lists/by-prefix", "10.0.0.0/8"}};
+  for (const auto& [list, start] : keys) {
+    for (const std::string& end :
+         {std::string(1, '\0'), start + '\0' + start}) {
+      const std::string text = start + end;
+      confd_value_t key = Buf(text);
+      EXPECT_EQ(Outcome(maapi_create(maapi_, th_, "%s{%x}", list, &key)),
+                "BADPATH")
+          << list;
+      EXPECT_EQ(cdb_exists(cdb_, "%s{%x}", list, &key), CONFD_ERR) << list;
+      struct maapi_cursor cursor;
+      ASSERT_EQ(maapi_init_cursor(maapi_, th_, &cursor, "%s", list), CONFD_OK);
+      EXPECT_EQ(Outcome(maapi_find_next(&cursor, CONFD_FIND_NEXT, &key, 1)),
+                "BADTYPE")
+          << list;
+      maapi_destroy_cursor(&cursor);
+    }
+  }
+  const std::string nul("AB1\0inside", 10);
+  confd_value_t reference = Buf(nul);
+  reference.type = C_OBJECTREF;
+  confd_value_t items[] = {Buf("fine"), Buf(nul)};
+  confd_value_t values;
+  CONFD_SET_LIST(&values, items, 2);
+  for (const char* leaf :
+       {"str", "short", "code", "gate", "number-or-text", "mixed", "names",
+        "gates", "where", "ref-or-word", "when"}) {
+    const std::string path = "/values/" + std::string(leaf);
+    EXPECT_EQ(Set(path, Buf(nul)), "BADTYPE") << leaf;
+    EXPECT_EQ(Set(path, reference), "BADTYPE") << leaf;
+    EXPECT_EQ(Set(path, values), "BADTYPE") << leaf;
+  }
+  confd_value_t object[] = {Uint32(7), Buf(nul)};
+  EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, object, 2, "/object")),
+            "BADTYPE");
+  EXPECT_TRUE(database_->Validate().empty());
+}
+
 TEST_F(WritesTest, PrefixesLoseTheirHostBitsAndAddressesKeepThem) {
   struct confd_ipv4_prefix prefix = {};
   inet_pton(AF_INET, "10.1.2.3", &prefix.ip);

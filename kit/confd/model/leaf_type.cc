@@ -402,10 +402,17 @@ void LeafType::Reject(std::string_view text, const std::string& why) const {
   throw Error(ErrorCode::kBadType, message);
 }
 
+void LeafType::RejectBytes(std::string_view text) const {
+  Reject(text, "it is not UTF-8 text without control characters");
+}
+
 Value LeafType::Parse(std::string_view text) const {
-  if (unrestricted_) return ParseCanonical(text);
   if (IsKnownString(text)) return Value::Text(value_type_, text);
   if (const auto number = ParseInRange(text)) return *number;
+  // libyang would keep it with a NUL inside and then look for what stands
+  // before that.
+  if (!text::IsYangText(text)) RejectBytes(text);
+  if (unrestricted_) return ParseCanonical(text);
   ly_ctx* context = node_->module->ctx;
   const lysc_type* real_type = nullptr;
   const char* canonical = nullptr;
@@ -500,10 +507,6 @@ Value LeafType::ParseCanonical(std::string_view text) const {
       if (text.empty()) value = Value::Number(value_type_, 0);
       break;
     default:
-      // libyang looks at this in documents only.
-      if (!text::IsYangText(text)) {
-        Reject(text, "it is not UTF-8 text without control characters");
-      }
       value = Value::Text(value_type_, text);
   }
   if (!value) Reject(text);
@@ -631,7 +634,7 @@ Value LeafType::Check(const Value& value) const {
                     TypeName(value_type_) + ")");
   }
   if (value.type() == ValueType::kBuf && !text::IsYangText(value.text())) {
-    Reject(value.text(), "it is not UTF-8 text without control characters");
+    RejectBytes(value.text());
   }
   bool is_named = value_type_ == ValueType::kEnum;
   if (unrestricted_ && !is_named) return value;

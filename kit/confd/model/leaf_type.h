@@ -84,6 +84,7 @@ class LeafType {
   std::string PrintBits(const Value& value) const;
   [[noreturn]] void Reject(std::string_view text,
                            const std::string& why = {}) const;
+  [[noreturn]] void RejectBytes(std::string_view text) const;
 
   const lysc_node* node_ = nullptr;
   const lysc_type* compiled_ = nullptr;

@@ -173,6 +173,33 @@ TEST(LeafType, RejectsWhatIsNoTextOfTheType) {
   }
 }
 
+void CollectLeaves(const SchemaNode& node,
+                   std::vector<const SchemaNode*>& leaves) {
+  if (node.type != nullptr) leaves.push_back(&node);
+  for (const auto& child : node.children) CollectLeaves(*child, leaves);
+}
+
+// libyang would keep a text by its length and look for it by its NUL.
+TEST(LeafType, RejectsBytesThatAreNoTextInEveryType) {
+  std::vector<const SchemaNode*> leaves;
+  CollectLeaves(Zoo().root(), leaves);
+  ASSERT_GT(leaves.size(), 60u);
+  const std::string tails[] = {
+      std::string("\0", 1), std::string("\0b", 2), "\x01", "\xff", "\xc3",
+      "\xed\xa0\x80"};
+  for (const SchemaNode* leaf : leaves) {
+    for (const char* begin : {"", "AB1", "1", "10.0.0.1", "2001:db8::1", "0a",
+                              "red", "zt:cat", "read", "/zoo:values", "AAEC"}) {
+      for (const std::string& tail : tails) {
+        std::string text = begin + tail;
+        EXPECT_NE(ErrorOf([&] { leaf->type->Parse(text); }), "") << leaf->name;
+        EXPECT_NE(ErrorOf([&] { leaf->type->ParseKey(text); }), "")
+            << leaf->name;
+      }
+    }
+  }
+}
+
 TEST(LeafType, MessagesNameTextTypeAndReasonOnce) {
   EXPECT_EQ(ErrorOf([] { TypeOf("u8").Parse("256"); }),
             "5: \"256\" is not of type uint8");
