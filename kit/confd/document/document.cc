@@ -133,7 +133,8 @@ std::vector<Value> ImportKeys(const SchemaNode& list, const lyd_node* entry) {
 
 void ImportEntry(const lyd_node* node, const SchemaNode& schema, Node& parent) {
   std::vector<Value> keys = ImportKeys(schema, node);
-  auto [entry, is_new] = parent.MakeList(schema).Insert({keys.data(), keys.size()});
+  auto [entry, is_new] =
+      parent.MakeList(schema).Insert({keys.data(), keys.size()});
   if (!is_new) {
     // The keys may have been written otherwise.
     const lyd_node* earlier = Before(node);

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -26,11 +27,34 @@ const SchemaNode* Counterpart(const SchemaNode& node,
   return nullptr;
 }
 
+// The choice of which `to` holds another case than the child's.
+std::string ChoiceTaken(const SchemaNode& child, const Node& to) {
+  for (const SchemaNode::CaseOf& own : child.cases) {
+    for (const auto& other : to.schema->children) {
+      for (const SchemaNode::CaseOf& others : other->cases) {
+        if (others.choice == own.choice && others.chosen != own.chosen &&
+            to.IsSet(*other)) {
+          return own.choice->name;
+        }
+      }
+    }
+  }
+  return "?";
+}
+
+struct ByValue {
+  bool operator()(const Value& a, const Value& b) const {
+    return Compare(a, b) < 0;
+  }
+};
+
 class Carrier {
  public:
   explicit Carrier(std::vector<Loss>* losses) : losses_(losses) {}
 
   void CarryOver(const Node& from, Node& to) {
+    // What a case of a choice was given, which a later one empties.
+    std::vector<std::pair<const SchemaNode*, const SchemaNode*>> in_cases;
     for (const auto& child : to.schema->children) {
       if (child->is_key()) continue;
       const SchemaNode* old_child = Counterpart(*child, *from.schema);
@@ -49,6 +73,15 @@ class Carrier {
       } else if (child->kind == NodeKind::kList) {
         CarryOverList(from, *old_child, to, *child);
       }
+      if (!child->cases.empty() && to.IsSet(*child)) {
+        in_cases.emplace_back(old_child, child.get());
+      }
+    }
+    for (const auto& [old_child, child] : in_cases) {
+      if (to.IsSet(*child)) continue;
+      LoseNode(from, *old_child,
+               "another case of the choice \"" + ChoiceTaken(*child, to) +
+                   "\" holds in the new model");
     }
     for (const auto& old_child : from.schema->children) {
       if (Counterpart(*old_child, *to.schema) == nullptr) {
@@ -65,10 +98,14 @@ class Carrier {
 
   void LoseNode(const Node& holder, const SchemaNode& node,
                 const std::string& reason) {
-    if (losses_ == nullptr || node.is_key() || !holder.IsSet(node)) return;
+    if (losses_ == nullptr) return;
     std::string value;
     if (node.kind == NodeKind::kLeaf) {
-      value = node.type->Print(*holder.SetValue(node));
+      const std::optional<Value> set = holder.SetValue(node);
+      if (!set) return;
+      value = node.type->Print(*set);
+    } else if (!holder.IsSet(node)) {
+      return;
     } else if (node.kind == NodeKind::kLeafList) {
       for (const Value& one : holder.LeafListValues(node)) {
         value += (value.empty() ? "" : " ") + node.type->Print(one);
@@ -116,10 +153,17 @@ class Carrier {
       return;
     }
     std::vector<Value> converted;
+    std::set<Value, ByValue> seen;
     for (const Value& value : values) {
       auto one = Convert(value, old_list, new_list,
                          [&] { return PathOf(from, old_list); });
-      if (one) converted.push_back(std::move(*one));
+      if (!one) continue;
+      if (!seen.insert(*one).second) {
+        Lose(PathOf(from, old_list), old_list.type->Print(value),
+             "another value is the same in the new model");
+        continue;
+      }
+      converted.push_back(std::move(*one));
     }
     if (!converted.empty()) to.SetLeafList(new_list, converted);
   }

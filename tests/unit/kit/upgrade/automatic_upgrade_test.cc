@@ -44,6 +44,34 @@ TEST(AutomaticUpgradeLosses, ValuesThatDoNotFitAreNamedWithTheReason) {
   EXPECT_EQ(losses[0].rfind("/g/words (twelve): ", 0), 0u) << losses[0];
 }
 
+TEST(AutomaticUpgradeLosses, WhatStandsInAnotherCaseOfANewChoiceIsLost) {
+  EXPECT_EQ(Losses("<fast>1</fast><gear>2</gear>"), Lines());
+  EXPECT_EQ(Losses("<fast>1</fast><gear>2</gear><slow>3</slow>"
+                   "<pause><length>4</length></pause><stops>5</stops>"),
+            Lines({"/g/fast (1): another case of the choice \"pace\" holds in "
+                   "the new model",
+                   "/g/gear (2): another case of the choice \"pace\" holds in "
+                   "the new model",
+                   "/g/pause (): another case of the choice \"pace\" holds in "
+                   "the new model"}));
+  EXPECT_EQ(Losses("<gear>2</gear><pause><length>4</length></pause>"),
+            Lines({"/g/gear (2): another case of the choice \"shift\" holds in "
+                   "the new model"}));
+}
+
+TEST(AutomaticUpgradeLosses, ValuesThatBecomeOneAreLostButForTheFirst) {
+  EXPECT_EQ(Losses("<stops>1</stops><stops>02</stops><stops>01</stops>"),
+            Lines({"/g/stops (01): another value is the same in the new "
+                   "model"}));
+}
+
+TEST(AutomaticUpgradeLosses, KeysThatTheNewListLacksAreNamed) {
+  EXPECT_EQ(Losses("<less-keys><a>1</a><b>2</b></less-keys>"
+                   "<less-keys><a>3</a><b>4</b></less-keys>"),
+            Lines({"/g/less-keys{1 2}/b (2): the new model has no such node",
+                   "/g/less-keys{3 4}/b (4): the new model has no such node"}));
+}
+
 TEST(AutomaticUpgradeLosses, AnotherKindOfNodeIsALoss) {
   EXPECT_EQ(Losses("<becomes-list>x</becomes-list>"),
             Lines({"/g/becomes-list (x): the new model has another kind of "
