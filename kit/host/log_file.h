@@ -16,7 +16,8 @@ class LogFile {
   // Truncates an existing file. Throws FailureError (kOutputFailed).
   explicit LogFile(const std::string& path);
 
-  // Writes one line at once, so that it stays whatever happens next.
+  // Writes one line at once, so that it stays whatever happens next. The record
+  // is Escaped, so that no record passes for two.
   void Write(std::string_view record);
 
   // Set once a line could not be written; later ones are dropped.

@@ -8,14 +8,25 @@
 
 namespace kit::host {
 
-// One line: control characters as escapes (\n, \x1b), the rest as it is.
+// As much of one text as is shown; no file's name is longer.
+constexpr size_t kMaxShown = 4096;
+
+// Everything that a terminal would obey or not show, as escapes: bytes that are
+// no UTF-8 (\xff), control characters (\n, \t, \x1b, \u0085), and what is
+// invisible, no plain space, or changes the direction of writing (\u202e,
+// \U000e0041). The backslash becomes \\, so that no text passes for an escape
+// and all of it can be undone. The rest stays readable.
+std::string Escaped(std::string_view text);
+
+// One line of a report: Shortened to kMaxShown, then Escaped.
 std::string OneLine(std::string_view text);
 
 // OneLine of every line; a last newline is dropped.
 std::string Indent(std::string_view text, std::string_view margin);
 
-// A long text without its middle: about max_bytes of its beginning and end, and
-// between them the number of bytes left out. UTF-8 characters stay whole.
+// At most max_bytes: a longer text loses its middle, where the number of lost
+// bytes is said. UTF-8 characters stay whole. With less room than for that, it
+// is all that remains.
 std::string Shortened(std::string_view text, size_t max_bytes);
 
 // "1 entry", "2 entries".

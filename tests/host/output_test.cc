@@ -284,7 +284,7 @@ TEST_F(OutputTest, EachRecordIsOneLineOfTheLog) {
   const std::string log = Read("log");
   EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2001);
   EXPECT_THAT(log, StartsWith("record 0\nrecord 1\n"));
-  EXPECT_THAT(log, HasSubstr("two\\nlines and an \\x1b[31mescape\xff\n"));
+  EXPECT_THAT(log, HasSubstr("two\\nlines and an \\x1b[31mescape\\xff\n"));
 
   RunDemo("well_behaved", {Config(), "--log", Path("log")});
   EXPECT_EQ(Read("log"), "2 items\ndone\n");
