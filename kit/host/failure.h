@@ -6,6 +6,7 @@
 #include <exception>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kit/host/exit_code.h"
 
@@ -13,11 +14,12 @@ namespace kit::host {
 
 struct Failure {
   ExitCode code = ExitCode::kInternal;
-  std::string reason;
+  std::string reason;     // one line
   std::string advice;     // what to do about it, "" when there is nothing
   std::string file = {};  // where, as far as it is known
   uint64_t line = 0;      // from 1, 0 when unknown
   std::string path = {};  // of the node at fault
+  std::vector<std::string> details = {};  // lines that follow the reason
 };
 
 class FailureError : public std::exception {

@@ -33,13 +33,13 @@ constexpr char kExitCodes[] =
 
 constexpr char kJsonKeys[] =
     "Keys of the --json report: config, plugin, exit_code, outcome, error\n"
-    "(reason, advice, file, line, path), not_carried_over (path, value,\n"
-    "reason), log (records of the plug-in), result (of update), calls (total,\n"
-    "by_function, last, open_cursors), changes (list, created, changed,\n"
-    "deleted), valid, violations (error, path, reason), plugin_output,\n"
-    "output, format; null is what does not apply or is not known. With --diff\n"
-    "also entries (change, list, path, leaves), with --verbose also events\n"
-    "(log records and calls in their order).";
+    "(reason, details, advice, file, line, path), not_carried_over (path,\n"
+    "value, reason), log (records of the plug-in), result (of update), calls\n"
+    "(total, by_function, last, open_cursors), changes (list, created,\n"
+    "changed, deleted), valid, violations (error, path, reason),\n"
+    "plugin_output, output, format; null is what does not apply or is not\n"
+    "known. With --diff also entries (change, list, path, leaves), with\n"
+    "--verbose also events (log records and calls in their order).";
 
 // The hashes that the device family's data-model compiler gave its modules.
 std::map<std::string, uint32_t> DeviceNamespaceHashes() {

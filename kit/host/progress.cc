@@ -38,7 +38,8 @@ bool IsPluginPhase(Phase phase) {
 
 template <size_t kSize>
 void Progress::Text<kSize>::Assign(std::string_view text) {
-  length = static_cast<uint32_t>(text.copy(bytes.data(), kSize));
+  length =
+      static_cast<uint32_t>(Shortened(text, kSize).copy(bytes.data(), kSize));
 }
 
 Progress::Count* Progress::CountOf(std::string_view function) {
@@ -82,7 +83,7 @@ std::optional<std::string> Progress::LastCall() const {
   call.result = slot.result;
   call.error = slot.error;
   call.reason = slot.reason.view();
-  return OneLine(control::ToString(call));
+  return control::ToString(call);
 }
 
 void UnmapProgress::operator()(Progress* progress) const {

@@ -43,7 +43,7 @@ class Progress {
   void Record(const control::Call& call);
   uint64_t calls() const { return calls_; }
   std::map<std::string, uint64_t> CallsByFunction() const;
-  // The last call that returned, as one line.
+  // The last call that returned; what is long in it is cut.
   std::optional<std::string> LastCall() const;
 
  private:

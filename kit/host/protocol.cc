@@ -122,6 +122,7 @@ void Write(Json& out, const FailureMessage& m) {
   out.push_back(m.failure.file);
   out.push_back(m.failure.line);
   out.push_back(m.failure.path);
+  out.push_back(m.failure.details);
 }
 void Read(const Json& in, FailureMessage& m) {
   m.failure.code = static_cast<ExitCode>(in.at(1).get<int>());
@@ -130,6 +131,7 @@ void Read(const Json& in, FailureMessage& m) {
   in.at(4).get_to(m.failure.file);
   in.at(5).get_to(m.failure.line);
   in.at(6).get_to(m.failure.path);
+  in.at(7).get_to(m.failure.details);
 }
 
 void Write(Json&, const DoneMessage&) {}

@@ -99,7 +99,7 @@ void AppendCalls(const Report& report, bool by_function, std::string& text) {
     text += fmt::format("Cursors left open: {}\n", report.open_cursors);
   }
   if (!report.result && journal.last_call()) {
-    text += fmt::format("Last ConfD call: {}\n", *journal.last_call());
+    text += fmt::format("Last ConfD call: {}\n", OneLine(*journal.last_call()));
   }
 }
 
@@ -188,6 +188,7 @@ Json NullIfEmpty(const std::string& text) {
 Json FailureJson(const std::optional<Failure>& failure) {
   if (!failure) return nullptr;
   return {{"reason", failure->reason},
+          {"details", failure->details},
           {"advice", failure->advice},
           {"file", NullIfEmpty(failure->file)},
           {"line", failure->line > 0 ? Json(failure->line) : Json()},
@@ -256,12 +257,14 @@ Json EventsJson(const Report& report) {
 }  // namespace
 
 std::string RenderFailure(const Failure& failure) {
-  std::string where;
-  if (!failure.file.empty()) where += OneLine(failure.file) + ": ";
-  if (failure.line > 0) where += fmt::format("line {}: ", failure.line);
-  if (!failure.path.empty()) where += OneLine(failure.path) + ": ";
-  std::string text = Indent(where + failure.reason, "");
-  text.insert(0, "ospf-upgrade: ");
+  std::string text = "ospf-upgrade: ";
+  if (!failure.file.empty()) text += OneLine(failure.file) + ": ";
+  if (failure.line > 0) text += fmt::format("line {}: ", failure.line);
+  if (!failure.path.empty()) text += OneLine(failure.path) + ": ";
+  text += OneLine(failure.reason) + "\n";
+  for (const std::string& line : failure.details) {
+    text += fmt::format("  {}\n", OneLine(line));
+  }
   if (!failure.advice.empty()) {
     text += fmt::format("  What to do: {}.\n", OneLine(failure.advice));
   }

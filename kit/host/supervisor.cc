@@ -345,18 +345,20 @@ class Supervisor {
          kNoteTheCall);
     AddPluginOutput();
     const auto last_call = progress_->LastCall();
-    report_.failure->reason +=
-        last_call ? fmt::format("\n  last ConfD call, number {}: {}",
+    report_.failure->details.push_back(
+        last_call ? fmt::format("last ConfD call, number {}: {}",
                                 progress_->calls(), *last_call)
-                  : "\n  it made no ConfD call";
+                  : "it made no ConfD call");
   }
 
   // An assertion's text is the better half of the message.
   void AddPluginOutput() {
     if (report_.plugin_output.empty()) return;
-    std::string text = Indent(report_.plugin_output, "    ");
-    text.pop_back();
-    report_.failure->reason += "\n  it printed:\n" + text;
+    std::vector<std::string>& details = report_.failure->details;
+    details.push_back("it printed:");
+    for (const std::string_view line : Lines(report_.plugin_output)) {
+      details.push_back(fmt::format("  {}", line));
+    }
   }
 
   void Fail(ExitCode code, std::string reason, std::string advice) {

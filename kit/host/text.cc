@@ -112,15 +112,23 @@ std::string OneLine(std::string_view text) {
   return Escaped(Shortened(text, kMaxShown));
 }
 
-std::string Indent(std::string_view text, std::string_view margin) {
+std::vector<std::string_view> Lines(std::string_view text) {
   if (!text.empty() && text.back() == '\n') text.remove_suffix(1);
-  std::string indented;
+  std::vector<std::string_view> lines;
   while (true) {
     const size_t end = text.find('\n');
-    indented += fmt::format("{}{}\n", margin, OneLine(text.substr(0, end)));
-    if (end == std::string_view::npos) return indented;
+    lines.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) return lines;
     text.remove_prefix(end + 1);
   }
+}
+
+std::string Indent(std::string_view text, std::string_view margin) {
+  std::string indented;
+  for (const std::string_view line : Lines(text)) {
+    indented += fmt::format("{}{}\n", margin, OneLine(line));
+  }
+  return indented;
 }
 
 std::string Shortened(std::string_view text, size_t max_bytes) {

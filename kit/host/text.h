@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kit::host {
 
@@ -21,7 +22,10 @@ std::string Escaped(std::string_view text);
 // One line of a report: Shortened to kMaxShown, then Escaped.
 std::string OneLine(std::string_view text);
 
-// OneLine of every line; a last newline is dropped.
+// The lines of a text, without their newlines; "" has one.
+std::vector<std::string_view> Lines(std::string_view text);
+
+// OneLine of each of the Lines.
 std::string Indent(std::string_view text, std::string_view margin);
 
 // At most max_bytes: a longer text loses its middle, where the number of lost

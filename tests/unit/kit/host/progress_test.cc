@@ -43,10 +43,18 @@ TEST(ProgressTest, CallsAreCountedByFunction) {
   EXPECT_EQ(progress->CallsByFunction(), expected);
 }
 
-TEST(ProgressTest, LongPathsAreCut) {
+TEST(ProgressTest, LongPathsAreCutAndSaySo) {
   const SharedProgress progress = MakeSharedProgress();
   progress->Record(MakeCall("cdb_exists", std::string(100000, 'p')));
-  EXPECT_LT(progress->LastCall().value().size(), 2000U);
+  const std::string call = progress->LastCall().value();
+  EXPECT_LT(call.size(), 2000U);
+  EXPECT_NE(call.find("[... 99012 bytes ...]"), std::string::npos) << call;
+}
+
+TEST(ProgressTest, TheLastCallIsKeptAsItWas) {
+  const SharedProgress progress = MakeSharedProgress();
+  progress->Record(MakeCall("cdb_exists", "/a{\"\\n\"}"));
+  EXPECT_EQ(progress->LastCall(), "cdb_exists /a{\"\\n\"} -> 0");
 }
 
 TEST(ProgressTest, MoreFunctionsThanExistDoNoHarm) {

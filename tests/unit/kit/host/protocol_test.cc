@@ -72,8 +72,13 @@ TEST(ProtocolTest, EntriesKeepAbsentAndEmptyLeavesApart) {
 }
 
 TEST(ProtocolTest, FailuresComeThrough) {
-  const auto failure = RoundTrip(FailureMessage{{ExitCode::kBadInput, "reason",
-                                                 "advice", "file", 7, "/path"}})
+  const auto failure = RoundTrip(FailureMessage{{ExitCode::kBadInput,
+                                                 "reason",
+                                                 "advice",
+                                                 "file",
+                                                 7,
+                                                 "/path",
+                                                 {"one", "two"}}})
                            .failure;
   EXPECT_EQ(failure.code, ExitCode::kBadInput);
   EXPECT_EQ(failure.reason, "reason");
@@ -81,6 +86,7 @@ TEST(ProtocolTest, FailuresComeThrough) {
   EXPECT_EQ(failure.file, "file");
   EXPECT_EQ(failure.line, 7U);
   EXPECT_EQ(failure.path, "/path");
+  EXPECT_EQ(failure.details, (std::vector<std::string>{"one", "two"}));
 }
 
 TEST(ProtocolTest, MessagesMayArriveInPieces) {

@@ -16,9 +16,21 @@ TEST(ReportTest, AFailureSaysWhereWhyAndWhatToDo) {
             "ospf-upgrade: is wrong\n");
 }
 
-TEST(ReportTest, AFailureOfSeveralLinesKeepsThem) {
-  EXPECT_EQ(RenderFailure({ExitCode::kPluginDied, "died\n  last words", ""}),
-            "ospf-upgrade: died\n  last words\n");
+TEST(ReportTest, TheDetailsOfAFailureAreLinesBelowIt) {
+  Failure failure = {ExitCode::kPluginDied, "died", "mend it"};
+  failure.details = {"last words:", "  \"ah\n\""};
+  EXPECT_EQ(RenderFailure(failure),
+            "ospf-upgrade: died\n"
+            "  last words:\n"
+            "    \"ah\\n\"\n"
+            "  What to do: mend it.\n");
+}
+
+TEST(ReportTest, NoPartOfAFailurePassesForALineOfItsOwn) {
+  EXPECT_EQ(RenderFailure({ExitCode::kBadInput, "a\nb\u202e", "c\nd", "e\nf", 1,
+                           "/g\nh"}),
+            "ospf-upgrade: e\\nf: line 1: /g\\nh: a\\nb\\u202e\n"
+            "  What to do: c\\nd.\n");
 }
 
 TEST(ReportTest, EveryViolationIsALine) {

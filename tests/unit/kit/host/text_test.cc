@@ -92,6 +92,14 @@ TEST(TextTest, OneLineCutsWhatIsTooLong) {
   EXPECT_EQ(line.substr(line.size() - 3), "a\\n");
 }
 
+TEST(TextTest, LinesAreWhatNewlinesSeparate) {
+  using Strings = std::vector<std::string_view>;
+  EXPECT_EQ(Lines(""), Strings({""}));
+  EXPECT_EQ(Lines("a"), Strings({"a"}));
+  EXPECT_EQ(Lines("a\n"), Strings({"a"}));
+  EXPECT_EQ(Lines("a\n\nb"), Strings({"a", "", "b"}));
+}
+
 TEST(TextTest, IndentKeepsLinesAndDropsTheLastNewline) {
   EXPECT_EQ(Indent("a\nb\n", "  "), "  a\n  b\n");
   EXPECT_EQ(Indent("a", "> "), "> a\n");
