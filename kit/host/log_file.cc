@@ -31,9 +31,8 @@ LogFile::LogFile(const std::string& path)
 
 void LogFile::Write(std::string_view record) {
   if (failure_) return;
-  if (!record.empty() && record.back() == '\n') record.remove_suffix(1);
   try {
-    WriteAll(fd_.get(), Escaped(record) + "\n");
+    WriteAll(fd_.get(), Escaped(WithoutLastNewline(record)) + "\n");
   } catch (const std::system_error& error) {
     failure_ = LogFailure(path_, error.code().message());
   }

@@ -39,7 +39,7 @@ class RunListener : public Listener {
 
   void OnLog(const std::string& record) override {
     if (log_ != nullptr) log_->Write(record);
-    if (stream_ != nullptr) Print(Indent(record, "log: "));
+    if (stream_ != nullptr) Print("log: " + RecordLine(record) + "\n");
   }
   void OnCall(const std::string& call) override {
     if (stream_ != nullptr) Print(OneLine(call) + "\n");
@@ -228,7 +228,8 @@ int main(int argc, char** argv) {
   try {
     return kit::host::Main(argc, argv);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "ospf-upgrade: internal error: %s\n", error.what());
+    std::fprintf(stderr, "ospf-upgrade: internal error: %s\n",
+                 kit::host::OneLine(error.what()).c_str());
     return static_cast<int>(kit::host::ExitCode::kInternal);
   }
 }

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "kit/host/text.h"
+
 #ifndef KIT_VERSION
 #define KIT_VERSION "0.0.0"
 #endif
@@ -182,6 +184,9 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
   AddUpgrade(*run, options, namespaces, format);
   AddReport(*run, options);
 
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return OneLine(error.what()) + "\nRun with --help for more information.\n";
+  });
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -72,7 +72,9 @@ void AppendLog(const Report& report, std::string& text) {
   }
   text +=
       fmt::format("Log ({}):\n", Counted(records.size(), "record", "records"));
-  for (const std::string& record : records) text += Indent(record, "  ");
+  for (const std::string& record : records) {
+    text += fmt::format("  {}\n", RecordLine(record));
+  }
 }
 
 void AppendPluginOutput(const Report& report, std::string& text) {
@@ -94,7 +96,7 @@ void AppendCalls(const Report& report, bool by_function, std::string& text) {
   text += fmt::format("ConfD calls: {}\n", journal.calls());
   if (by_function) {
     for (const auto& [function, calls] : journal.calls_by_function()) {
-      text += fmt::format("  {:<24} {:>10}\n", function, calls);
+      text += fmt::format("  {:<24} {:>10}\n", OneLine(function), calls);
     }
     text += fmt::format("Cursors left open: {}\n", report.open_cursors);
   }
@@ -111,13 +113,13 @@ void AppendChanges(const Report& report, std::string& text) {
   }
   size_t width = 4;
   for (const ListTotals& totals : report.changes) {
-    width = std::max(width, totals.list.size());
+    width = std::max(width, OneLine(totals.list).size());
   }
   text += fmt::format("Changes:\n  {:<{}} {:>9} {:>9} {:>9}\n", "list", width,
                       "created", "changed", "deleted");
   for (const ListTotals& totals : report.changes) {
-    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9}\n", totals.list, width,
-                        totals.created, totals.changed, totals.deleted);
+    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9}\n", OneLine(totals.list),
+                        width, totals.created, totals.changed, totals.deleted);
   }
 }
 
@@ -166,7 +168,7 @@ void AppendValidation(const Report& report, std::string& text) {
 void AppendOutput(const Report& report, std::string& text) {
   if (report.output) {
     text +=
-        fmt::format("Written: {} ({}, {})\n", *report.output,
+        fmt::format("Written: {} ({}, {})\n", OneLine(*report.output),
                     report.format == control::Format::kJson ? "JSON" : "XML",
                     Counted(report.output_size, "byte", "bytes"));
   } else if (report.failure) {
@@ -290,7 +292,7 @@ std::string RenderEntry(const control::EntryChange& entry) {
   for (const control::LeafChange& leaf : entry.leaves) {
     const std::string before = OneLine(leaf.before.value_or("(none)"));
     const std::string after = OneLine(leaf.after.value_or("(none)"));
-    text += fmt::format("    {}: ", leaf.leaf);
+    text += fmt::format("    {}: ", OneLine(leaf.leaf));
     text += both ? fmt::format("{} -> {}\n", before, after)
                  : (leaf.after ? after : before) + "\n";
   }
@@ -336,8 +338,10 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"format", report.format ? Json(Name(*report.format)) : Json()}};
   if (view.diff) json["entries"] = EntriesJson(report);
   if (view.verbose) json["events"] = EventsJson(report);
-  // Bytes that are not UTF-8 become replacement characters.
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  // Bytes that are not UTF-8 become replacement characters; all that a terminal
+  // would obey or hide is beyond ASCII or a control character, and so escaped.
+  constexpr bool kAsciiOnly = true;
+  return json.dump(2, ' ', kAsciiOnly, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace kit::host

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "kit/host/text.h"
+
 namespace kit::host {
 namespace {
 
@@ -25,7 +27,7 @@ StatusLine::~StatusLine() {
 bool StatusLine::Due() const { return enabled_ && Clock::now() >= due_; }
 
 void StatusLine::Show(const std::string& text) {
-  std::fputs((kEraseLine + text.substr(0, kMaxWidth)).c_str(), stderr);
+  std::fputs((kEraseLine + OneLine(text).substr(0, kMaxWidth)).c_str(), stderr);
   shown_ = true;
   due_ = Clock::now() + kInterval;
 }

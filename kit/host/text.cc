@@ -112,8 +112,13 @@ std::string OneLine(std::string_view text) {
   return Escaped(Shortened(text, kMaxShown));
 }
 
-std::vector<std::string_view> Lines(std::string_view text) {
+std::string_view WithoutLastNewline(std::string_view text) {
   if (!text.empty() && text.back() == '\n') text.remove_suffix(1);
+  return text;
+}
+
+std::vector<std::string_view> Lines(std::string_view text) {
+  text = WithoutLastNewline(text);
   std::vector<std::string_view> lines;
   while (true) {
     const size_t end = text.find('\n');
@@ -121,6 +126,10 @@ std::vector<std::string_view> Lines(std::string_view text) {
     if (end == std::string_view::npos) return lines;
     text.remove_prefix(end + 1);
   }
+}
+
+std::string RecordLine(std::string_view record) {
+  return OneLine(WithoutLastNewline(record));
 }
 
 std::string Indent(std::string_view text, std::string_view margin) {

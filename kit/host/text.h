@@ -22,8 +22,13 @@ std::string Escaped(std::string_view text);
 // One line of a report: Shortened to kMaxShown, then Escaped.
 std::string OneLine(std::string_view text);
 
+std::string_view WithoutLastNewline(std::string_view text);
+
 // The lines of a text, without their newlines; "" has one.
 std::vector<std::string_view> Lines(std::string_view text);
+
+// A log record as one line: OneLine without the newline that may end it.
+std::string RecordLine(std::string_view record);
 
 // OneLine of each of the Lines.
 std::string Indent(std::string_view text, std::string_view margin);
