@@ -27,7 +27,8 @@ struct Report {
   bool compared = false;
   std::vector<ListTotals> changes;
   std::vector<control::EntryChange> entries;
-  std::string plugin_output;  // what it printed, the end of it if it was much
+  std::string
+      plugin_output;  // what it printed; if much, the end, which says so
   std::optional<control::Format> format;
   std::optional<std::string> output;  // where the result was written
   uint64_t output_size = 0;

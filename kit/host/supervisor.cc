@@ -219,7 +219,9 @@ class Supervisor {
   void TrimOutput() {
     std::string& output = report_.plugin_output;
     if (output.size() <= kMaxPluginOutput) return;
-    output.erase(0, output.size() - kMaxPluginOutput);
+    const size_t excess = output.size() - kMaxPluginOutput;
+    output.erase(0, excess);
+    trimmed_ += excess;
   }
 
   void Handle(std::string_view bytes) {
@@ -282,6 +284,10 @@ class Supervisor {
 
   void Judge() {
     TrimOutput();
+    if (trimmed_ > 0) {
+      report_.plugin_output.insert(0,
+                                   fmt::format("[... {} bytes ...]", trimmed_));
+    }
     if (report_.failure) return;
     if (corrupted_) {
       Fail(ExitCode::kPluginDied,
@@ -379,6 +385,7 @@ class Supervisor {
   int status_ = 0;
   Phase phase_ = Phase::kStarting;
   std::optional<Clock::time_point> deadline_;
+  uint64_t trimmed_ = 0;  // bytes of the plug-in's output
   bool timed_out_ = false;
   bool done_ = false;
   std::optional<std::string> corrupted_;
