@@ -2,16 +2,43 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <iterator>
 #include <system_error>
 
 namespace kit::host {
 namespace {
 
-constexpr int kInterrupts[] = {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM};
+constexpr int kCrashes[] = {SIGABRT, SIGBUS, SIGFPE, SIGILL,
+                            SIGSEGV, SIGSYS, SIGTRAP};
+
+bool IsCrash(int signal) {
+  return std::find(std::begin(kCrashes), std::end(kCrashes), signal) !=
+         std::end(kCrashes);
+}
+
+// Whether the signal ends a process that does nothing about it.
+bool IsFatal(int signal) {
+  switch (signal) {
+    case SIGKILL:
+    case SIGSTOP:
+    case SIGTSTP:
+    case SIGTTIN:
+    case SIGTTOU:
+    case SIGCHLD:
+    case SIGCONT:
+    case SIGURG:
+    case SIGWINCH:
+      return false;
+    default:
+      // Between the two are those that the C library keeps for itself.
+      return signal < 32 || signal >= SIGRTMIN;
+  }
+}
 
 // Read by the handler; changed only while the signals are blocked.
 std::atomic<pid_t> worker_pid{0};
@@ -20,7 +47,9 @@ char unfinished_file[PATH_MAX] = "";
 sigset_t InterruptSet() {
   sigset_t set;
   sigemptyset(&set);
-  for (const int signal : kInterrupts) sigaddset(&set, signal);
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    if (IsFatal(signal)) sigaddset(&set, signal);
+  }
   return set;
 }
 
@@ -29,7 +58,15 @@ void CleanUpAndExit(int signal) {
   const pid_t pid = worker_pid;
   if (pid > 0) KillWorker(pid);
   if (unfinished_file[0] != '\0') unlink(unfinished_file);
-  _exit(128 + signal);
+  if (!IsCrash(signal)) _exit(128 + signal);
+  std::signal(signal, SIG_DFL);
+  raise(signal);  // held back until this handler returns
+}
+
+bool IsHandledHere(int signal) {
+  struct sigaction current = {};
+  return sigaction(signal, nullptr, &current) == 0 &&
+         current.sa_handler == CleanUpAndExit;
 }
 
 }  // namespace
@@ -38,10 +75,12 @@ void InstallInterruptHandlers() {
   struct sigaction action = {};
   action.sa_handler = CleanUpAndExit;
   action.sa_mask = InterruptSet();
-  for (const int signal : kInterrupts) {
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    if (!IsFatal(signal)) continue;
+    // A sanitizer's handlers stay as well.
     struct sigaction previous = {};
     sigaction(signal, nullptr, &previous);
-    if (previous.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+    if (previous.sa_handler == SIG_DFL) sigaction(signal, &action, nullptr);
   }
 }
 
@@ -71,12 +110,8 @@ InterruptBlock::~InterruptBlock() {
 }
 
 void InterruptBlock::ResetInChild() {
-  struct sigaction action = {};
-  action.sa_handler = SIG_DFL;
-  for (const int signal : kInterrupts) {
-    struct sigaction current = {};
-    sigaction(signal, nullptr, &current);
-    if (current.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    if (IsHandledHere(signal)) std::signal(signal, SIG_DFL);
   }
   pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
 }

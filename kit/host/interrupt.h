@@ -10,8 +10,9 @@
 
 namespace kit::host {
 
-// Makes SIGHUP, SIGINT, SIGPIPE, SIGQUIT and SIGTERM clean up and exit with
-// 128 + the signal's number, unless the program was started with them ignored.
+// Makes every signal that would end the program clean up first and then exit
+// with 128 + the signal's number; those of a crash still kill it, so that there
+// is a core. Signals that the program was started with ignored stay so.
 void InstallInterruptHandlers();
 
 // What there is to clean up; 0 and "" are nothing.

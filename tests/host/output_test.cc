@@ -237,14 +237,17 @@ TEST_F(OutputTest, AFullStandardOutputIsExitCode6) {
 }
 
 TEST_F(OutputTest, ASignalDuringTheRunLeavesNothingBehind) {
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+  for (const int signal :
+       {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM,
+        SIGPROF, SIGIO, SIGPWR, SIGSTKFLT, SIGXCPU, SIGPIPE, SIGABRT, SIGTRAP,
+        SIGSYS, SIGRTMIN, SIGRTMAX}) {
     const pid_t host = Start(
         DemoArgs("hangs", {Config(), "-o", Path("out"), "--log", Path("log")}),
         {});
     ASSERT_TRUE(WaitFor("log", "started "));
     EXPECT_EQ(NewFiles().size(), 2U);  // the log and the temporary file
     kill(host, signal);
-    EXPECT_EQ(Finish(host).exit_code, 128 + signal);
+    EXPECT_EQ(Finish(host).exit_code, 128 + signal) << signal;
     EXPECT_THAT(NewFiles(), ElementsAre("log"));
     fs::remove(Path("log"));
   }
