@@ -158,6 +158,7 @@ pid_t HostTest::Start(const std::vector<std::string>& args,
                      options == nullptr ? "" : options)
              .c_str(),
          1);
+  if (!Refuse(launch.refusals)) _exit(126);
   execv(argv[0], argv.data());
   _exit(127);
 }

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "refusal.h"
+
 namespace host_test {
 
 // A configuration of the models in tests/host/models: items 1 and 2.
@@ -27,6 +29,7 @@ struct Launch {
   std::optional<std::string> stderr_path;
   std::optional<unsigned long> max_file_size;
   std::vector<std::string> environment;  // NAME=VALUE
+  std::vector<Refusal> refusals;
 };
 
 struct Outcome {

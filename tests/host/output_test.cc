@@ -253,6 +253,42 @@ TEST_F(OutputTest, ASignalDuringTheRunLeavesNothingBehind) {
   }
 }
 
+// The rules for an output on a file system that lacks features.
+TEST_F(OutputTest, FeaturesThatAFileSystemLacksAreDoneWithout) {
+  std::vector<Refusal> no_features = NoUnnamedFiles();
+  for (const auto& more :
+       {NoExchange(), NoRenameThatNeverReplaces(), NoHardLinks()}) {
+    Launch launch;
+    launch.refusals = no_features;
+    const Outcome created =
+        RunDemo("well_behaved", {Config(), "-o", Path("out")}, launch);
+    EXPECT_EQ(created.exit_code, 0) << created;
+    EXPECT_THAT(Read("out"), HasSubstr("<label>nine</label>"));
+    EXPECT_EQ(Mode("out"), 0644U);
+    EXPECT_EQ(RunDemo("idle", {Config(), "-o", Path("out")}, launch).exit_code,
+              6);
+
+    chmod(Path("out").c_str(), 0606);
+    const Outcome replaced =
+        RunDemo("idle", {Config(), "-o", Path("out"), "--force"}, launch);
+    EXPECT_EQ(replaced.exit_code, 0) << replaced;
+    EXPECT_THAT(Read("out"), HasSubstr("<label>two</label>"));
+    EXPECT_EQ(Mode("out"), 0606U);
+    EXPECT_THAT(NewFiles(), ElementsAre("out"));
+    fs::remove(Path("out"));
+
+    Launch racing = launch;
+    racing.environment = {"RACING_FILE=" + Path("out")};
+    const Outcome raced =
+        RunDemo("creates_output", {Config(), "-o", Path("out")}, racing);
+    EXPECT_EQ(raced.exit_code, 6) << raced;
+    EXPECT_EQ(Read("out"), "somebody else's");
+    EXPECT_THAT(NewFiles(), ElementsAre("out"));
+    fs::remove(Path("out"));
+    no_features.insert(no_features.end(), more.begin(), more.end());
+  }
+}
+
 TEST_F(OutputTest, ASignalEndsThePluginAndWhatItStarted) {
   const pid_t host = Start(
       DemoArgs("hangs", {Config(), "--log", Path("log"), "--timeout", "0"}),
