@@ -5,10 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <climits>
-#include <cstring>
 #include <iterator>
-#include <system_error>
 
 namespace kit::host {
 namespace {
@@ -42,7 +39,7 @@ bool IsFatal(int signal) {
 
 // Read by the handler; changed only while the signals are blocked.
 std::atomic<pid_t> worker_pid{0};
-char unfinished_file[PATH_MAX] = "";
+void (*volatile clean_up_files)() = nullptr;
 
 sigset_t InterruptSet() {
   sigset_t set;
@@ -57,7 +54,7 @@ sigset_t InterruptSet() {
 void CleanUpAndExit(int signal) {
   const pid_t pid = worker_pid;
   if (pid > 0) KillWorker(pid);
-  if (unfinished_file[0] != '\0') unlink(unfinished_file);
+  if (clean_up_files != nullptr) clean_up_files();
   if (!IsCrash(signal)) _exit(128 + signal);
   std::signal(signal, SIG_DFL);
   raise(signal);  // held back until this handler returns
@@ -86,13 +83,7 @@ void InstallInterruptHandlers() {
 
 void SetInterruptWorker(pid_t pid) { worker_pid = pid; }
 
-void SetInterruptFile(const std::string& path) {
-  if (path.size() >= sizeof(unfinished_file)) {
-    throw std::system_error(ENAMETOOLONG, std::generic_category());
-  }
-  const InterruptBlock block;
-  std::memcpy(unfinished_file, path.c_str(), path.size() + 1);
-}
+void SetInterruptCleanUp(void (*clean_up)()) { clean_up_files = clean_up; }
 
 void KillWorker(pid_t pid) {
   // Its group exists from the moment that the plug-in can start something.

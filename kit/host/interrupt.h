@@ -6,7 +6,6 @@
 #include <sys/types.h>
 
 #include <csignal>
-#include <string>
 
 namespace kit::host {
 
@@ -15,9 +14,10 @@ namespace kit::host {
 // is a core. Signals that the program was started with ignored stay so.
 void InstallInterruptHandlers();
 
-// What there is to clean up; 0 and "" are nothing.
+// What there is to clean up; 0 and null are nothing. The function may only make
+// calls that are safe in a signal handler.
 void SetInterruptWorker(pid_t pid);
-void SetInterruptFile(const std::string& path);
+void SetInterruptCleanUp(void (*clean_up)());
 
 // Kills a worker and what it started.
 void KillWorker(pid_t pid);

@@ -7,13 +7,10 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <system_error>
 #include <utility>
 
 #include "kit/host/failure.h"
-#include "kit/host/interrupt.h"
 
 namespace kit::host {
 namespace {
@@ -21,7 +18,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t kPermissions = 0777;
-constexpr size_t kMaxStem = 200;  // keeps the temporary name below NAME_MAX
+constexpr mode_t kNewFileMode = 0666;  // less the umask
+constexpr mode_t kPrivateMode = 0600;  // until it is that of the old file
 
 [[noreturn]] void Fail(const fs::path& file, std::string reason,
                        std::string advice) {
@@ -36,10 +34,9 @@ constexpr size_t kMaxStem = 200;  // keeps the temporary name below NAME_MAX
        "choose another file with -o, or make room or permission for this one");
 }
 
-mode_t NewFileMode() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return 0666 & ~mask;
+[[noreturn]] void FailExistsNow(const fs::path& file) {
+  Fail(file, "has come into existence during the run",
+       "give --force to replace it, or name another file with -o");
 }
 
 // Follows links, so that a link to the file stays one.
@@ -73,17 +70,24 @@ void CheckReplaceable(const std::string& target, const struct stat& existing,
   }
 }
 
-fs::path FolderOf(const fs::path& file) {
-  return file.has_parent_path() ? file.parent_path() : fs::path(".");
+FileDescriptor OpenMemory(const fs::path& target) {
+  FileDescriptor memory(memfd_create("ospf-upgrade-output", MFD_CLOEXEC));
+  if (!memory.valid()) FailWithErrno(target, "cannot be buffered", errno);
+  return memory;
 }
 
-// Renames without ever replacing a file; 0 or an errno.
-int RenameToNew(const char* from, const char* to) {
-  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
-  // Not every file system knows how; a hard link does not replace either.
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  if (link(from, to) != 0) return errno;
-  return unlink(from) == 0 ? 0 : errno;
+// Throws std::system_error.
+void Copy(int from, uint64_t size, int to) {
+  std::array<char, 1 << 16> chunk;
+  for (uint64_t done = 0; done < size;) {
+    const ssize_t got =
+        pread(from, chunk.data(), chunk.size(), static_cast<off_t>(done));
+    if (got <= 0) {
+      throw std::system_error(got < 0 ? errno : EIO, std::generic_category());
+    }
+    WriteAll(to, {chunk.data(), static_cast<size_t>(got)});
+    done += static_cast<uint64_t>(got);
+  }
 }
 
 }  // namespace
@@ -98,26 +102,7 @@ bool SameFile(const struct stat& a, const struct stat& b) {
   return S_ISREG(a.st_mode) && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-OutputFile::OutputFile(FileDescriptor fd, fs::path temporary, fs::path target,
-                       bool force, mode_t mode)
-    : fd_(std::move(fd)),
-      temporary_(std::move(temporary)),
-      target_(std::move(target)),
-      force_(force),
-      mode_(mode) {}
-
-OutputFile::OutputFile(OutputFile&& other) noexcept
-    : fd_(std::move(other.fd_)),
-      temporary_(std::exchange(other.temporary_, fs::path())),
-      target_(std::move(other.target_)),
-      force_(other.force_),
-      mode_(other.mode_) {}
-
-OutputFile::~OutputFile() {
-  if (temporary_.empty()) return;
-  unlink(temporary_.c_str());
-  SetInterruptFile("");
-}
+OutputFile::OutputFile(FileDescriptor fd) : fd_(std::move(fd)) {}
 
 OutputFile OutputFile::ForFile(const std::string& target, bool force,
                                const std::optional<struct stat>& input) {
@@ -125,31 +110,35 @@ OutputFile OutputFile::ForFile(const std::string& target, bool force,
   if (!resolved.has_filename()) {
     Fail(target, "is a folder", "name a file with -o");
   }
-  mode_t mode = NewFileMode();
+  mode_t mode = kNewFileMode;
   if (const auto existing = StatFile(resolved)) {
     CheckReplaceable(target, *existing, force, input);
-    mode = existing->st_mode & kPermissions;
+    mode = kPrivateMode;
   } else if (errno != ENOENT) {
     FailWithErrno(target, "cannot be written", errno);
   }
-  const std::string stem = resolved.filename().string().substr(0, kMaxStem);
-  std::string pattern =
-      (FolderOf(resolved) / fmt::format(".{}.XXXXXX.tmp", stem)).string();
-  const InterruptBlock block;
-  FileDescriptor fd(mkostemps(pattern.data(), 4, O_CLOEXEC));
-  if (!fd.valid()) {
-    FailWithErrno(target, "cannot be created in its folder", errno);
+  auto publication = std::make_unique<Publication>(resolved);
+  OutputFile output(publication->CreateUnnamed(mode));
+  if (!output.fd_.valid()) {
+    // Nothing stays on the disk meanwhile, but whether something could is
+    // known.
+    FileDescriptor probe;
+    const int error = publication->CreateTemporary(mode, &probe);
+    if (error != 0) {
+      FailWithErrno(target, "cannot be created in its folder", error);
+    }
+    publication->RemoveTemporary();
+    output.fd_ = OpenMemory(target);
+    output.in_memory_ = true;
   }
-  SetInterruptFile(pattern);
-  return OutputFile(std::move(fd), pattern, resolved, force, mode);
+  output.publication_ = std::move(publication);
+  output.target_ = resolved;
+  output.force_ = force;
+  return output;
 }
 
 OutputFile OutputFile::ForStandardOutput() {
-  FileDescriptor fd(memfd_create("ospf-upgrade-output", MFD_CLOEXEC));
-  if (!fd.valid()) {
-    FailWithErrno("standard output", "cannot be buffered", errno);
-  }
-  return OutputFile(std::move(fd), "", "", true, 0);
+  return OutputFile(OpenMemory("standard output"));
 }
 
 uint64_t OutputFile::Commit() {
@@ -158,30 +147,45 @@ uint64_t OutputFile::Commit() {
     FailWithErrno(target_, "cannot be written", errno);
   }
   const auto size = static_cast<uint64_t>(status.st_size);
-  if (target_.empty()) {
+  if (publication_) {
+    if (in_memory_) CopyToTemporary(size);
+    Publish();
+    SyncFolder();
+  } else {
     CopyToStandardOutput(size);
-    return size;
   }
-  if (fchmod(fd_.get(), mode_) != 0 || fsync(fd_.get()) != 0) {
-    FailWithErrno(target_, "cannot be written", errno);
-  }
-  MoveIntoPlace();
-  SyncFolder();
   return size;
 }
 
-void OutputFile::MoveIntoPlace() {
-  const InterruptBlock block;
-  const int error =
-      force_ ? (rename(temporary_.c_str(), target_.c_str()) == 0 ? 0 : errno)
-             : RenameToNew(temporary_.c_str(), target_.c_str());
-  if (error == EEXIST) {
-    Fail(target_, "has come into existence during the run",
-         "give --force to replace it, or name another file with -o");
+void OutputFile::CopyToTemporary(uint64_t size) {
+  FileDescriptor file;
+  const int error = publication_->CreateTemporary(
+      StatFile(target_) ? kPrivateMode : kNewFileMode, &file);
+  if (error != 0) {
+    FailWithErrno(target_, "cannot be created in its folder", error);
   }
+  try {
+    Copy(fd_.get(), size, file.get());
+  } catch (const std::system_error& failed) {
+    FailWithErrno(target_, "cannot be written", failed.code().value());
+  }
+  fd_ = std::move(file);
+  in_memory_ = false;
+}
+
+void OutputFile::Publish() {
+  const auto existing = StatFile(target_);
+  if (existing && !force_) FailExistsNow(target_);
+  if (existing && fchmod(fd_.get(), existing->st_mode & kPermissions) != 0) {
+    FailWithErrno(target_, "cannot get the permissions of the old file", errno);
+  }
+  if (fsync(fd_.get()) != 0) {
+    FailWithErrno(target_, "cannot be written", errno);
+  }
+  const int error =
+      existing ? publication_->Replace(fd_) : publication_->Add(fd_);
+  if (error == EEXIST) FailExistsNow(target_);
   if (error != 0) FailWithErrno(target_, "cannot be put in place", error);
-  temporary_.clear();
-  SetInterruptFile("");
 }
 
 void OutputFile::SyncFolder() const {
@@ -196,15 +200,8 @@ void OutputFile::SyncFolder() const {
 }
 
 void OutputFile::CopyToStandardOutput(uint64_t size) const {
-  std::array<char, 1 << 16> chunk;
   try {
-    for (uint64_t done = 0; done < size;) {
-      const ssize_t got = pread(fd_.get(), chunk.data(), chunk.size(),
-                                static_cast<off_t>(done));
-      if (got <= 0) FailWithErrno("standard output", "cannot be read", errno);
-      WriteAll(STDOUT_FILENO, {chunk.data(), static_cast<size_t>(got)});
-      done += static_cast<uint64_t>(got);
-    }
+    Copy(fd_.get(), size, STDOUT_FILENO);
   } catch (const std::system_error& error) {
     FailWithErrno("standard output", "cannot be written", error.code().value());
   }

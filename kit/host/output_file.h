@@ -6,10 +6,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "kit/host/file_descriptor.h"
+#include "kit/host/publication.h"
 
 namespace kit::host {
 
@@ -23,15 +25,14 @@ bool SameFile(const struct stat& a, const struct stat& b);
 // throw FailureError (kOutputFailed).
 class OutputFile {
  public:
-  // Checks that `target` can be written, by creating a temporary file in the
-  // same folder. An existing target needs `force`, and is never `input`.
+  // Checks that `target` can be written, by creating a file without a name in
+  // the same folder, so that nothing stays behind whatever ends the program.
+  // Where the file system knows no such files, memory takes the output and a
+  // temporary file is created by Commit. An existing target needs `force`, and
+  // is never `input`.
   static OutputFile ForFile(const std::string& target, bool force,
                             const std::optional<struct stat>& input);
   static OutputFile ForStandardOutput();
-  OutputFile(OutputFile&& other) noexcept;
-  OutputFile& operator=(OutputFile&&) = delete;
-  // Removes what was not committed.
-  ~OutputFile();
 
   int fd() const { return fd_.get(); }
 
@@ -39,18 +40,18 @@ class OutputFile {
   uint64_t Commit();
 
  private:
-  OutputFile(FileDescriptor fd, std::filesystem::path temporary,
-             std::filesystem::path target, bool force, mode_t mode);
+  explicit OutputFile(FileDescriptor fd);
 
-  void MoveIntoPlace();
+  void CopyToTemporary(uint64_t size);
+  void Publish();
   void SyncFolder() const;
   void CopyToStandardOutput(uint64_t size) const;
 
   FileDescriptor fd_;
-  std::filesystem::path temporary_;  // "" once there is none
-  std::filesystem::path target_;     // "" is standard output
-  bool force_;
-  mode_t mode_;
+  bool in_memory_ = false;
+  std::unique_ptr<Publication> publication_;  // null: to standard output
+  std::filesystem::path target_;
+  bool force_ = false;
 };
 
 }  // namespace kit::host

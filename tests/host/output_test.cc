@@ -245,9 +245,25 @@ TEST_F(OutputTest, ASignalDuringTheRunLeavesNothingBehind) {
         DemoArgs("hangs", {Config(), "-o", Path("out"), "--log", Path("log")}),
         {});
     ASSERT_TRUE(WaitFor("log", "started "));
-    EXPECT_EQ(NewFiles().size(), 2U);  // the log and the temporary file
+    EXPECT_THAT(NewFiles(), ElementsAre("log"));
     kill(host, signal);
     EXPECT_EQ(Finish(host).exit_code, 128 + signal) << signal;
+    EXPECT_THAT(NewFiles(), ElementsAre("log"));
+    fs::remove(Path("log"));
+  }
+}
+
+TEST_F(OutputTest, BeingKilledDuringTheRunLeavesNothingBehind) {
+  for (const std::vector<Refusal>& refusals :
+       {std::vector<Refusal>(), NoUnnamedFiles()}) {
+    Launch launch;
+    launch.refusals = refusals;
+    const pid_t host = Start(
+        DemoArgs("pauses", {Config(), "-o", Path("out"), "--log", Path("log")}),
+        launch);
+    ASSERT_TRUE(WaitFor("log", "started"));
+    kill(host, SIGKILL);
+    EXPECT_EQ(Finish(host).exit_code, 128 + SIGKILL);
     EXPECT_THAT(NewFiles(), ElementsAre("log"));
     fs::remove(Path("log"));
   }
