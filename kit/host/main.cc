@@ -131,73 +131,102 @@ void CommitOutput(const RunOptions& options, OutputFile& output,
         *options.output == "-" ? "standard output" : *options.output;
   } catch (const FailureError& error) {
     report.failure = error.failure();
+    report.partly_written = options.output == "-";
   }
 }
 
-void Upgrade(const RunOptions& options, Report& report) {
+// What is left of a run once it is over.
+struct Run {
+  Report report;
+  std::optional<OutputFile> output;
+};
+
+void Upgrade(const RunOptions& options, Run& run) {
   WorkerTask task = MakeTask(options);
-  report.plugin = task.plugin;
+  run.report.plugin = task.plugin;
   const auto input = StatInput(options);
   std::optional<LogFile> log = OpenLog(options, input);
-  std::optional<OutputFile> output = PrepareOutput(options, input);
-  if (output) task.output_fd = output->fd();
+  run.output = PrepareOutput(options, input);
+  if (run.output) task.output_fd = run.output->fd();
   {
     RunListener listener(
         log ? &*log : nullptr,
         options.verbose && !options.json ? ReportStream(options) : nullptr,
         !options.quiet && !options.verbose);
-    report = Supervise(
+    run.report = Supervise(
         task, {options.timeout_s, options.verbose && options.json}, listener);
   }
-  if (!report.failure && log) report.failure = log->failure();
-  if (!report.failure && output) CommitOutput(options, *output, report);
+  if (!run.report.failure && log) run.report.failure = log->failure();
 }
 
-Report RunUpgrade(const RunOptions& options) {
-  Report report;
-  report.config = ConfigName(options.config);
+Run RunUpgrade(const RunOptions& options) {
+  Run run;
+  run.report.config = ConfigName(options.config);
   try {
-    Upgrade(options, report);
+    Upgrade(options, run);
   } catch (const FailureError& error) {
-    report.failure = error.failure();
+    run.report.failure = error.failure();
   } catch (const std::exception& error) {
-    report.failure = UnexpectedFailure(error, "");
+    run.report.failure = UnexpectedFailure(error, "");
   }
-  return report;
+  return run;
 }
 
-// Whether the report could be printed.
-bool PrintReport(const RunOptions& options, const Report& report,
-                 bool has_run) {
-  const ReportView view{options.verbose, options.diff};
-  FILE* stream = ReportStream(options);
-  if (options.json) {
-    std::fputs(RenderJson(report, view).c_str(), stream);
-  } else if (!options.quiet && has_run) {
-    std::fputs(RenderText(report, view).c_str(), stream);
+// Prints the report in its two parts.
+class ReportPrinter {
+ public:
+  ReportPrinter(const RunOptions& options, const Report& report)
+      : options_(options), report_(report), stream_(ReportStream(options)) {
+    // Without a single step of the plug-in the error message says it all.
+    const bool has_run = report.result || report.journal.calls() > 0 ||
+                         !report.journal.events().empty();
+    wanted_ = options.json || (!options.quiet && has_run);
   }
-  return std::fflush(stream) == 0 && std::ferror(stream) == 0;
+
+  // False if it could not be delivered.
+  bool Print() const {
+    const ReportView view{options_.verbose, options_.diff};
+    return Deliver(options_.json ? RenderJson(report_, view)
+                                 : RenderText(report_, view));
+  }
+  bool PrintEnd() const {
+    return Deliver(options_.json ? RenderJsonEnd(report_)
+                                 : RenderTextEnd(report_));
+  }
+
+ private:
+  bool Deliver(const std::string& text) const {
+    if (wanted_) std::fputs(text.c_str(), stream_);
+    return std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
+  }
+
+  const RunOptions& options_;
+  const Report& report_;
+  FILE* stream_;
+  bool wanted_;
+};
+
+Failure ReportFailure() {
+  return {ExitCode::kOutputFailed, "the report cannot be written",
+          "make room where the report goes"};
 }
 
-ExitCode Show(const RunOptions& options, const Report& report) {
-  // Without a single step of the plug-in the error message says it all.
-  const bool has_run = report.result || report.journal.calls() > 0 ||
-                       !report.journal.events().empty();
-  const bool printed = PrintReport(options, report, has_run);
-  if (report.failure) {
-    std::fputs(RenderFailure(*report.failure).c_str(), stderr);
-    if (options.quiet) {
-      std::fputs(RenderViolations(report.violations).c_str(), stderr);
-    }
-    return report.exit_code();
+// The output is put in its place between the two parts of the report: neither
+// does the report say so too early, nor is there an output whose report is not
+// known to arrive.
+void Conclude(const RunOptions& options, Run& run) {
+  Report& report = run.report;
+  const ReportPrinter printer(options, report);
+  bool printed = printer.Print();
+  if (!printed && !report.failure) report.failure = ReportFailure();
+  if (!report.failure && run.output) CommitOutput(options, *run.output, report);
+  printed = printed && printer.PrintEnd();
+  if (!printed && !report.failure) report.failure = ReportFailure();
+  if (!report.failure) return;
+  std::fputs(RenderFailure(*report.failure).c_str(), stderr);
+  if (options.quiet) {
+    std::fputs(RenderViolations(report.violations).c_str(), stderr);
   }
-  if (printed) return ExitCode::kSuccess;
-  std::fputs(
-      RenderFailure({ExitCode::kOutputFailed, "the report cannot be written",
-                     "make room where standard output goes"})
-          .c_str(),
-      stderr);
-  return ExitCode::kOutputFailed;
 }
 
 // A pipe must not end up as somebody's standard output.
@@ -218,7 +247,9 @@ int Main(int argc, char** argv) {
   InstallInterruptHandlers();
   signal(SIGXFSZ, SIG_IGN);  // a write past a limit fails like any other
   const auto& options = std::get<RunOptions>(parsed);
-  return static_cast<int>(Show(options, RunUpgrade(options)));
+  Run run = RunUpgrade(options);
+  Conclude(options, run);
+  return static_cast<int>(run.report.exit_code());
 }
 
 }  // namespace

@@ -34,14 +34,15 @@ constexpr char kExitCodes[] =
     "Nothing is written to the output unless the exit code is 0.";
 
 constexpr char kJsonKeys[] =
-    "Keys of the --json report: config, plugin, exit_code, outcome, error\n"
-    "(reason, details, advice, file, line, path), not_carried_over (path,\n"
-    "value, reason), log (records of the plug-in), result (of update), calls\n"
-    "(total, by_function, last, open_cursors), changes (list, created,\n"
+    "Keys of the --json report: config, plugin, result (of update),\n"
+    "not_carried_over (path, value, reason), log (records of the plug-in),\n"
+    "calls (total, by_function, last, open_cursors), changes (list, created,\n"
     "changed, deleted), valid, violations (error, path, reason),\n"
-    "plugin_output, output, format; null is what does not apply or is not\n"
-    "known. With --diff also entries (change, list, path, leaves), with\n"
-    "--verbose also events (log records and calls in their order).";
+    "plugin_output, exit_code, outcome, error (reason, details, advice, file,\n"
+    "line, path), output, format; null is what does not apply or is not "
+    "known.\n"
+    "With --diff also entries (change, list, path, leaves), with --verbose\n"
+    "also events (log records and calls in their order).";
 
 // The hashes that the device family's data-model compiler gave its modules.
 std::map<std::string, uint32_t> DeviceNamespaceHashes() {

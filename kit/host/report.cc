@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <nlohmann/json.hpp>
 
@@ -165,19 +166,6 @@ void AppendValidation(const Report& report, std::string& text) {
   text += RenderViolations(report.violations);
 }
 
-void AppendOutput(const Report& report, std::string& text) {
-  if (report.output) {
-    text +=
-        fmt::format("Written: {} ({}, {})\n", OneLine(*report.output),
-                    report.format == control::Format::kJson ? "JSON" : "XML",
-                    Counted(report.output_size, "byte", "bytes"));
-  } else if (report.failure) {
-    text += "Nothing was written.\n";
-  } else {
-    text += "Nothing was written: -o FILE keeps the upgraded configuration.\n";
-  }
-}
-
 template <typename T>
 Json OrNull(const std::optional<T>& value) {
   return value ? Json(*value) : Json();
@@ -185,6 +173,13 @@ Json OrNull(const std::optional<T>& value) {
 
 Json NullIfEmpty(const std::string& text) {
   return text.empty() ? Json() : Json(text);
+}
+
+// Bytes that are not UTF-8 become replacement characters; all that a terminal
+// would obey or hide is beyond ASCII or a control character, and so escaped.
+std::string Dump(const Json& json) {
+  constexpr bool kAsciiOnly = true;
+  return json.dump(2, ' ', kAsciiOnly, Json::error_handler_t::replace);
 }
 
 Json FailureJson(const std::optional<Failure>& failure) {
@@ -315,17 +310,26 @@ std::string RenderText(const Report& report, const ReportView& view) {
     }
   }
   AppendValidation(report, text);
-  AppendOutput(report, text);
   return text;
+}
+
+std::string RenderTextEnd(const Report& report) {
+  if (report.output) {
+    return fmt::format("Written: {} ({}, {})\n", OneLine(*report.output),
+                       report.format == control::Format::kJson ? "JSON" : "XML",
+                       Counted(report.output_size, "byte", "bytes"));
+  }
+  if (report.partly_written) {
+    return "Not written as a whole: standard output may have a part of it.\n";
+  }
+  if (report.failure) return "Nothing was written.\n";
+  return "Nothing was written: -o FILE keeps the upgraded configuration.\n";
 }
 
 std::string RenderJson(const Report& report, const ReportView& view) {
   Json json = {
       {"config", report.config},
       {"plugin", report.plugin},
-      {"exit_code", static_cast<int>(report.exit_code())},
-      {"outcome", Name(report.exit_code())},
-      {"error", FailureJson(report.failure)},
       {"result", OrNull(report.result)},
       {"not_carried_over", LossesJson(report)},
       {"log", report.journal.LogRecords()},
@@ -333,15 +337,22 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"changes", ChangesJson(report)},
       {"valid", report.validated ? Json(report.violations.empty()) : Json()},
       {"violations", ViolationsJson(report)},
-      {"plugin_output", report.plugin_output},
-      {"output", OrNull(report.output)},
-      {"format", report.format ? Json(Name(*report.format)) : Json()}};
+      {"plugin_output", report.plugin_output}};
   if (view.diff) json["entries"] = EntriesJson(report);
   if (view.verbose) json["events"] = EventsJson(report);
-  // Bytes that are not UTF-8 become replacement characters; all that a terminal
-  // would obey or hide is beyond ASCII or a control character, and so escaped.
-  constexpr bool kAsciiOnly = true;
-  return json.dump(2, ' ', kAsciiOnly, Json::error_handler_t::replace) + "\n";
+  std::string text = Dump(json);
+  text.resize(text.size() - std::strlen("\n}"));
+  return text;
+}
+
+std::string RenderJsonEnd(const Report& report) {
+  const Json json = {
+      {"exit_code", static_cast<int>(report.exit_code())},
+      {"outcome", Name(report.exit_code())},
+      {"error", FailureJson(report.failure)},
+      {"output", OrNull(report.output)},
+      {"format", report.format ? Json(Name(*report.format)) : Json()}};
+  return "," + Dump(json).substr(std::strlen("{")) + "\n";
 }
 
 }  // namespace kit::host

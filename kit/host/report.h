@@ -31,6 +31,7 @@ struct Report {
       plugin_output;  // what it printed; if much, the end, which says so
   std::optional<control::Format> format;
   std::optional<std::string> output;  // where the result was written
+  bool partly_written = false;        // to standard output
   uint64_t output_size = 0;
   std::optional<Failure> failure;
 
@@ -44,11 +45,17 @@ struct ReportView {
   bool diff = false;
 };
 
+// A report has two parts: what is known before the output is put in its place,
+// and what came of that. So the first can be delivered while a failure still
+// keeps the output from being written.
+
 // For people.
 std::string RenderText(const Report& report, const ReportView& view);
+std::string RenderTextEnd(const Report& report);
 
-// One JSON object, for scripts.
+// For scripts: one JSON object.
 std::string RenderJson(const Report& report, const ReportView& view);
+std::string RenderJsonEnd(const Report& report);
 
 // The error message: what failed, where, why, and what to do about it.
 std::string RenderFailure(const Failure& failure);

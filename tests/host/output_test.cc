@@ -23,6 +23,24 @@ constexpr char kResultJson[] =
 class OutputTest : public HostTest {
  protected:
   std::string Config() { return Write("demo.xml", kDemoXml); }
+  // More than a pipe holds.
+  std::string BigConfig() {
+    std::string config = "<demo xmlns=\"urn:demo\">";
+    for (int i = 1; i <= 5000; ++i) {
+      config +=
+          "<item><id>" + std::to_string(i) + "</id><label>a</label></item>";
+    }
+    return Write("big.xml", config + "</demo>");
+  }
+  // A command of the shell that runs the host.
+  std::string ShellCommand(const std::string& plugin,
+                           const std::vector<std::string>& args) {
+    std::string command = TEST_HOST;
+    for (const std::string& arg : DemoArgs(plugin, args)) {
+      command += " '" + arg + "'";
+    }
+    return command;
+  }
   std::string ReadJson(const std::string& name) {
     return nlohmann::json::parse(Read(name), nullptr, false).dump();
   }
@@ -193,15 +211,10 @@ TEST_F(OutputTest, ALongNameLeavesRoomForTheTemporaryOne) {
 }
 
 TEST_F(OutputTest, AFullDiskIsExitCode6AndLeavesNothing) {
-  std::string config = "<demo xmlns=\"urn:demo\">";
-  for (int i = 1; i <= 5000; ++i) {
-    config += "<item><id>" + std::to_string(i) + "</id><label>a</label></item>";
-  }
-  Write("big.xml", config + "</demo>");
+  const std::string config = BigConfig();
   Launch launch;
   launch.max_file_size = 100'000;
-  const Outcome outcome =
-      RunDemo("idle", {Path("big.xml"), "-o", Path("out")}, launch);
+  const Outcome outcome = RunDemo("idle", {config, "-o", Path("out")}, launch);
   EXPECT_EQ(outcome.exit_code, 6) << outcome;
   EXPECT_THAT(outcome.err, HasSubstr("File too large"));
   EXPECT_THAT(NewFiles(), IsEmpty());
@@ -223,6 +236,21 @@ TEST_F(OutputTest, NothingReachesStandardOutputAfterAFailure) {
   }
 }
 
+TEST_F(OutputTest, APartOnStandardOutputIsReportedAsThat) {
+  const std::string command = ShellCommand("idle", {BigConfig(), "-o", "-"});
+  Launch launch;
+  launch.executable = "/bin/sh";
+  const Outcome outcome =
+      Run({"-c", "trap '' PIPE; { " + command +
+                     "; echo \"exit code $?\" >&2; } | head -c 10"},
+          launch);
+  EXPECT_EQ(outcome.out.size(), 10U) << outcome;
+  EXPECT_THAT(outcome.err,
+              AllOf(HasSubstr("Not written as a whole: standard output"),
+                    HasSubstr("standard output: cannot be written: Broken"),
+                    HasSubstr("exit code 6\n")));
+}
+
 TEST_F(OutputTest, AFullStandardOutputIsExitCode6) {
   Launch launch;
   launch.stdout_path = "/dev/full";
@@ -234,6 +262,55 @@ TEST_F(OutputTest, AFullStandardOutputIsExitCode6) {
     EXPECT_EQ(outcome.exit_code, 6) << outcome;
     EXPECT_THAT(outcome.err, HasSubstr("cannot be written"));
   }
+}
+
+TEST_F(OutputTest, AReportThatCannotBeDeliveredLeavesNoOutput) {
+  Launch launch;
+  launch.stdout_path = "/dev/full";
+  for (const std::vector<std::string>& more :
+       {std::vector<std::string>{}, {"--json"}, {"--verbose"}}) {
+    std::vector<std::string> args = {Config(), "-o", Path("out")};
+    args.insert(args.end(), more.begin(), more.end());
+    const Outcome outcome = RunDemo("well_behaved", args, launch);
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr("the report cannot be written"));
+    EXPECT_THAT(NewFiles(), IsEmpty());
+  }
+  Write("out", "old");
+  EXPECT_EQ(RunDemo("idle", {Config(), "-o", Path("out"), "--force"}, launch)
+                .exit_code,
+            6);
+  EXPECT_EQ(Read("out"), "old");
+  // Nobody asked for a report.
+  EXPECT_EQ(RunDemo("idle", {Config(), "-o", Path("quiet"), "--quiet"}, launch)
+                .exit_code,
+            0);
+  EXPECT_THAT(NewFiles(), ElementsAre("quiet"));
+
+  Launch to_stdout;
+  to_stdout.stderr_path = "/dev/full";
+  const Outcome outcome = RunDemo("idle", {Config(), "-o", "-"}, to_stdout);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.out, IsEmpty());
+}
+
+TEST_F(OutputTest, AReportNamesNoOutputThatCouldNotBePutInItsPlace) {
+  Launch launch;
+  launch.environment = {"RACING_FILE=" + Path("out")};
+  const Outcome text =
+      RunDemo("creates_output", {Config(), "-o", Path("out")}, launch);
+  EXPECT_EQ(text.exit_code, 6) << text;
+  EXPECT_THAT(text.out, AllOf(HasSubstr("\nNothing was written.\n"),
+                              Not(HasSubstr("Written: "))));
+  fs::remove(Path("out"));
+  const Outcome json = RunDemo("creates_output",
+                               {Config(), "-o", Path("out"), "--json"}, launch);
+  EXPECT_EQ(json.exit_code, 6) << json;
+  const auto report = nlohmann::json::parse(json.out);
+  EXPECT_EQ(report["exit_code"], 6);
+  EXPECT_EQ(report["outcome"], "output-failed");
+  EXPECT_EQ(report["output"], nlohmann::json());
+  EXPECT_EQ(report["error"]["file"], Path("out"));
 }
 
 TEST_F(OutputTest, ASignalDuringTheRunLeavesNothingBehind) {
@@ -316,11 +393,8 @@ TEST_F(OutputTest, ASignalEndsThePluginAndWhatItStarted) {
 }
 
 TEST_F(OutputTest, AReaderThatGoesAwayLeavesNothingBehind) {
-  std::string command = TEST_HOST;
-  for (const std::string& arg :
-       DemoArgs("many_calls", {Config(), "--verbose", "-o", Path("out")})) {
-    command += " '" + arg + "'";
-  }
+  const std::string command =
+      ShellCommand("many_calls", {Config(), "--verbose", "-o", Path("out")});
   Launch launch;
   launch.executable = "/bin/sh";
   const Outcome outcome = Run({"-c", command + " | head -n 1"}, launch);
