@@ -85,6 +85,11 @@ void SetInterruptWorker(pid_t pid) { worker_pid = pid; }
 
 void SetInterruptCleanUp(void (*clean_up)()) { clean_up_files = clean_up; }
 
+void HoldInterrupts() {
+  const sigset_t set = InterruptSet();
+  pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
 void KillWorker(pid_t pid) {
   // Its group exists from the moment that the plug-in can start something.
   kill(-pid, SIGKILL);

@@ -19,6 +19,9 @@ void InstallInterruptHandlers();
 void SetInterruptWorker(pid_t pid);
 void SetInterruptCleanUp(void (*clean_up)());
 
+// From here on they come too late: the outcome of the program is decided.
+void HoldInterrupts();
+
 // Kills a worker and what it started.
 void KillWorker(pid_t pid);
 

@@ -211,9 +211,9 @@ Failure ReportFailure() {
           "make room where the report goes"};
 }
 
-// The output is put in its place between the two parts of the report: neither
-// does the report say so too early, nor is there an output whose report is not
-// known to arrive.
+// The output is put in its place between the two parts of the report, so that
+// the report never says so too early, and taken back when the second part can't
+// be delivered.
 void Conclude(const RunOptions& options, Run& run) {
   Report& report = run.report;
   const ReportPrinter printer(options, report);
@@ -221,8 +221,16 @@ void Conclude(const RunOptions& options, Run& run) {
   if (!printed && !report.failure) report.failure = ReportFailure();
   if (!report.failure && run.output) CommitOutput(options, *run.output, report);
   printed = printed && printer.PrintEnd();
-  if (!printed && !report.failure) report.failure = ReportFailure();
-  if (!report.failure) return;
+  if (!printed && !report.failure) {
+    report.failure = ReportFailure();
+    const std::string left = run.output ? run.output->TakeBack() : "";
+    if (!left.empty()) report.failure->details.push_back(left);
+  }
+  if (!report.failure) {
+    HoldInterrupts();
+    if (run.output) run.output->Confirm();
+    return;
+  }
   std::fputs(RenderFailure(*report.failure).c_str(), stderr);
   if (options.quiet) {
     std::fputs(RenderViolations(report.violations).c_str(), stderr);

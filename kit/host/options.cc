@@ -31,7 +31,8 @@ constexpr char kExitCodes[] =
     "  70   internal error of this program, or no more memory, processes or\n"
     "       open files\n"
     "  128+N  ended by signal N\n"
-    "Nothing is written to the output unless the exit code is 0.";
+    "Unless the exit code is 0, the file of -o is as it was before; what went\n"
+    "to standard output stays there.";
 
 constexpr char kJsonKeys[] =
     "Keys of the --json report: config, plugin, result (of update),\n"

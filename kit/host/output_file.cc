@@ -148,13 +148,43 @@ uint64_t OutputFile::Commit() {
   }
   const auto size = static_cast<uint64_t>(status.st_size);
   if (publication_) {
-    if (in_memory_) CopyToTemporary(size);
-    Publish();
-    SyncFolder();
+    Publish(size);
   } else {
     CopyToStandardOutput(size);
   }
   return size;
+}
+
+void OutputFile::Publish(uint64_t size) {
+  try {
+    if (in_memory_) CopyToTemporary(size);
+    PutInPlace();
+    SyncFolder();
+  } catch (const FailureError& error) {
+    Failure failure = error.failure();
+    const std::string left = TakeBack();
+    if (!left.empty()) failure.details.push_back(left);
+    throw FailureError(failure);
+  }
+}
+
+void OutputFile::Confirm() {
+  if (publication_) publication_->Confirm();
+}
+
+std::string OutputFile::TakeBack() {
+  if (!publication_) return "standard output has the result already";
+  if (publication_->TakeBack()) return "";
+  const std::string kept = publication_->kept();
+  return kept.empty()
+             ? fmt::format(
+                   "{} has been replaced nevertheless: its file system "
+                   "cannot take that back",
+                   target_.string())
+             : fmt::format(
+                   "{} has been replaced nevertheless; what was there is "
+                   "now {}",
+                   target_.string(), kept);
 }
 
 void OutputFile::CopyToTemporary(uint64_t size) {
@@ -173,7 +203,7 @@ void OutputFile::CopyToTemporary(uint64_t size) {
   in_memory_ = false;
 }
 
-void OutputFile::Publish() {
+void OutputFile::PutInPlace() {
   const auto existing = StatFile(target_);
   if (existing && !force_) FailExistsNow(target_);
   if (existing && fchmod(fd_.get(), existing->st_mode & kPermissions) != 0) {
@@ -194,9 +224,7 @@ void OutputFile::SyncFolder() const {
   // A folder that may be written but not read can't be synced; nor can those
   // of file systems that answer EINVAL.
   if (!folder.valid() || fsync(folder.get()) == 0 || errno == EINVAL) return;
-  FailWithErrno(target_,
-                "was written, but its folder may lose it in a power failure",
-                errno);
+  FailWithErrno(target_, "cannot be kept safe from a power failure", errno);
 }
 
 void OutputFile::CopyToStandardOutput(uint64_t size) const {

@@ -36,14 +36,19 @@ class OutputFile {
 
   int fd() const { return fd_.get(); }
 
-  // Returns the size in bytes.
+  // Puts it in its place; returns the size in bytes. Until Confirm it is taken
+  // back by TakeBack, the destructor and every signal that ends the program.
   uint64_t Commit();
+  void Confirm();
+  // Returns what could not be taken back, "" when all is as it was.
+  std::string TakeBack();
 
  private:
   explicit OutputFile(FileDescriptor fd);
 
+  void Publish(uint64_t size);
   void CopyToTemporary(uint64_t size);
-  void Publish();
+  void PutInPlace();
   void SyncFolder() const;
   void CopyToStandardOutput(uint64_t size) const;
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -23,6 +24,11 @@ constexpr int kMaxAttempts = 100;
 
 int ErrorOf(int result) { return result == 0 ? 0 : errno; }
 
+// Whether a file system that does not know how to do something says so.
+bool IsUnknown(int error) {
+  return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
+}
+
 std::string LinkToDescriptor(int fd) {
   return fmt::format("/proc/self/fd/{}", fd);
 }
@@ -31,8 +37,8 @@ std::string LinkToDescriptor(int fd) {
 int RenameToNew(const char* from, const char* to) {
   const int error =
       ErrorOf(renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE));
-  // Not every file system knows how; a hard link does not replace either.
-  if (error != EINVAL && error != ENOSYS) return error;
+  // A hard link does not replace either.
+  if (!IsUnknown(error)) return error;
   if (link(from, to) != 0) return errno;
   return ErrorOf(unlink(from));
 }
@@ -43,12 +49,13 @@ int Link(const FileDescriptor& file, const char* name) {
                         AT_FDCWD, name, AT_SYMLINK_FOLLOW));
 }
 
-// For the handler of a signal; changed while signals are blocked.
-const char* unfinished = nullptr;
-
-void RemoveUnfinished() {
-  if (unfinished != nullptr && unfinished[0] != '\0') unlink(unfinished);
+void Remove(char* name) {
+  if (name[0] != '\0') unlink(name);
+  name[0] = '\0';
 }
+
+// Changed while signals are blocked.
+Publication* current = nullptr;
 
 }  // namespace
 
@@ -58,16 +65,18 @@ fs::path FolderOf(const fs::path& file) {
 
 Publication::Publication(fs::path target) : target_(std::move(target)) {
   const InterruptBlock block;
-  unfinished = temporary_;
-  SetInterruptCleanUp(RemoveUnfinished);
+  current = this;
+  SetInterruptCleanUp(CleanUp);
 }
 
 Publication::~Publication() {
-  RemoveTemporary();
+  TakeBack();
   const InterruptBlock block;
   SetInterruptCleanUp(nullptr);
-  unfinished = nullptr;
+  current = nullptr;
 }
+
+void Publication::CleanUp() { current->TakeBack(); }
 
 FileDescriptor Publication::CreateUnnamed(mode_t mode) const {
   FileDescriptor file(
@@ -78,24 +87,24 @@ FileDescriptor Publication::CreateUnnamed(mode_t mode) const {
   return can_be_named ? std::move(file) : FileDescriptor();
 }
 
-int Publication::TakeTemporaryName(
-    const std::function<int(const char* name)>& make) {
+int Publication::TakeName(Name& name,
+                          const std::function<int(const char* name)>& make) {
   const std::string stem = target_.filename().string().substr(0, kMaxStem);
   std::random_device random;
   int error = EEXIST;
   for (int i = 0; i < kMaxAttempts && error == EEXIST; ++i) {
-    const std::string name =
+    const std::string candidate =
         FolderOf(target_) / fmt::format(".{}.{:08x}.tmp", stem, random());
-    if (name.size() >= sizeof(temporary_)) return ENAMETOOLONG;
+    if (candidate.size() >= sizeof(name)) return ENAMETOOLONG;
     const InterruptBlock block;
-    error = make(name.c_str());
-    if (error == 0) std::memcpy(temporary_, name.c_str(), name.size() + 1);
+    error = make(candidate.c_str());
+    if (error == 0) std::memcpy(name, candidate.c_str(), candidate.size() + 1);
   }
   return error;
 }
 
 int Publication::CreateTemporary(mode_t mode, FileDescriptor* file) {
-  return TakeTemporaryName([mode, file](const char* name) {
+  return TakeName(temporary_, [mode, file](const char* name) {
     *file =
         FileDescriptor(open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     return file->valid() ? 0 : errno;
@@ -104,28 +113,81 @@ int Publication::CreateTemporary(mode_t mode, FileDescriptor* file) {
 
 void Publication::RemoveTemporary() {
   const InterruptBlock block;
-  RemoveUnfinished();
-  temporary_[0] = '\0';
+  Remove(temporary_);
+}
+
+int Publication::Remember(const FileDescriptor& file) {
+  struct stat status = {};
+  if (fstat(file.get(), &status) != 0) return errno;
+  device_ = status.st_dev;
+  inode_ = status.st_ino;
+  return 0;
 }
 
 int Publication::Add(const FileDescriptor& file) {
   const InterruptBlock block;
-  if (temporary_[0] == '\0') return Link(file, target_.c_str());
-  const int error = RenameToNew(temporary_, target_.c_str());
-  if (error == 0) temporary_[0] = '\0';
+  int error = Remember(file);
+  if (error != 0) return error;
+  error = temporary_[0] == '\0' ? Link(file, target_.c_str())
+                                : RenameToNew(temporary_, target_.c_str());
+  if (error == 0) {
+    temporary_[0] = '\0';
+    published_ = true;
+  }
   return error;
 }
 
 int Publication::Replace(const FileDescriptor& file) {
   const InterruptBlock block;
-  if (temporary_[0] == '\0') {
-    const int error = TakeTemporaryName(
-        [&file](const char* name) { return Link(file, name); });
-    if (error != 0) return error;
+  int error = Remember(file);
+  if (error == 0 && temporary_[0] == '\0') {
+    error = TakeName(temporary_,
+                     [&file](const char* name) { return Link(file, name); });
   }
-  const int error = ErrorOf(rename(temporary_, target_.c_str()));
-  if (error == 0) temporary_[0] = '\0';
+  if (error != 0) return error;
+  error = ErrorOf(renameat2(AT_FDCWD, temporary_, AT_FDCWD, target_.c_str(),
+                            RENAME_EXCHANGE));
+  if (error == 0) {
+    std::memcpy(kept_, temporary_, sizeof(kept_));
+  } else if (IsUnknown(error)) {
+    old_is_lost_ = TakeName(kept_, [this](const char* name) {
+                     return ErrorOf(link(target_.c_str(), name));
+                   }) != 0;
+    error = ErrorOf(rename(temporary_, target_.c_str()));
+  }
+  if (error == 0) {
+    temporary_[0] = '\0';
+    published_ = true;
+  }
   return error;
+}
+
+void Publication::Confirm() {
+  const InterruptBlock block;
+  published_ = false;
+  Remove(kept_);
+}
+
+// From here on only what is safe in the handler of a signal.
+
+bool Publication::TakeTargetBack() {
+  struct stat now = {};
+  const bool exists = lstat(target_.c_str(), &now) == 0;
+  if (exists && (now.st_dev != device_ || now.st_ino != inode_)) return true;
+  if (old_is_lost_) return false;
+  if (kept_[0] == '\0') return !exists || unlink(target_.c_str()) == 0;
+  if (rename(kept_, target_.c_str()) != 0) return false;
+  kept_[0] = '\0';
+  return true;
+}
+
+bool Publication::TakeBack() {
+  const InterruptBlock block;
+  const bool done = !published_ || TakeTargetBack();
+  published_ = false;
+  Remove(temporary_);
+  if (done) Remove(kept_);  // or else it is all that there is of the old file
+  return done;
 }
 
 }  // namespace kit::host

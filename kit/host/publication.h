@@ -1,5 +1,5 @@
-// The steps in which a file comes to its name, with nothing left behind when a
-// signal ends the program between them.
+// The steps in which a file comes to its name. They can be taken back until the
+// last one, by the handler of a signal too.
 #ifndef KIT_HOST_PUBLICATION_H_
 #define KIT_HOST_PUBLICATION_H_
 
@@ -15,12 +15,12 @@ namespace kit::host {
 
 std::filesystem::path FolderOf(const std::filesystem::path& file);
 
-// All functions that return an int return 0 or an errno. There is one
-// publication at a time.
+// Functions that return an int return 0 or an errno. There is one publication
+// at a time.
 class Publication {
  public:
   explicit Publication(std::filesystem::path target);
-  // Removes a temporary name.
+  // Takes back what is not confirmed.
   ~Publication();
   Publication(const Publication&) = delete;
   Publication& operator=(const Publication&) = delete;
@@ -37,15 +37,35 @@ class Publication {
   // name. Never replaces another file: EEXIST.
   int Add(const FileDescriptor& file);
 
-  // Like Add, but in place of whatever has that name.
+  // Like Add, but in place of what has that name, which is kept until Confirm
+  // under another one; not every file system knows how.
   int Replace(const FileDescriptor& file);
 
- private:
-  // Calls `make` with new names until one of them is not taken.
-  int TakeTemporaryName(const std::function<int(const char* name)>& make);
+  // The name under which the replaced file is kept, or "".
+  const char* kept() const { return kept_; }
 
+  void Confirm();
+
+  // Leaves all as it was before the first step. Whatever has been put in the
+  // new file's place meanwhile stays. False if it is not possible.
+  bool TakeBack();
+
+ private:
+  using Name = char[PATH_MAX];  // "": none
+
+  static void CleanUp();
+  int TakeName(Name& name, const std::function<int(const char* name)>& make);
+  int Remember(const FileDescriptor& file);
+  bool TakeTargetBack();
+
+  // Read by the handler of a signal; changed while signals are blocked.
   std::filesystem::path target_;
-  char temporary_[PATH_MAX] = "";  // for the handler of a signal; "": none
+  Name temporary_ = "";
+  Name kept_ = "";
+  bool published_ = false;
+  bool old_is_lost_ = false;
+  dev_t device_ = 0;  // of the new file
+  ino_t inode_ = 0;
 };
 
 }  // namespace kit::host

@@ -1,0 +1,206 @@
+// Between getting its name and the end of the report the output can be taken
+// back.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host_test.h"
+
+namespace host_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+std::vector<Refusal> Together(
+    const std::vector<std::vector<Refusal>>& features) {
+  std::vector<Refusal> all;
+  for (const auto& feature : features) {
+    all.insert(all.end(), feature.begin(), feature.end());
+  }
+  return all;
+}
+
+// All but the last on which a replaced file can't be put back.
+std::vector<std::vector<Refusal>> FileSystems() {
+  return {{}, NoUnnamedFiles(), Together({NoUnnamedFiles(), NoExchange()})};
+}
+
+std::vector<Refusal> FileSystemWithoutWayBack() {
+  return Together({NoUnnamedFiles(), NoExchange(), NoHardLinks()});
+}
+
+// A pipe that has room for so many bytes; a writer of more waits.
+class NarrowPipe {
+ public:
+  NarrowPipe(const std::string& path, size_t room) : path_(path) {
+    EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+    fd_ = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    constexpr size_t kPage = 4096;
+    EXPECT_EQ(fcntl(fd_, F_SETPIPE_SZ, kPage), static_cast<int>(kPage));
+    const std::string filler(kPage - room, '.');
+    EXPECT_EQ(write(fd_, filler.data(), filler.size()),
+              static_cast<ssize_t>(filler.size()));
+  }
+  ~NarrowPipe() {
+    close(fd_);
+    unlink(path_.c_str());
+  }
+  NarrowPipe(const NarrowPipe&) = delete;
+  NarrowPipe& operator=(const NarrowPipe&) = delete;
+
+ private:
+  std::string path_;
+  int fd_;
+};
+
+class PublishTest : public HostTest {
+ protected:
+  void SetUp() override {
+    HostTest::SetUp();
+    Write("demo.xml", kDemoXml);
+    args_ = {"demo.xml", "-o", "out"};
+  }
+
+  // Of the report up to a text near its end.
+  size_t ReportSize(const std::string& end) {
+    const Outcome outcome = RunDemo("idle", args_);
+    EXPECT_EQ(outcome.exit_code, 0) << outcome;
+    const size_t at = outcome.out.find(end);
+    EXPECT_NE(at, std::string::npos) << outcome;
+    return at == std::string::npos ? 0 : at;
+  }
+
+  // Starts the host so that it can't print the end of its report, and waits
+  // until the output has its name.
+  pid_t StartAndPublish(const std::vector<Refusal>& refusals) {
+    Launch launch;
+    launch.stdout_path = Path("pipe");
+    launch.refusals = refusals;
+    const pid_t host = Start(DemoArgs("idle", args_), launch);
+    EXPECT_TRUE(WaitFor("out", "</demo>"));
+    return host;
+  }
+
+  std::vector<std::string> args_;
+};
+
+TEST_F(PublishTest, ASignalBeforeTheEndOfTheReportTakesANewFileBack) {
+  const size_t room = ReportSize("Written: ");
+  fs::remove(Path("out"));
+  for (const int signal :
+       {SIGTERM, SIGINT, SIGPIPE, SIGUSR1, SIGALRM, SIGABRT, SIGRTMIN + 3}) {
+    for (const std::vector<Refusal>& refusals : FileSystems()) {
+      const NarrowPipe pipe(Path("pipe"), room);
+      const pid_t host = StartAndPublish(refusals);
+      kill(host, signal);
+      EXPECT_EQ(Finish(host).exit_code, 128 + signal);
+      EXPECT_THAT(NewFiles(), ElementsAre("pipe")) << signal;
+    }
+  }
+}
+
+TEST_F(PublishTest, ASignalBeforeTheEndOfTheReportPutsTheOldFileBack) {
+  const size_t room = ReportSize("Written: ");
+  args_.push_back("--force");
+  for (const std::vector<Refusal>& refusals : FileSystems()) {
+    Write("out", "old");
+    chmod(Path("out").c_str(), 0604);
+    struct stat before = {};
+    ASSERT_EQ(stat(Path("out").c_str(), &before), 0);
+    const NarrowPipe pipe(Path("pipe"), room);
+    const pid_t host = StartAndPublish(refusals);
+    kill(host, SIGUSR2);
+    EXPECT_EQ(Finish(host).exit_code, 128 + SIGUSR2);
+    EXPECT_EQ(Read("out"), "old");
+    struct stat after = {};
+    ASSERT_EQ(stat(Path("out").c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_THAT(NewFiles(), ElementsAre("pipe"));
+  }
+}
+
+TEST_F(PublishTest, WhatSomebodyPutsInTheOutputsPlaceMeanwhileStays) {
+  const size_t room = ReportSize("Written: ");
+  fs::remove(Path("out"));
+  for (const bool force : {false, true}) {
+    if (force) {
+      Write("out", "old");
+      args_.push_back("--force");
+    }
+    const NarrowPipe pipe(Path("pipe"), room);
+    const pid_t host = StartAndPublish({});
+    Write("other", "somebody else's");
+    fs::rename(Path("other"), Path("out"));
+    kill(host, SIGTERM);
+    EXPECT_EQ(Finish(host).exit_code, 128 + SIGTERM);
+    EXPECT_EQ(Read("out"), "somebody else's");
+    fs::remove(Path("out"));
+    EXPECT_THAT(NewFiles(), ElementsAre("pipe"));
+  }
+}
+
+TEST_F(PublishTest, AReportThatLacksItsEndTakesTheOutputBack) {
+  for (const char* format : {"text", "json"}) {
+    const bool json = format == std::string("json");
+    if (json) args_.push_back("--json");
+    Launch launch;
+    launch.max_file_size = ReportSize(json ? ",\n  \"output\"" : "out (XML");
+    fs::remove(Path("out"));
+    for (const std::vector<Refusal>& refusals : FileSystems()) {
+      launch.refusals = refusals;
+      const Outcome outcome = RunDemo("idle", args_, launch);
+      EXPECT_EQ(outcome.exit_code, 6) << outcome;
+      EXPECT_EQ(outcome.out.size(), *launch.max_file_size) << outcome;
+      EXPECT_THAT(outcome.err,
+                  HasSubstr("the report cannot be written\n  What"));
+      EXPECT_THAT(NewFiles(), IsEmpty()) << format;
+    }
+  }
+}
+
+TEST_F(PublishTest, AReportThatLacksItsEndPutsTheOldFileBack) {
+  Launch launch;
+  launch.max_file_size = ReportSize("out (XML");
+  args_.push_back("--force");
+  Write("out", "old");
+  for (const std::vector<Refusal>& refusals : FileSystems()) {
+    launch.refusals = refusals;
+    const Outcome outcome = RunDemo("idle", args_, launch);
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_EQ(Read("out"), "old");
+    EXPECT_THAT(NewFiles(), IsEmpty());
+  }
+}
+
+TEST_F(PublishTest, AReplacedFileThatCannotBePutBackIsNamed) {
+  Launch launch;
+  launch.max_file_size = ReportSize("out (XML");
+  launch.refusals = FileSystemWithoutWayBack();
+  args_.push_back("--force");
+  Write("out", "old");
+  const Outcome outcome = RunDemo("idle", args_, launch);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.err, HasSubstr("\n  out has been replaced nevertheless"));
+  EXPECT_THAT(Read("out"), HasSubstr("</demo>"));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+TEST_F(PublishTest, StandardOutputKeepsAResultWhoseReportLacksItsEnd) {
+  args_ = {"demo.xml", "-o", "-"};
+  Launch launch;
+  launch.stderr_path = Path("report");
+  ASSERT_EQ(RunDemo("idle", args_, launch).exit_code, 0);
+  launch.max_file_size = Read("report").find("standard output (XML");
+  const Outcome outcome = RunDemo("idle", args_, launch);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.out, HasSubstr("</demo>"));
+}
+
+}  // namespace
+}  // namespace host_test
