@@ -39,6 +39,13 @@ constexpr mode_t kPrivateMode = 0600;  // until it is that of the old file
        "give --force to replace it, or name another file with -o");
 }
 
+// Of a name itself, also if it is a link.
+std::optional<struct stat> StatEntry(const fs::path& name) {
+  struct stat status = {};
+  if (lstat(name.c_str(), &status) != 0) return std::nullopt;
+  return status;
+}
+
 // Follows links, so that a link to the file stays one.
 fs::path ResolveTarget(const std::string& target) {
   std::error_code error;
@@ -134,6 +141,7 @@ OutputFile OutputFile::ForFile(const std::string& target, bool force,
   output.publication_ = std::move(publication);
   output.target_ = resolved;
   output.force_ = force;
+  output.input_ = input;
   return output;
 }
 
@@ -204,8 +212,9 @@ void OutputFile::CopyToTemporary(uint64_t size) {
 }
 
 void OutputFile::PutInPlace() {
-  const auto existing = StatFile(target_);
+  const auto existing = StatEntry(target_);
   if (existing && !force_) FailExistsNow(target_);
+  if (existing) CheckReplaceable(target_, *existing, force_, input_);
   if (existing && fchmod(fd_.get(), existing->st_mode & kPermissions) != 0) {
     FailWithErrno(target_, "cannot get the permissions of the old file", errno);
   }
@@ -216,6 +225,10 @@ void OutputFile::PutInPlace() {
       existing ? publication_->Replace(fd_) : publication_->Add(fd_);
   if (error == EEXIST) FailExistsNow(target_);
   if (error != 0) FailWithErrno(target_, "cannot be put in place", error);
+  // Whatever was there at that very moment can still be put back.
+  if (const auto replaced = StatEntry(publication_->kept())) {
+    CheckReplaceable(target_, *replaced, force_, input_);
+  }
 }
 
 void OutputFile::SyncFolder() const {

@@ -57,6 +57,7 @@ class OutputFile {
   std::unique_ptr<Publication> publication_;  // null: to standard output
   std::filesystem::path target_;
   bool force_ = false;
+  std::optional<struct stat> input_;
 };
 
 }  // namespace kit::host

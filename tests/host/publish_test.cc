@@ -202,5 +202,42 @@ TEST_F(PublishTest, StandardOutputKeepsAResultWhoseReportLacksItsEnd) {
   EXPECT_THAT(outcome.out, HasSubstr("</demo>"));
 }
 
+TEST_F(PublishTest, WithForceOnlyARegularFileThatIsNotTheInputIsReplaced) {
+  struct Row {
+    std::string command;
+    std::string reason;
+  };
+  const std::vector<Row> rows = {
+      {"mkdir out; touch out/inside", "is a folder"},
+      {"mkfifo out", "is not a regular file"},
+      {"ln -s demo.xml out", "is not a regular file"},
+      {"ln demo.xml out", "is the configuration"},
+  };
+  args_.push_back("--force");
+  for (const Row& row : rows) {
+    Write("out", "old");
+    Launch launch;
+    launch.environment = {"COMMAND=rm out; " + row.command};
+    const Outcome outcome = RunDemo("runs_command", args_, launch);
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr("out: " + row.reason)) << row.command;
+    EXPECT_EQ(Read("demo.xml"), kDemoXml) << row.command;
+    EXPECT_THAT(NewFiles(), IsEmpty());
+    fs::remove_all(Path("out"));
+  }
+}
+
+TEST_F(PublishTest, WithForceAFileThatComesOrGoesDuringTheRunDoesNotMatter) {
+  args_.push_back("--force");
+  Launch launch;
+  launch.environment = {"COMMAND=echo other > out"};
+  EXPECT_EQ(RunDemo("runs_command", args_, launch).exit_code, 0);
+  EXPECT_THAT(Read("out"), HasSubstr("</demo>"));
+  launch.environment = {"COMMAND=rm out"};
+  EXPECT_EQ(RunDemo("runs_command", args_, launch).exit_code, 0);
+  EXPECT_THAT(Read("out"), HasSubstr("</demo>"));
+  EXPECT_THAT(NewFiles(), ElementsAre("out"));
+}
+
 }  // namespace
 }  // namespace host_test
