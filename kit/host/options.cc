@@ -107,7 +107,9 @@ void AddFiles(CLI::App& run, RunOptions& options) {
                  "output, the report then goes to standard error")
       ->type_name("FILE")
       ->check(CheckNotEmpty);
-  run.add_flag("--force", options.force, "Replace FILE if it exists");
+  run.add_flag("--force", options.force,
+               "Replace FILE if it exists; the new one gets its owner, group "
+               "and permissions");
   run.add_option("--log", options.log,
                  "Write the plug-in's log records to FILE, one per line, as "
                  "they come; an existing FILE is overwritten")

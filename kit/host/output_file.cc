@@ -11,13 +11,13 @@
 #include <utility>
 
 #include "kit/host/failure.h"
+#include "kit/host/file_attributes.h"
 
 namespace kit::host {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kPermissions = 0777;
 constexpr mode_t kNewFileMode = 0666;  // less the umask
 constexpr mode_t kPrivateMode = 0600;  // until it is that of the old file
 
@@ -118,7 +118,8 @@ OutputFile OutputFile::ForFile(const std::string& target, bool force,
     Fail(target, "is a folder", "name a file with -o");
   }
   mode_t mode = kNewFileMode;
-  if (const auto existing = StatFile(resolved)) {
+  const auto existing = StatFile(resolved);
+  if (existing) {
     CheckReplaceable(target, *existing, force, input);
     mode = kPrivateMode;
   } else if (errno != ENOENT) {
@@ -134,9 +135,12 @@ OutputFile OutputFile::ForFile(const std::string& target, bool force,
     if (error != 0) {
       FailWithErrno(target, "cannot be created in its folder", error);
     }
+    if (existing) CopyAttributes(resolved, *existing, probe.get());
     publication->RemoveTemporary();
     output.fd_ = OpenMemory(target);
     output.in_memory_ = true;
+  } else if (existing) {
+    CopyAttributes(resolved, *existing, output.fd_.get());
   }
   output.publication_ = std::move(publication);
   output.target_ = resolved;
@@ -214,9 +218,9 @@ void OutputFile::CopyToTemporary(uint64_t size) {
 void OutputFile::PutInPlace() {
   const auto existing = StatEntry(target_);
   if (existing && !force_) FailExistsNow(target_);
-  if (existing) CheckReplaceable(target_, *existing, force_, input_);
-  if (existing && fchmod(fd_.get(), existing->st_mode & kPermissions) != 0) {
-    FailWithErrno(target_, "cannot get the permissions of the old file", errno);
+  if (existing) {
+    CheckReplaceable(target_, *existing, force_, input_);
+    CopyAttributes(target_, *existing, fd_.get());
   }
   if (fsync(fd_.get()) != 0) {
     FailWithErrno(target_, "cannot be written", errno);

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <grp.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -158,6 +159,10 @@ pid_t HostTest::Start(const std::vector<std::string>& args,
                      options == nullptr ? "" : options)
              .c_str(),
          1);
+  if (launch.user && (setgroups(0, nullptr) != 0 || setgid(*launch.user) != 0 ||
+                      setuid(*launch.user) != 0)) {
+    _exit(126);
+  }
   if (!Refuse(launch.refusals)) _exit(126);
   execv(argv[0], argv.data());
   _exit(127);

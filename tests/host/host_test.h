@@ -30,6 +30,7 @@ struct Launch {
   std::optional<unsigned long> max_file_size;
   std::vector<std::string> environment;  // NAME=VALUE
   std::vector<Refusal> refusals;
+  std::optional<unsigned> user;  // instead of root
 };
 
 struct Outcome {

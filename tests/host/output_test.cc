@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 
 #include "host_test.h"
 
@@ -110,6 +112,127 @@ TEST_F(OutputTest, AReplacedFileKeepsItsPermissions) {
   chmod(Path("out").c_str(), 0600);
   RunDemo("idle", {Config(), "-o", Path("out"), "--force"});
   EXPECT_EQ(Mode("out"), 0600U);
+}
+
+TEST_F(OutputTest, AReplacedFileKeepsItsOwnerAndGroup) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  for (const std::vector<Refusal>& refusals :
+       {std::vector<Refusal>(), NoUnnamedFiles()}) {
+    Write("out", "old");
+    ASSERT_EQ(chown(Path("out").c_str(), 1234, 4321), 0);
+    ASSERT_EQ(chmod(Path("out").c_str(), 0640), 0);
+    Launch launch;
+    launch.refusals = refusals;
+    const Outcome outcome =
+        RunDemo("idle", {Config(), "-o", Path("out"), "--force"}, launch);
+    EXPECT_EQ(outcome.exit_code, 0) << outcome;
+    EXPECT_THAT(Read("out"), HasSubstr("</demo>"));
+    struct stat status = {};
+    ASSERT_EQ(stat(Path("out").c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 1234U);
+    EXPECT_EQ(status.st_gid, 4321U);
+    EXPECT_EQ(Mode("out"), 0640U);
+  }
+}
+
+// The binary form of an access control list with one user besides the owner.
+std::string AccessList(uint32_t user) {
+  struct Entry {
+    uint16_t tag;
+    uint16_t permissions;
+    uint32_t id;
+  };
+  constexpr uint32_t kNobody = 0xffffffff;
+  const Entry entries[] = {{0x01, 6, kNobody},   // owner
+                           {0x02, 6, user},      // that user
+                           {0x04, 0, kNobody},   // group
+                           {0x10, 6, kNobody},   // mask
+                           {0x20, 0, kNobody}};  // others
+  const uint32_t version = 2;
+  std::string list(reinterpret_cast<const char*>(&version), sizeof(version));
+  return list.append(reinterpret_cast<const char*>(entries), sizeof(entries));
+}
+
+TEST_F(OutputTest, AReplacedFileKeepsItsAccessControlListOrTheLackOfOne) {
+  const std::string list = AccessList(1234);
+  const char* const name = "system.posix_acl_access";
+  Write("out", "old");
+  chmod(Path("out").c_str(), 0600);
+  if (setxattr(Path("out").c_str(), name, list.data(), list.size(), 0) != 0) {
+    GTEST_SKIP() << "the file system has no access control lists";
+  }
+  ASSERT_EQ(RunDemo("idle", {Config(), "-o", Path("out"), "--force"}).exit_code,
+            0);
+  std::string kept(200, '\0');
+  const ssize_t size =
+      getxattr(Path("out").c_str(), name, kept.data(), kept.size());
+  ASSERT_EQ(size, static_cast<ssize_t>(list.size()));
+  EXPECT_EQ(kept.substr(0, list.size()), list);
+
+  // A list that the folder gives to new files is none of the old file's.
+  fs::remove(Path("out"));
+  Write("out", "old");
+  chmod(Path("out").c_str(), 0640);
+  ASSERT_EQ(setxattr(Path("").c_str(), "system.posix_acl_default", list.data(),
+                     list.size(), 0),
+            0);
+  ASSERT_EQ(RunDemo("idle", {Config(), "-o", Path("out"), "--force"}).exit_code,
+            0);
+  EXPECT_EQ(getxattr(Path("out").c_str(), name, kept.data(), kept.size()), -1);
+  EXPECT_EQ(Mode("out"), 0640U);
+}
+
+TEST_F(OutputTest, AnOwnerWhoCannotBeKeptIsFoundBeforeThePluginRuns) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be somebody else";
+  fs::permissions(fs::path(Path("")).parent_path().parent_path(),
+                  fs::perms::all);
+  fs::permissions(Path(""), fs::perms::all);
+  const std::string config = Config();
+  Write("out", "old");
+  Launch launch;
+  launch.user = 1234;
+  for (const std::vector<Refusal>& refusals :
+       {std::vector<Refusal>(), NoUnnamedFiles()}) {
+    launch.refusals = refusals;
+    for (const uid_t owner : {0U, 1234U}) {  // 1234 is not in the group
+      ASSERT_EQ(chown(Path("out").c_str(), owner, 0), 0);
+      const Outcome outcome = RunDemo(
+          "hangs", {config, "-o", Path("out"), "--force", "--timeout", "1"},
+          launch);
+      EXPECT_EQ(outcome.exit_code, 6) << outcome;
+      EXPECT_THAT(outcome.err,
+                  HasSubstr("its owner and group (" + std::to_string(owner) +
+                            ":0) cannot be kept"));
+      EXPECT_EQ(Read("out"), "old");
+      EXPECT_THAT(NewFiles(), IsEmpty());
+    }
+  }
+  ASSERT_EQ(chown(Path("out").c_str(), 1234, 1234), 0);
+  EXPECT_EQ(
+      RunDemo("idle", {config, "-o", Path("out"), "--force"}, launch).exit_code,
+      0);
+}
+
+TEST_F(OutputTest, AFolderThatMayNotBeWrittenIsFoundBeforeThePluginRuns) {
+  const std::string config = Config();
+  fs::permissions(fs::path(Path("")).parent_path().parent_path(),
+                  fs::perms::all);
+  Launch launch;
+  if (geteuid() == 0) launch.user = 1234;
+  fs::permissions(Path(""), fs::perms::owner_read | fs::perms::owner_exec |
+                                fs::perms::others_read |
+                                fs::perms::others_exec);
+  for (const std::vector<Refusal>& refusals :
+       {std::vector<Refusal>(), NoUnnamedFiles()}) {
+    launch.refusals = refusals;
+    const Outcome outcome =
+        RunDemo("hangs", {config, "-o", "out", "--timeout", "1"}, launch);
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr("out: cannot be created in its folder: "
+                                       "Permission denied"));
+  }
+  fs::permissions(Path(""), fs::perms::all);
+  EXPECT_THAT(NewFiles(), IsEmpty());
 }
 
 TEST_F(OutputTest, AnExistingFileIsOnlyReplacedWithForce) {
