@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <grp.h>
+#include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -52,6 +53,18 @@ void Redirect(int fd, const std::string& path, int flags) {
   if (file < 0) _exit(126);
   dup2(file, fd);
   close(file);
+}
+
+// A shell runs its background jobs with SIGINT and SIGQUIT ignored, and what
+// the tests run in is not to decide what the host meets.
+void ResetSignals(const std::vector<int>& ignored) {
+  for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM}) {
+    ::signal(signal, SIG_DFL);
+  }
+  for (const int signal : ignored) ::signal(signal, SIG_IGN);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 }  // namespace
@@ -142,6 +155,7 @@ pid_t HostTest::Start(const std::vector<std::string>& args,
   Redirect(STDIN_FILENO, in, O_RDONLY);
   Redirect(STDOUT_FILENO, out, O_WRONLY | O_CREAT | O_TRUNC);
   Redirect(STDERR_FILENO, err, O_WRONLY | O_CREAT | O_TRUNC);
+  ResetSignals(launch.ignored_signals);
   if (chdir(folder_.c_str()) != 0) _exit(126);
   if (launch.max_file_size) {
     const rlimit limit = {*launch.max_file_size, *launch.max_file_size};

@@ -31,6 +31,9 @@ struct Launch {
   std::vector<std::string> environment;  // NAME=VALUE
   std::vector<Refusal> refusals;
   std::optional<unsigned> user;  // instead of root
+  // Ignored from the start, as nohup and background jobs of a shell have it;
+  // all other signals end the host unless it handles them.
+  std::vector<int> ignored_signals;
 };
 
 struct Outcome {

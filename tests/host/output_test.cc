@@ -505,6 +505,17 @@ TEST_F(OutputTest, FeaturesThatAFileSystemLacksAreDoneWithout) {
   }
 }
 
+TEST_F(OutputTest, ASignalThatWasIgnoredAtTheStartStaysIgnored) {
+  Launch launch;
+  launch.ignored_signals = {SIGHUP, SIGINT};
+  const pid_t host =
+      Start(DemoArgs("hangs", {Config(), "--log", Path("log")}), launch);
+  ASSERT_TRUE(WaitFor("log", "started "));
+  for (const int signal : launch.ignored_signals) kill(host, signal);
+  kill(host, SIGTERM);
+  EXPECT_EQ(Finish(host).exit_code, 128 + SIGTERM);
+}
+
 TEST_F(OutputTest, ASignalEndsThePluginAndWhatItStarted) {
   const pid_t host = Start(
       DemoArgs("hangs", {Config(), "--log", Path("log"), "--timeout", "0"}),
