@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 #include "kit/confd/document/document.h"
 #include "kit/confd/keypath/keypath.h"
@@ -29,11 +30,11 @@ inline const Schema& Rules() {
   return schema;
 }
 
-inline Target At(const Data& data, const std::string& path) {
+inline Target At(const Data& data, std::string_view path) {
   return data.Find(keypath::Parse(path), {true, nullptr});
 }
 
-inline const SchemaNode& NodeAt(const Schema& schema, const std::string& path) {
+inline const SchemaNode& NodeAt(const Schema& schema, std::string_view path) {
   Data data(schema);
   return *At(data, path).schema;
 }

@@ -5,8 +5,8 @@
 namespace kit::store {
 namespace {
 
-const LeafType& TypeOf(const std::string& leaf) {
-  return *NodeAt(Zoo(), "/zoo:values/" + leaf).type;
+const LeafType& TypeOf(std::string_view leaf) {
+  return *NodeAt(Zoo(), "/zoo:values/" + std::string(leaf)).type;
 }
 
 struct TextCase {
