@@ -3,8 +3,15 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <fstream>
+#include <random>
+#include <thread>
 
 #include "host_test.h"
 
@@ -13,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -200,6 +208,112 @@ TEST_F(PublishTest, StandardOutputKeepsAResultWhoseReportLacksItsEnd) {
   const Outcome outcome = RunDemo("idle", args_, launch);
   EXPECT_EQ(outcome.exit_code, 6) << outcome;
   EXPECT_THAT(outcome.out, HasSubstr("</demo>"));
+}
+
+// Whenever it comes, a signal either comes before everything or after it.
+TEST_F(PublishTest, SignalsAtAnyMomentLeaveAllOrNothing) {
+  using Clock = std::chrono::steady_clock;
+  constexpr int kRuns = 40;
+  const auto start = Clock::now();
+  ASSERT_EQ(RunDemo("idle", args_).exit_code, 0);
+  const auto duration = Clock::now() - start;
+  const std::string whole = Read("out");
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937 random(seed);
+  for (int i = 0; i < kRuns; ++i) {
+    const int signal = std::array{SIGKILL, SIGTERM, SIGALRM}[random() % 3];
+    const bool exists = random() % 2 == 0;
+    args_ = {"demo.xml", "-o", "out"};
+    fs::remove(Path("out"));
+    if (exists) {
+      std::ofstream(Path("out")) << "old";
+      args_.push_back("--force");
+    }
+    Launch launch;
+    if (random() % 2 == 0) launch.refusals = NoUnnamedFiles();
+    const pid_t host = Start(DemoArgs("idle", args_), launch);
+    std::this_thread::sleep_for(duration * (random() % 1100) / 1000);
+    kill(host, signal);
+    const int exit_code = Finish(host).exit_code;
+    const std::string out = Read("out");
+    const std::string before = exists ? "old" : "";
+    ASSERT_THAT(exit_code, AnyOf(0, 128 + signal));
+    EXPECT_THAT(out, AnyOf(whole, before));
+    if (signal == SIGKILL) {
+      // Nobody can take anything back after it.
+      for (const std::string& name : NewFiles()) fs::remove(Path(name));
+      continue;
+    }
+    EXPECT_EQ(out, exit_code == 0 ? whole : before);
+    EXPECT_EQ(NewFiles().size(), exit_code == 0 || exists ? 1U : 0U);
+  }
+}
+
+// A file system of the test's own.
+class SmallDisk {
+ public:
+  SmallDisk(const std::string& path, const std::string& size) : path_(path) {
+    fs::create_directory(path);
+    mounted_ =
+        mount("none", path.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
+  }
+  ~SmallDisk() {
+    if (mounted_) umount2(path_.c_str(), MNT_DETACH);
+    fs::remove(path_);
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+
+  bool mounted() const { return mounted_; }
+
+ private:
+  std::string path_;
+  bool mounted_;
+};
+
+TEST_F(PublishTest, AFullDiskLeavesAllAsItWas) {
+  const SmallDisk disk(Path("disk"), "64k");
+  if (!disk.mounted()) GTEST_SKIP() << "may not mount a file system";
+  std::string config = "<demo xmlns=\"urn:demo\">";
+  for (int i = 1; i <= 1300; ++i) {
+    config += "<item><id>" + std::to_string(i) + "</id><label>a</label></item>";
+  }
+  Write("big.xml", config + "</demo>");
+  for (const std::vector<Refusal>& refusals : FileSystems()) {
+    for (const bool exists : {false, true}) {
+      if (exists) std::ofstream(Path("disk/out")) << "old";
+      Launch launch;
+      launch.refusals = refusals;
+      const Outcome outcome =
+          RunDemo("idle", {"big.xml", "-o", "disk/out", "--force"}, launch);
+      EXPECT_EQ(outcome.exit_code, 6) << outcome;
+      EXPECT_THAT(outcome.err, HasSubstr("No space left on device"));
+      EXPECT_THAT(outcome.out, HasSubstr("\nNothing was written.\n"));
+      EXPECT_EQ(Read("disk/out"), exists ? "old" : "");
+      EXPECT_EQ(std::distance(fs::directory_iterator(Path("disk")), {}),
+                exists ? 1 : 0);
+      fs::remove(Path("disk/out"));
+    }
+  }
+}
+
+TEST_F(PublishTest, AReportThatFillsTheDiskLeavesAllAsItWas) {
+  const SmallDisk disk(Path("disk"), "16k");
+  if (!disk.mounted()) GTEST_SKIP() << "may not mount a file system";
+  args_ = {"demo.xml", "-o", "disk/out", "--diff"};
+  std::string config = "<demo xmlns=\"urn:demo\">";
+  for (int i = 10; i <= 200; ++i) {
+    config += "<item><id>" + std::to_string(i) +
+              "</id><label>l</label><obsolete>o</obsolete></item>";
+  }
+  Write("demo.xml", config + "</demo>");
+  Launch launch;
+  launch.stdout_path = Path("disk/report");
+  const Outcome outcome = RunDemo("idle", args_, launch);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.err, HasSubstr("the report cannot be written"));
+  EXPECT_FALSE(Exists("disk/out"));
 }
 
 TEST_F(PublishTest, WithForceOnlyARegularFileThatIsNotTheInputIsReplaced) {
