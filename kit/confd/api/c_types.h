@@ -15,19 +15,20 @@ namespace kit::api {
 template <store::ValueType type>
 using TypeConstant = std::integral_constant<store::ValueType, type>;
 
-// Calls visit(type, member) with the type of a value as a TypeConstant and the
-// member that the type's row names; false for a type without a row.
-template <typename CValue, typename Visit>
-bool VisitMember(CValue& value, const Visit& visit) {
+// What visit(type, member) gives for the type of a value, as a TypeConstant,
+// and the member that the type's row names; otherwise() for a type without a
+// row.
+template <typename CValue, typename Visit, typename Otherwise>
+auto VisitMember(CValue& value, const Visit& visit,
+                 const Otherwise& otherwise) {
   switch (value.type) {
 #define KIT_ROW(row, name, number, stored_as, bits, text, member) \
   case name:                                                      \
-    visit(TypeConstant<store::ValueType::row>(), value.member);   \
-    return true;
+    return visit(TypeConstant<store::ValueType::row>(), value.member);
     KIT_VALUE_TYPES(KIT_ROW)
 #undef KIT_ROW
     default:
-      return false;
+      return otherwise();
   }
 }
 

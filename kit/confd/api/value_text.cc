@@ -293,11 +293,12 @@ std::string DescribeMember(FormConstant<TextForm::kList>, ValueType,
 }  // namespace
 
 void AppendValueKey(std::string* out, const confd_value_t& value) {
-  if (!VisitMember(value, [out](auto type, const auto& member) {
+  VisitMember(
+      value,
+      [out](auto type, const auto& member) {
         AppendKey(FormConstant<RowOf(type).text>(), out, type, member);
-      })) {
-    Reject(value.type, "no key form");
-  }
+      },
+      [&] { Reject(value.type, "no key form"); });
 }
 
 std::string ValueToKey(const confd_value_t& value) {
@@ -307,12 +308,13 @@ std::string ValueToKey(const confd_value_t& value) {
 }
 
 std::string Describe(const confd_value_t& value) {
-  std::string text;
-  const bool known = VisitMember(value, [&](auto type, const auto& member) {
-    text = store::TypeName(type) +
-           DescribeMember(FormConstant<RowOf(type).text>(), type, member);
-  });
-  return known ? text : "C_? ?";
+  return VisitMember(
+      value,
+      [](auto type, const auto& member) {
+        return store::TypeName(type) +
+               DescribeMember(FormConstant<RowOf(type).text>(), type, member);
+      },
+      [] { return std::string("C_? ?"); });
 }
 
 std::string Describe(const confd_value_t* values, size_t count) {

@@ -251,11 +251,13 @@ uint32_t TagOf(const store::SchemaNode& node) {
 confd_value_t ToC(const Value& value) {
   confd_value_t c{};
   c.type = static_cast<confd_vtype>(value.type());
-  if (value.exists()) {
-    VisitMember(c, [&](auto type, auto& member) {
-      Carrier<RowOf(type).stored_as>::Put(value, member);
-    });
-  }
+  if (!value.exists()) return c;
+  VisitMember(
+      c,
+      [&](auto type, auto& member) {
+        Carrier<RowOf(type).stored_as>::Put(value, member);
+      },
+      [] {});
   return c;
 }
 
@@ -290,7 +292,8 @@ confd_value_t ToC(const Element& element) {
 }
 
 void Release(confd_value_t& value) {
-  VisitMember(value, [](auto, auto& member) { ReleaseMember(member); });
+  VisitMember(
+      value, [](auto, auto& member) { ReleaseMember(member); }, [] {});
 }
 
 Value FromC(const confd_value_t& value) {
@@ -299,13 +302,12 @@ Value FromC(const confd_value_t& value) {
     if (value.val.c_s == nullptr) FailForNull("C_STR");
     return Value::Text(ValueType::kBuf, value.val.c_s);
   }
-  Value result;
-  if (!VisitMember(value, [&](auto type, const auto& member) {
-        result = Carrier<RowOf(type).stored_as>::Take(type, member);
-      })) {
-    RejectType(value.type);
-  }
-  return result;
+  return VisitMember(
+      value,
+      [](auto type, const auto& member) {
+        return Carrier<RowOf(type).stored_as>::Take(type, member);
+      },
+      [&]() -> Value { RejectType(value.type); });
 }
 
 NewElement ElementFromC(const confd_value_t& value) {
