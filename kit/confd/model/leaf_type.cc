@@ -273,6 +273,7 @@ void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
   }
   unrestricted_ = IsUnrestricted(chain.restricted);
   AddRanges();
+  values_ = DescribeValues();
 }
 
 void LeafType::InitUnion(const lysp_type* parsed, const lysp_node* scope,
@@ -338,6 +339,70 @@ bool LeafType::IsUnrestricted(bool restricted) const {
     default:
       return false;
   }
+}
+
+// All that decides over a value: equal texts mean equal sets of values.
+std::string LeafType::DescribeValues() const {
+  std::string text;
+  auto add = [&text](const auto& number) {
+    text += std::to_string(number) + ' ';
+  };
+  auto add_range = [&add](const lysc_range* range) {
+    if (range == nullptr) return;
+    LY_ARRAY_COUNT_TYPE i;
+    LY_ARRAY_FOR(range->parts, i) {
+      add(range->parts[i].min_u64);
+      add(range->parts[i].max_u64);
+    }
+  };
+  add(static_cast<int>(compiled_->basetype));
+  add(static_cast<int>(value_type_));
+  add(static_cast<int>(fraction_digits_));
+  switch (compiled_->basetype) {
+    case LY_TYPE_BOOL:
+    case LY_TYPE_EMPTY:
+      return text;
+    case LY_TYPE_INT8:
+    case LY_TYPE_INT16:
+    case LY_TYPE_INT32:
+    case LY_TYPE_INT64:
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32:
+    case LY_TYPE_UINT64:
+      add_range(reinterpret_cast<const lysc_type_num*>(compiled_)->range);
+      return text;
+    case LY_TYPE_DEC64:
+      add_range(reinterpret_cast<const lysc_type_dec*>(compiled_)->range);
+      return text;
+    case LY_TYPE_BINARY:
+      add_range(reinterpret_cast<const lysc_type_bin*>(compiled_)->length);
+      return text;
+    case LY_TYPE_STRING: {
+      const auto* type = reinterpret_cast<const lysc_type_str*>(compiled_);
+      add_range(type->length);
+      LY_ARRAY_COUNT_TYPE i;
+      LY_ARRAY_FOR(type->patterns, i) {
+        text += type->patterns[i]->inverted != 0 ? "not " : "";
+        text += '\'' + std::string(type->patterns[i]->expr) + "' ";
+      }
+      return text;
+    }
+    case LY_TYPE_ENUM:
+    case LY_TYPE_BITS:
+    case LY_TYPE_IDENT:
+      for (const auto& [name, number] : names_.numbers) {
+        text += name + ' ';
+        add(number);
+      }
+      return text;
+    default:
+      return "";
+  }
+}
+
+bool LeafType::HasValuesOf(const LeafType& other) const {
+  return !values_.empty() && values_ == other.values_;
 }
 
 void LeafType::AddRanges() {

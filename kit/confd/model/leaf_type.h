@@ -46,6 +46,10 @@ class LeafType {
   // as the numbers that values carry: "5", "NAMESPACE-HASH:NAME-HASH".
   Value ParseKey(std::string_view text) const;
 
+  // Whether the types have the same values, in the same form. A type that can't
+  // tell says no: a union, one with a leafref's or an identifier's targets.
+  bool HasValuesOf(const LeafType& other) const;
+
   // The value if the type has it (with what a program can't know filled in).
   // Throws Error with kBadType for one of another type or out of its limits.
   Value Check(const Value& value) const;
@@ -74,6 +78,7 @@ class LeafType {
   // the use of a well-known typedef narrows it.
   bool IsUnrestricted(bool restricted) const;
   void AddRanges();
+  std::string DescribeValues() const;
   bool IsInRange(const Value& value) const;
   std::optional<Value> ParseInRange(std::string_view text) const;
   // Whether libyang need not be asked.
@@ -91,6 +96,7 @@ class LeafType {
   ValueType value_type_ = ValueType::kNoExists;
   std::string name_;  // as the model writes it, for messages
   bool unrestricted_ = false;
+  std::string values_;  // which ones there are, "" where that can't be told
   // Of an integer: ends included, numbers as values hold them.
   struct Range {
     uint64_t least;

@@ -52,6 +52,30 @@ class Carrier {
  public:
   explicit Carrier(std::vector<Loss>* losses) : losses_(losses) {}
 
+  // Whether an entry of the old list may lend its leaves to the new one: the
+  // same leaves, with the same values, in the same places.
+  static bool HaveSameLeaves(const SchemaNode& old_list,
+                             const SchemaNode& new_list) {
+    if (old_list.user_ordered || new_list.user_ordered ||
+        old_list.key_count != new_list.key_count ||
+        old_list.children.size() != new_list.children.size()) {
+      return false;
+    }
+    for (size_t i = 0; i < new_list.children.size(); ++i) {
+      const SchemaNode& child = *new_list.children[i];
+      const SchemaNode& old_child = *old_list.children[i];
+      if (Counterpart(child, old_list) != &old_child ||
+          child.kind != old_child.kind || child.in_choice ||
+          old_child.in_choice) {
+        return false;
+      }
+      if (child.type != nullptr && !child.type->HasValuesOf(*old_child.type)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
   void CarryOver(const Node& from, Node& to) {
     // What a case of a choice was given, which a later one empties.
     std::vector<std::pair<const SchemaNode*, const SchemaNode*>> in_cases;
@@ -123,6 +147,7 @@ class Carrier {
   template <typename Path>
   std::optional<Value> Convert(const Value& value, const SchemaNode& from,
                                const SchemaNode& to, const Path& path) {
+    if (to.type->HasValuesOf(*from.type)) return value;
     std::string text = from.type->Print(value);
     try {
       return to.type->Parse(text);
@@ -132,14 +157,33 @@ class Carrier {
     }
   }
 
+  // A leaf that says what its default said takes the new default.
+  static bool YieldsToDefault(const Value& value, const SchemaNode& old_leaf,
+                              const SchemaNode& new_leaf) {
+    return old_leaf.default_value && value == *old_leaf.default_value &&
+           new_leaf.default_value;
+  }
+
+  // Whether all that the entry holds is carried over as it is.
+  static bool StaysAsItIs(const Node& entry, const SchemaNode& new_list) {
+    if (!entry.HoldsLeavesAlone()) return false;
+    for (size_t i = 0; i < new_list.children.size(); ++i) {
+      const SchemaNode& old_child = *entry.schema->children[i];
+      const SchemaNode& child = *new_list.children[i];
+      if (!entry.IsSet(old_child)) continue;
+      if (child.kind == NodeKind::kLeafList) return false;
+      if (old_child.default_value &&
+          YieldsToDefault(*entry.SetValue(old_child), old_child, child)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
   void CarryOverLeaf(const Node& from, const SchemaNode& old_leaf, Node& to,
                      const SchemaNode& new_leaf) {
     const std::optional<Value> value = from.SetValue(old_leaf);
-    if (!value) return;
-    if (old_leaf.default_value && *value == *old_leaf.default_value &&
-        new_leaf.default_value) {
-      return;
-    }
+    if (!value || YieldsToDefault(*value, old_leaf, new_leaf)) return;
     auto converted = Convert(*value, old_leaf, new_leaf,
                              [&] { return PathOf(from, old_leaf); });
     if (converted) to.SetLeaf(new_leaf, *converted);
@@ -197,13 +241,15 @@ class Carrier {
                      const SchemaNode& new_list) {
     const List* list = from.ListAt(old_list);
     if (list == nullptr) return;
+    const bool may_share = HaveSameLeaves(old_list, new_list);
     for (const Node& entry : *list) {
       auto keys = ConvertKeys(entry, new_list);
       if (!keys) continue;
-      auto [node, is_new] =
-          to.MakeList(new_list).Insert({keys->data(), keys->size()});
+      const bool shares = may_share && StaysAsItIs(entry, new_list);
+      auto [node, is_new] = to.MakeList(new_list).Insert(
+          {keys->data(), keys->size()}, shares ? &entry : nullptr);
       if (is_new) {
-        CarryOver(entry, *node);
+        if (!shares) CarryOver(entry, *node);
       } else {
         Lose(KeyPath(entry), "", "another entry has its keys in the new model");
       }
@@ -218,6 +264,7 @@ class Carrier {
 Data UpgradeAutomatically(const Data& old_data, const Schema& new_schema,
                           std::vector<Loss>* losses) {
   Data data(new_schema);
+  old_data.ShareWith(data);
   Carrier(losses).CarryOver(old_data.root(), data.root());
   return data;
 }
