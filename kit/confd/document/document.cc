@@ -15,7 +15,7 @@
 #include "kit/confd/document/export.h"
 #include "kit/confd/document/text_pieces.h"
 #include "kit/confd/document/top_level.h"
-#include "kit/confd/text/number.h"
+#include "kit/confd/model/libyang_messages.h"
 
 namespace kit::store {
 namespace {
@@ -24,50 +24,6 @@ namespace {
 std::string Owned(char* text) {
   std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
   return text != nullptr ? text : "";
-}
-
-// The text between `start` and the next quote, from libyang's description of a
-// place: `Data location "/a/b", line number 7.`
-std::string Quoted(std::string_view text, std::string_view start) {
-  size_t begin = text.find(start);
-  if (begin == std::string_view::npos) return "";
-  begin += start.size();
-  return std::string(text.substr(begin, text.find("\",", begin) - begin));
-}
-
-struct Place {
-  std::string path;
-  uint64_t line = 0;
-};
-
-Place PlaceOf(const ly_err_item& error) {
-  Place place;
-  if (error.path == nullptr) return place;
-  std::string text = error.path;
-  // A message may end in the path alone or in several parts with a period.
-  if (!text.empty() && text.back() == '.') text.back() = ',';
-  for (std::string_view start : {"ata location \"", "chema location \""}) {
-    if (place.path.empty()) place.path = Quoted(text, start);
-  }
-  constexpr std::string_view kLine = "ine number ";
-  if (size_t at = text.find(kLine); at != std::string::npos) {
-    std::string_view digits = std::string_view(text).substr(at + kLine.size());
-    digits = digits.substr(0, digits.find_first_not_of("0123456789"));
-    place.line = text::ParseNumber<uint64_t>(digits).value_or(0);
-  }
-  if (place.path.empty() && place.line == 0) place.path = error.path;
-  return place;
-}
-
-// The first error; warnings may stand before it. Null without one.
-const ly_err_item* FirstError(const ly_ctx* context) {
-  const ly_err_item* error = ly_err_first(context);
-  while (error != nullptr && error->level != LY_LLERR) error = error->next;
-  return error;
-}
-
-std::string ReasonOf(const ly_err_item& error) {
-  return error.msg != nullptr ? error.msg : "it is invalid";
 }
 
 // The machine's fault and not the text's, though the messages blame that:
@@ -234,24 +190,6 @@ bool StartsWith(std::string_view text, std::string_view start) {
   return text.compare(0, start.size(), start) == 0;
 }
 
-// What a commit checks besides the types, which every write has met already. A
-// must constraint may bring a tag and a message of the model's own.
-ErrorCode CodeOf(const ly_err_item& error) {
-  std::string_view tag = error.apptag != nullptr ? error.apptag : "";
-  std::string_view message = error.msg != nullptr ? error.msg : "";
-  if (tag == "instance-required") return ErrorCode::kBadKeyref;
-  if (tag == "missing-choice" || tag == "too-few-elements" ||
-      StartsWith(message, "Mandatory ")) {
-    return ErrorCode::kNotSet;
-  }
-  bool is_other = tag == "too-many-elements" || tag == "data-not-unique" ||
-                  StartsWith(message, "When condition") ||
-                  StartsWith(message, "Duplicate instance") ||
-                  StartsWith(message, "Data for both cases");
-  if (is_other) return ErrorCode::kBadType;
-  return ErrorCode::kMustFailed;
-}
-
 // libyang says of a missing node only which one of the model it is; this finds
 // where. Empty if nothing is found.
 class MissingNode {
@@ -340,18 +278,19 @@ class MissingNode {
 };
 
 // A broken constraint of `tree`, once for each place.
-std::vector<BrokenConstraint> ToBroken(const ly_err_item& error,
+std::vector<BrokenConstraint> ToBroken(const Complaint& complaint,
                                        const Schema& schema,
                                        const lyd_node* tree) {
-  BrokenConstraint broken{CodeOf(error), PlaceOf(error).path, ReasonOf(error)};
   std::vector<BrokenConstraint> all;
-  if (broken.code == ErrorCode::kNotSet) {
+  if (complaint.code == ErrorCode::kNotSet) {
     for (std::string& path :
-         MissingNode(tree, broken.path).Paths(schema.root())) {
-      all.push_back({broken.code, std::move(path), broken.reason});
+         MissingNode(tree, complaint.path).Paths(schema.root())) {
+      all.push_back({complaint.code, std::move(path), complaint.reason});
     }
   }
-  if (all.empty()) all.push_back(std::move(broken));
+  if (all.empty()) {
+    all.push_back({complaint.code, complaint.path, complaint.reason});
+  }
   return all;
 }
 
@@ -391,39 +330,29 @@ ssize_t CallSink(void* user_data, const void* buffer, size_t count) {
   }
 }
 
-// Whether the path, with predicates or not, leads to a leaf.
-bool IsLeafPath(const ly_ctx& context, std::string_view path) {
-  std::string plain;
-  int depth = 0;
-  for (char c : path) {
-    if (c == '[') ++depth;
-    if (depth == 0) plain += c;
-    if (c == ']') --depth;
-  }
-  if (plain.empty()) return false;
-  const lysc_node* node = lys_find_path(&context, nullptr, plain.c_str(), 0);
+bool IsLeafPath(const ly_ctx* context, std::string_view path) {
+  const lysc_node* node = FindSchemaNode(context, path);
   return node != nullptr && node->nodetype == LYS_LEAF;
 }
 
 // libyang has often gone on to the next word when it looks at what it read.
 // This goes back to the line where the faulty thing stands, if its name tells.
-uint64_t ExactLine(std::string_view text, Syntax syntax, const ly_ctx& context,
-                   const Place& place, std::string_view reason) {
+uint64_t ExactLine(std::string_view text, Syntax syntax, const ly_ctx* context,
+                   const Complaint& complaint) {
   std::string wanted;
-  constexpr std::string_view kNamespace = "No module with namespace ";
-  if (syntax == Syntax::kXml && StartsWith(reason, kNamespace)) {
-    wanted = reason.substr(kNamespace.size());
-    wanted = wanted.substr(1, wanted.find('"', 1) - 1);
-  } else if (syntax == Syntax::kJson && IsLeafPath(context, place.path)) {
-    wanted = place.path.substr(place.path.find_last_of("/:") + 1) + '"';
+  if (syntax == Syntax::kXml) {
+    wanted = complaint.unknown_namespace;
+  } else if (IsLeafPath(context, complaint.path)) {
+    const std::string& path = complaint.path;
+    wanted = path.substr(path.find_last_of("/:") + 1) + '"';
   }
-  if (wanted.empty()) return place.line;
+  if (wanted.empty()) return complaint.line;
   size_t end = 0;
-  for (uint64_t line = 0; line < place.line && end < text.size(); ++line) {
+  for (uint64_t line = 0; line < complaint.line && end < text.size(); ++line) {
     end = std::min(text.find('\n', end), text.size() - 1) + 1;
   }
   size_t at = text.substr(0, end).rfind(wanted);
-  if (at == std::string_view::npos) return place.line;
+  if (at == std::string_view::npos) return complaint.line;
   return 1 +
          static_cast<uint64_t>(std::count(
              text.begin(), text.begin() + static_cast<ptrdiff_t>(at), '\n'));
@@ -473,16 +402,16 @@ uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
 // many lines it did not count.
 [[noreturn]] void FailToParse(std::string_view text, Syntax syntax,
                               ly_ctx* context, uint64_t skipped) {
-  const ly_err_item* error = FirstError(context);
-  if (error == nullptr) throw DocumentError(0, "", "libyang can't parse it");
-  Place place = PlaceOf(*error);
-  std::string reason = ReasonOf(*error);
-  if (place.line > 0) {
-    place.line += skipped;
-    place.line = ExactLine(text, syntax, *context, place, reason);
+  std::vector<Complaint> complaints = TakeComplaints(context);
+  if (complaints.empty()) {
+    throw DocumentError(0, "", "libyang can't parse it");
   }
-  ly_err_clean(context, nullptr);
-  throw DocumentError(place.line, place.path, reason);
+  Complaint& fault = complaints.front();
+  if (fault.line > 0) {
+    fault.line += skipped;
+    fault.line = ExactLine(text, syntax, context, fault);
+  }
+  throw DocumentError(fault.line, fault.path, fault.reason);
 }
 
 // What the text says, whether it meets the constraints or not; null if it says
@@ -535,20 +464,18 @@ void RequireConstraints(std::string_view text, Syntax syntax, LibyangTree tree,
   tree.reset(raw);
   RequireMemory(result);
   if (result == LY_SUCCESS) return;
-  const ly_err_item* error = FirstError(schema.context());
-  if (error == nullptr) {
+  std::vector<Complaint> complaints = TakeComplaints(schema.context());
+  if (complaints.empty()) {
     throw DocumentError(0, "",
                         "libyang says of no constraint that it is broken");
   }
-  std::string reason = ReasonOf(*error);
-  std::string path = PlaceOf(*error).path;
-  bool is_missing = CodeOf(*error) == ErrorCode::kNotSet;
-  ly_err_clean(schema.context(), nullptr);
-  if (is_missing) {
-    auto paths = MissingNode(raw, path).Paths(schema.root());
-    if (!paths.empty()) path = paths.front();
+  Complaint& fault = complaints.front();
+  if (fault.code == ErrorCode::kNotSet) {
+    auto paths = MissingNode(raw, fault.path).Paths(schema.root());
+    if (!paths.empty()) fault.path = paths.front();
   }
-  throw DocumentError(LineOfPath(text, syntax, raw, path), path, reason);
+  throw DocumentError(LineOfPath(text, syntax, raw, fault.path), fault.path,
+                      fault.reason);
 }
 
 }  // namespace
@@ -575,14 +502,11 @@ std::vector<BrokenConstraint> ValidateData(const Data& data) {
   LibyangTree owner(tree);
   std::vector<BrokenConstraint> broken;
   if (result == LY_SUCCESS) return broken;
-  for (const ly_err_item* error = ly_err_first(context); error != nullptr;
-       error = error->next) {
-    if (error->level != LY_LLERR) continue;
-    for (BrokenConstraint& one : ToBroken(*error, data.schema(), tree)) {
+  for (const Complaint& complaint : TakeComplaints(context)) {
+    for (BrokenConstraint& one : ToBroken(complaint, data.schema(), tree)) {
       broken.push_back(std::move(one));
     }
   }
-  ly_err_clean(context, nullptr);
   if (broken.empty()) {
     broken.push_back({ErrorCode::kInternal, "", "libyang gave no reason"});
   }

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "kit/confd/model/error.h"
+#include "kit/confd/model/libyang_messages.h"
 
 namespace kit::store {
 namespace {
@@ -29,14 +30,12 @@ NodeKind KindOf(const lysc_node* node) {
   }
 }
 
-std::string LastMessage(const ly_ctx* context) {
-  const ly_err_item* error = ly_err_first(context);
-  // The first message names the cause, later ones what followed from it.
-  while (error != nullptr && error->level != LY_LLERR) error = error->next;
-  if (error == nullptr) return "unknown reason";
-  std::string text = error->msg != nullptr ? error->msg : "";
-  if (error->path != nullptr) text += " (" + std::string(error->path) + ")";
-  return text;
+// The first error names the cause, later ones what followed from it.
+std::string FirstMessage(ly_ctx* context) {
+  std::vector<Complaint> complaints = TakeComplaints(context);
+  if (complaints.empty()) return "unknown reason";
+  const Complaint& first = complaints.front();
+  return first.reason + (first.place.empty() ? "" : " (" + first.place + ")");
 }
 
 uint64_t NewSerial() {
@@ -159,7 +158,7 @@ void Schema::LoadModules(const std::filesystem::path& directory) {
         context, name.c_str(), revision.empty() ? nullptr : revision.c_str(),
         all_features);
     if (module == nullptr) {
-      throw SchemaError(file.string() + ": " + LastMessage(context));
+      throw SchemaError(file.string() + ": " + FirstMessage(context));
     }
   }
 }

@@ -1,5 +1,7 @@
 #include "kit/confd/document/document.h"
 
+#include <libyang/version.h>
+
 #include "tests/support/models.h"
 
 namespace kit::store {
@@ -39,6 +41,9 @@ void ExpectFaults(const Schema& schema, const std::vector<FaultCase>& cases) {
   }
 }
 
+// For text behind an element at the top release 2 of libyang names the element.
+constexpr const char* kBehindValues = LY_VERSION_MAJOR < 3 ? "/zoo:values" : "";
+
 TEST(ReadDocument, NamesLineAndPathOfFaultsInXml) {
   ExpectFaults(
       Zoo(),
@@ -59,7 +64,7 @@ TEST(ReadDocument, NamesLineAndPathOfFaultsInXml) {
         "/zoo:values/u8", "Duplicate instance of \"u8\"."},
        {"<values xmlns=\"urn:test:zoo\">\n <str>a &nothing; b</str></values>",
         2, "/zoo:values", "Entity reference"},
-       {"<values xmlns=\"urn:test:zoo\"/>\nbehind", 2, "/zoo:values",
+       {"<values xmlns=\"urn:test:zoo\"/>\nbehind", 2, kBehindValues,
         "Invalid character sequence \"behind\""},
        // A wrapper does not move lines.
        {"<config xmlns=\"http://tail-f.com/ns/config/1.0\">\n\n"
