@@ -43,6 +43,15 @@ uint64_t NewSerial() {
   return ++last;
 }
 
+// From release 3 on libyang sorts the instances of what the model leaves to the
+// system to order. Leaf-lists are to come as they were written, and faults are
+// looked for in the text by their place in that order.
+void KeepOrderOfText(const lysc_node* compiled) {
+  auto* node = const_cast<lysc_node*>(compiled);
+  node->flags &= static_cast<uint16_t>(~LYS_ORDBY_SYSTEM);
+  node->flags |= LYS_ORDBY_USER;
+}
+
 bool IsSubmodule(std::string_view text) {
   size_t at = text.find_first_not_of(" \t\r\n");
   while (at != std::string_view::npos) {
@@ -215,6 +224,10 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
     node->type = std::make_unique<LeafType>(compiled, hashes_);
     SetLeafDetails(*node);
   }
+  if (node->kind == NodeKind::kList || node->kind == NodeKind::kLeafList) {
+    node->user_ordered = lysc_is_userordered(compiled);
+    KeepOrderOfText(compiled);
+  }
   AddChildren(lysc_node_child(compiled), *node);
   parent.children.push_back(std::move(node));
 }
@@ -248,7 +261,6 @@ void Schema::FinishNode(SchemaNode& node) {
     for (const auto& child : node.children) {
       if (lysc_is_key(child->compiled)) ++node.key_count;
     }
-    node.user_ordered = lysc_is_userordered(node.compiled);
     if (node.key_count == 0 || node.key_count > kMaxKeys) {
       throw SchemaError(
           "list " + node.Path() + " has " + std::to_string(node.key_count) +

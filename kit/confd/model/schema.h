@@ -63,7 +63,7 @@ struct SchemaNode {
   std::unordered_map<std::string_view, std::vector<const SchemaNode*>> by_name;
 
   size_t key_count = 0;       // list
-  bool user_ordered = false;  // list
+  bool user_ordered = false;  // list, leaf-list
   size_t width = 0;  // most elements of a value array of this node's children
 
   std::unique_ptr<LeafType> type;      // leaf, leaf-list

@@ -193,6 +193,20 @@ TEST(ReadDocument, DefaultsOfOtherEntriesDoNotMoveTheLineOfAFault) {
                  "\"10.0.0.1%eth0\" is not of type inet:ipv4-address"}});
 }
 
+TEST(ReadDocument, TheOrderOfEntriesDoesNotMoveTheLineOfAFault) {
+  ExpectFaults(
+      Rules(),
+      {{"<top xmlns=\"urn:test:rules\"><item><name>b</name><needed>1</needed>\n"
+        "<peer>b</peer></item><item><name>c</name><needed>1</needed>\n"
+        "<peer>b</peer></item><item><name>a</name><needed>1</needed>\n"
+        "<peer>z</peer></item></top>",
+        4, "/rules:top/item[name='a']/peer", "Invalid leafref value \"z\""},
+       {"{\"rules:top\": {\"item\": [\n"
+        "{\"name\": \"b\", \"needed\": 1, \"peer\": \"b\"},\n"
+        "{\"name\": \"a\", \"needed\": 1, \"peer\": \"z\"}]}}",
+        3, "/rules:top/item[name='a']/peer", "Invalid leafref value \"z\""}});
+}
+
 TEST(ReadDocument, RefusesUnstructuredContentRatherThanDropIt) {
   ExpectFaults(Rules(),
                {{"<top xmlns=\"urn:test:rules\">\n<notes><x/></notes></top>", 2,
