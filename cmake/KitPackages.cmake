@@ -1,7 +1,8 @@
 # What the stand-in, the host and their tests are built with.
 
 include(RequirePackage)
-require_module(Libyang libyang2-dev libyang)
+# 2.1.30 (Debian 12) and 3.12.2 (Debian 13) are tested.
+require_module(Libyang "libyang2-dev or libyang-dev" libyang 2.1 4)
 require_package(CLI11 libcli11-dev)
 require_package(fmt libfmt-dev)
 require_package(nlohmann_json nlohmann-json3-dev)
