@@ -45,7 +45,7 @@ struct Table {
     }
     xml += "</table>";
     kit::control::ModelSet models{
-        std::string(TEST_SOURCE_ROOT) + "/benchmarks/models", {}};
+        std::string(TEST_SOURCE_ROOT) + "/benchmarks/models/table", {}};
     return Database::Open(models, models, std::move(xml), "table");
   }
 
