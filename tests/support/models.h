@@ -30,6 +30,11 @@ inline const Schema& Rules() {
   return schema;
 }
 
+inline const Schema& Names() {
+  static const Schema schema(ModelDirectory("names"), {});
+  return schema;
+}
+
 inline Target At(const Data& data, std::string_view path) {
   return data.Find(keypath::Parse(path), {true, nullptr});
 }
