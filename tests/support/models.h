@@ -8,10 +8,12 @@
 #include <string_view>
 
 #include "kit/confd/document/document.h"
+#include "kit/confd/document/writer.h"
 #include "kit/confd/keypath/keypath.h"
 #include "kit/confd/model/error.h"
 #include "kit/confd/model/schema.h"
 #include "kit/confd/tree/data.h"
+#include "kit/confd/upgrade/difference.h"
 
 namespace kit::store {
 
@@ -50,6 +52,33 @@ inline std::string Write(const Data& data, Syntax syntax,
   WriteDocument(data, {syntax, wrapping},
                 [&](std::string_view piece) { text += piece; });
   return text;
+}
+
+// Data with one leaf, or one value in a leaf-list.
+inline Data With(const Schema& schema, const std::string& path,
+                 const std::string& text) {
+  Data data(schema);
+  const Target target = At(data, path);
+  const Value value = target.schema->type->Parse(text);
+  if (target.schema->kind == NodeKind::kLeaf) {
+    target.holder->SetLeaf(*target.schema, value);
+  } else {
+    target.holder->AddToLeafList(*target.schema, value);
+  }
+  return data;
+}
+
+// One line for each entry and leaf that differs.
+inline std::string Differences(const Data& before, const Data& after) {
+  std::string differences;
+  Compare(before, after, [&](const EntryDifference& entry) {
+    differences += entry.path + "\n";
+    for (const LeafDifference& leaf : entry.leaves) {
+      differences += "  " + leaf.leaf + ": " + leaf.before.value_or("-") +
+                     " -> " + leaf.after.value_or("-") + "\n";
+    }
+  });
+  return differences;
 }
 
 // What the body of a failing operation throws; "" for nothing.

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kit/confd/document/document.h"
+#include "kit/confd/document/writer.h"
 #include "kit/confd/session/call_hooks.h"
 #include "kit/confd/session/session.h"
 #include "kit/confd/upgrade/database.h"

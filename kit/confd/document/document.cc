@@ -3,9 +3,7 @@
 #include <libyang/libyang.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <exception>
 #include <map>
 #include <memory>
 #include <new>
@@ -294,42 +292,6 @@ std::vector<BrokenConstraint> ToBroken(const Complaint& complaint,
   return all;
 }
 
-struct SinkState {
-  const std::function<void(std::string_view)>& sink;
-  bool is_xml;
-  std::exception_ptr failure;
-};
-
-// A reader would take a raw carriage return for a line end, and libyang writes
-// it so.
-void WriteXml(std::string_view text,
-              const std::function<void(std::string_view)>& sink) {
-  for (size_t at; (at = text.find('\r')) != std::string_view::npos;
-       text.remove_prefix(at + 1)) {
-    sink(text.substr(0, at));
-    sink("&#13;");
-  }
-  sink(text);
-}
-
-// libyang is C: an exception waits in the state until it has returned.
-ssize_t CallSink(void* user_data, const void* buffer, size_t count) {
-  auto* state = static_cast<SinkState*>(user_data);
-  try {
-    std::string_view text(static_cast<const char*>(buffer), count);
-    if (state->is_xml) {
-      WriteXml(text, state->sink);
-    } else {
-      state->sink(text);
-    }
-    return static_cast<ssize_t>(count);
-  } catch (...) {
-    state->failure = std::current_exception();
-    errno = EIO;
-    return -1;
-  }
-}
-
 bool IsLeafPath(const ly_ctx* context, std::string_view path) {
   const lysc_node* node = FindSchemaNode(context, path);
   return node != nullptr && node->nodetype == LYS_LEAF;
@@ -511,31 +473,6 @@ std::vector<BrokenConstraint> ValidateData(const Data& data) {
     broken.push_back({ErrorCode::kInternal, "", "libyang gave no reason"});
   }
   return broken;
-}
-
-void WriteDocument(const Data& data, Envelope envelope,
-                   const std::function<void(std::string_view)>& sink) {
-  LibyangTree tree = Export(data);
-  // A text without an element is no XML document.
-  if (tree == nullptr && envelope.wrapping == Wrapping::kNone) {
-    envelope.wrapping = Wrapping::kConfig;
-  }
-  bool xml = envelope.syntax == Syntax::kXml;
-  SinkState state{sink, xml, nullptr};
-  ly_out* raw = nullptr;
-  if (ly_out_new_clb(CallSink, &state, &raw) != LY_SUCCESS) {
-    throw Error(ErrorCode::kMalloc, "libyang can't open its output");
-  }
-  std::unique_ptr<ly_out, void (*)(ly_out*)> out(
-      raw, [](ly_out* o) { ly_out_free(o, nullptr, 0); });
-  if (xml) sink(Opening(envelope));
-  LY_ERR result = lyd_print_all(out.get(), tree.get(), xml ? LYD_XML : LYD_JSON,
-                                LYD_PRINT_WD_EXPLICIT);
-  if (state.failure) std::rethrow_exception(state.failure);
-  if (result != LY_SUCCESS) {
-    throw Error(ErrorCode::kInternal, "libyang can't print the data");
-  }
-  if (xml) sink(Closing(envelope));
 }
 
 }  // namespace kit::store

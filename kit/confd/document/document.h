@@ -1,12 +1,10 @@
-// Configurations as text: reading, checking and writing them with libyang.
+// Configurations as text: reading and checking them with libyang.
 #ifndef KIT_CONFD_DOCUMENT_DOCUMENT_H_
 #define KIT_CONFD_DOCUMENT_DOCUMENT_H_
 
 #include <cstdint>
-#include <functional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "kit/confd/document/envelope.h"
@@ -39,11 +37,6 @@ struct BrokenConstraint {
 
 // Checks the data against every constraint of its models.
 std::vector<BrokenConstraint> ValidateData(const Data& data);
-
-// Writes the data as indented text, piece by piece. XML without any node is
-// wrapped in any case.
-void WriteDocument(const Data& data, Envelope envelope,
-                   const std::function<void(std::string_view)>& sink);
 
 }  // namespace kit::store
 

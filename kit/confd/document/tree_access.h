@@ -3,13 +3,15 @@
 #define KIT_CONFD_DOCUMENT_TREE_ACCESS_H_
 
 #include <algorithm>
+#include <optional>
 
 #include "kit/confd/tree/tree.h"
 
 namespace kit::store {
 
 // What was set in a leaf, keys of entries among them; tests false without it.
-inline const Value* SetLeafOf(const Node& node, const SchemaNode& leaf) {
+inline std::optional<Value> SetLeafOf(const Node& node,
+                                      const SchemaNode& leaf) {
   return node.SetValue(leaf);
 }
 
@@ -18,7 +20,7 @@ template <typename Visit>
 void ForEachSetValue(const Node& node, const SchemaNode& leaf_list,
                      const Visit& visit) {
   if (!node.IsSet(leaf_list)) return;
-  for (const Value& value : *node.LeafListValues(leaf_list)) visit(value);
+  for (const Value& value : node.LeafListValues(leaf_list)) visit(value);
 }
 
 // Calls `visit` with each entry of a list, in the list's order.
@@ -27,15 +29,12 @@ void ForEachEntry(const Node& node, const SchemaNode& list,
                   const Visit& visit) {
   const List* entries = node.ListAt(list);
   if (entries == nullptr) return;
-  for (const Node* entry = entries->First(); entry != nullptr;
-       entry = entry->next) {
-    visit(*entry);
-  }
+  for (const Node& entry : *entries) visit(entry);
 }
 
 // Null where there is none; one without presence may be empty.
 inline const Node* ContainerOf(const Node& node, const SchemaNode& container) {
-  return node.Container(container);
+  return node.FindContainer(container);
 }
 
 // Whether anything below the node would be written. A leaf-list may be set to
@@ -46,9 +45,9 @@ inline bool HasContent(const Node& node) {
                        if (!node.IsSet(*child)) return false;
                        switch (child->kind) {
                          case NodeKind::kLeafList:
-                           return !node.LeafListValues(*child)->empty();
+                           return !node.LeafListValues(*child).empty();
                          case NodeKind::kContainer:
-                           return HasContent(*node.Container(*child));
+                           return HasContent(*node.FindContainer(*child));
                          default:
                            return true;
                        }
