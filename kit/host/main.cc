@@ -228,7 +228,10 @@ void Conclude(const RunOptions& options, Run& run) {
   }
   if (!report.failure) {
     HoldInterrupts();
-    if (run.output) run.output->Confirm();
+    const std::string left = run.output ? run.output->Confirm() : "";
+    if (!left.empty()) {
+      std::fputs(("ospf-upgrade: " + OneLine(left) + "\n").c_str(), stderr);
+    }
     return;
   }
   std::fputs(RenderFailure(*report.failure).c_str(), stderr);

@@ -180,8 +180,12 @@ void OutputFile::Publish(uint64_t size) {
   }
 }
 
-void OutputFile::Confirm() {
-  if (publication_) publication_->Confirm();
+std::string OutputFile::Confirm() {
+  const int error = publication_ ? publication_->Confirm() : 0;
+  if (error == 0) return "";
+  return fmt::format("what {} was before is still there as {}: {}",
+                     target_.string(), publication_->kept(),
+                     std::generic_category().message(error));
 }
 
 std::string OutputFile::TakeBack() {

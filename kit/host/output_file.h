@@ -39,7 +39,8 @@ class OutputFile {
   // Puts it in its place; returns the size in bytes. Until Confirm it is taken
   // back by TakeBack, the destructor and every signal that ends the program.
   uint64_t Commit();
-  void Confirm();
+  // Returns what has been left behind, "" when nothing has.
+  std::string Confirm();
   // Returns what could not be taken back, "" when all is as it was.
   std::string TakeBack();
 

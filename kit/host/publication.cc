@@ -162,10 +162,12 @@ int Publication::Replace(const FileDescriptor& file) {
   return error;
 }
 
-void Publication::Confirm() {
+int Publication::Confirm() {
   const InterruptBlock block;
   published_ = false;
-  Remove(kept_);
+  const int error = kept_[0] == '\0' ? 0 : ErrorOf(unlink(kept_));
+  if (error == 0) kept_[0] = '\0';
+  return error;
 }
 
 // From here on only what is safe in the handler of a signal.

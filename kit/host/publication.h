@@ -44,7 +44,8 @@ class Publication {
   // The name under which the replaced file is kept, or "".
   const char* kept() const { return kept_; }
 
-  void Confirm();
+  // Final whatever it returns: that tells if the kept file is gone.
+  int Confirm();
 
   // Leaves all as it was before the first step. Whatever has been put in the
   // new file's place meanwhile stays. False if it is not possible.

@@ -199,6 +199,21 @@ TEST_F(PublishTest, AReplacedFileThatCannotBePutBackIsNamed) {
   EXPECT_THAT(NewFiles(), IsEmpty());
 }
 
+TEST_F(PublishTest, AReplacedFileThatCannotBeRemovedIsNamed) {
+  args_.push_back("--force");
+  Write("out", "old");
+  Launch launch;
+  launch.refusals = NoRemoval();
+  const Outcome outcome = RunDemo("idle", args_, launch);
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_THAT(Read("out"), HasSubstr("</demo>"));
+  ASSERT_EQ(NewFiles().size(), 1U);
+  EXPECT_EQ(outcome.err,
+            "ospf-upgrade: what out was before is still there as ./" +
+                NewFiles()[0] + ": Operation not permitted\n");
+  EXPECT_EQ(Read(NewFiles()[0]), "old");
+}
+
 TEST_F(PublishTest, StandardOutputKeepsAResultWhoseReportLacksItsEnd) {
   args_ = {"demo.xml", "-o", "-"};
   Launch launch;

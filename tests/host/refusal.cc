@@ -58,6 +58,14 @@ std::vector<Refusal> NoHardLinks() {
   return refusals;
 }
 
+std::vector<Refusal> NoRemoval() {
+  std::vector<Refusal> refusals = {{SYS_unlinkat, 0, 0, EPERM}};
+#ifdef SYS_unlink
+  refusals.push_back({SYS_unlink, 0, 0, EPERM});
+#endif
+  return refusals;
+}
+
 bool Refuse(const std::vector<Refusal>& refusals) {
   if (refusals.empty()) return true;
   if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return false;

@@ -21,6 +21,7 @@ std::vector<Refusal> NoUnnamedFiles();
 std::vector<Refusal> NoExchange();
 std::vector<Refusal> NoRenameThatNeverReplaces();
 std::vector<Refusal> NoHardLinks();
+std::vector<Refusal> NoRemoval();
 
 // False when the kernel does not allow it.
 bool Refuse(const std::vector<Refusal>& refusals);
