@@ -197,10 +197,8 @@ std::string OutputFile::TakeBack() {
                    "{} has been replaced nevertheless: its file system "
                    "cannot take that back",
                    target_.string())
-             : fmt::format(
-                   "{} has been replaced nevertheless; what was there is "
-                   "now {}",
-                   target_.string(), kept);
+             : fmt::format("what {} was before is now {}", target_.string(),
+                           kept);
 }
 
 void OutputFile::CopyToTemporary(uint64_t size) {

@@ -33,6 +33,10 @@ std::string LinkToDescriptor(int fd) {
   return fmt::format("/proc/self/fd/{}", fd);
 }
 
+int Exchange(const char* one, const char* other) {
+  return ErrorOf(renameat2(AT_FDCWD, one, AT_FDCWD, other, RENAME_EXCHANGE));
+}
+
 // Renames without ever replacing a file.
 int RenameToNew(const char* from, const char* to) {
   const int error =
@@ -145,8 +149,7 @@ int Publication::Replace(const FileDescriptor& file) {
                      [&file](const char* name) { return Link(file, name); });
   }
   if (error != 0) return error;
-  error = ErrorOf(renameat2(AT_FDCWD, temporary_, AT_FDCWD, target_.c_str(),
-                            RENAME_EXCHANGE));
+  error = Exchange(temporary_, target_.c_str());
   if (error == 0) {
     std::memcpy(kept_, temporary_, sizeof(kept_));
   } else if (IsUnknown(error)) {
@@ -164,7 +167,7 @@ int Publication::Replace(const FileDescriptor& file) {
 
 int Publication::Confirm() {
   const InterruptBlock block;
-  published_ = false;
+  over_ = true;
   const int error = kept_[0] == '\0' ? 0 : ErrorOf(unlink(kept_));
   if (error == 0) kept_[0] = '\0';
   return error;
@@ -172,23 +175,32 @@ int Publication::Confirm() {
 
 // From here on only what is safe in the handler of a signal.
 
-bool Publication::TakeTargetBack() {
+bool Publication::IsNewFile(const char* name) const {
   struct stat now = {};
-  const bool exists = lstat(target_.c_str(), &now) == 0;
-  if (exists && (now.st_dev != device_ || now.st_ino != inode_)) return true;
+  return lstat(name, &now) == 0 && now.st_dev == device_ &&
+         now.st_ino == inode_;
+}
+
+bool Publication::TakeTargetBack() {
+  const char* target = target_.c_str();
+  struct stat now = {};
+  const bool is_gone = lstat(target, &now) != 0 && errno == ENOENT;
+  if (!is_gone && !IsNewFile(target)) return kept_[0] == '\0';
   if (old_is_lost_) return false;
-  if (kept_[0] == '\0') return !exists || unlink(target_.c_str()) == 0;
-  if (rename(kept_, target_.c_str()) != 0) return false;
+  if (kept_[0] == '\0') return is_gone || unlink(target) == 0;
+  if (Exchange(kept_, target) == 0) return IsNewFile(kept_);
+  if (rename(kept_, target) != 0) return false;
   kept_[0] = '\0';
   return true;
 }
 
 bool Publication::TakeBack() {
   const InterruptBlock block;
+  if (over_) return true;
+  over_ = true;
   const bool done = !published_ || TakeTargetBack();
-  published_ = false;
   Remove(temporary_);
-  if (done) Remove(kept_);  // or else it is all that there is of the old file
+  if (done) Remove(kept_);  // or else it is all that there is of what was there
   return done;
 }
 

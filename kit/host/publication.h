@@ -47,8 +47,9 @@ class Publication {
   // Final whatever it returns: that tells if the kept file is gone.
   int Confirm();
 
-  // Leaves all as it was before the first step. Whatever has been put in the
-  // new file's place meanwhile stays. False if it is not possible.
+  // Leaves all as it was before the first step. False if that is not possible;
+  // something that has been put in the new file's place meanwhile stays there,
+  // and what was replaced stays kept.
   bool TakeBack();
 
  private:
@@ -57,6 +58,7 @@ class Publication {
   static void CleanUp();
   int TakeName(Name& name, const std::function<int(const char* name)>& make);
   int Remember(const FileDescriptor& file);
+  bool IsNewFile(const char* name) const;
   bool TakeTargetBack();
 
   // Read by the handler of a signal; changed while signals are blocked.
@@ -65,7 +67,8 @@ class Publication {
   Name kept_ = "";
   bool published_ = false;
   bool old_is_lost_ = false;
-  dev_t device_ = 0;  // of the new file
+  bool over_ = false;  // confirmed or taken back
+  dev_t device_ = 0;   // of the new file
   ino_t inode_ = 0;
 };
 

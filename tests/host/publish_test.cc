@@ -10,6 +10,7 @@
 #include <array>
 #include <chrono>
 #include <fstream>
+#include <memory>
 #include <random>
 #include <thread>
 
@@ -136,20 +137,47 @@ TEST_F(PublishTest, ASignalBeforeTheEndOfTheReportPutsTheOldFileBack) {
 TEST_F(PublishTest, WhatSomebodyPutsInTheOutputsPlaceMeanwhileStays) {
   const size_t room = ReportSize("Written: ");
   fs::remove(Path("out"));
-  for (const bool force : {false, true}) {
-    if (force) {
-      Write("out", "old");
-      args_.push_back("--force");
-    }
-    const NarrowPipe pipe(Path("pipe"), room);
-    const pid_t host = StartAndPublish({});
+  const NarrowPipe pipe(Path("pipe"), room);
+  const pid_t host = StartAndPublish({});
+  Write("other", "somebody else's");
+  fs::rename(Path("other"), Path("out"));
+  kill(host, SIGTERM);
+  EXPECT_EQ(Finish(host).exit_code, 128 + SIGTERM);
+  EXPECT_EQ(Read("out"), "somebody else's");
+  EXPECT_THAT(NewFiles(), ElementsAre("out", "pipe"));
+}
+
+// It has nowhere to go back to and must not be lost.
+TEST_F(PublishTest, AReplacedFileWhosePlaceSomebodyTookIsKeptAndNamed) {
+  const size_t room = ReportSize("Written: ");
+  args_.push_back("--force");
+  std::string command = "trap '' PIPE; exec \"$0\"";
+  for (const std::string& arg : DemoArgs("idle", args_)) {
+    command += " '" + arg + "'";
+  }
+  Launch launch;
+  launch.executable = "/bin/sh";
+  launch.stdout_path = Path("pipe");
+  for (const bool by_signal : {false, true}) {
+    Write("out", "old");
+    auto pipe = std::make_unique<NarrowPipe>(Path("pipe"), room);
+    const pid_t host = Start({"-c", command, TEST_HOST}, launch);
+    EXPECT_TRUE(WaitFor("out", "</demo>"));
     Write("other", "somebody else's");
     fs::rename(Path("other"), Path("out"));
-    kill(host, SIGTERM);
-    EXPECT_EQ(Finish(host).exit_code, 128 + SIGTERM);
+    if (by_signal) kill(host, SIGTERM);
+    if (!by_signal) pipe.reset();
+    const Outcome outcome = Finish(host);
+    EXPECT_EQ(outcome.exit_code, by_signal ? 128 + SIGTERM : 6) << outcome;
     EXPECT_EQ(Read("out"), "somebody else's");
-    fs::remove(Path("out"));
-    EXPECT_THAT(NewFiles(), ElementsAre("pipe"));
+    pipe.reset();
+    ASSERT_EQ(NewFiles().size(), 1U);
+    EXPECT_EQ(Read(NewFiles()[0]), "old");
+    if (!by_signal) {
+      EXPECT_THAT(outcome.err, HasSubstr("\n  what out was before is now ./" +
+                                         NewFiles()[0] + "\n"));
+    }
+    fs::remove(Path(NewFiles()[0]));
   }
 }
 
