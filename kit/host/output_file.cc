@@ -193,10 +193,7 @@ std::string OutputFile::TakeBack() {
   if (publication_->TakeBack()) return "";
   const std::string kept = publication_->kept();
   return kept.empty()
-             ? fmt::format(
-                   "{} has been replaced nevertheless: its file system "
-                   "cannot take that back",
-                   target_.string())
+             ? fmt::format("{} cannot be put back as it was", target_.string())
              : fmt::format("what {} was before is now {}", target_.string(),
                            kept);
 }

@@ -44,7 +44,8 @@ int RenameToNew(const char* from, const char* to) {
   // A hard link does not replace either.
   if (!IsUnknown(error)) return error;
   if (link(from, to) != 0) return errno;
-  return ErrorOf(unlink(from));
+  unlink(from);  // should it stay, the file has two names, which is no failure
+  return 0;
 }
 
 // Gives a file a name that no other has.
@@ -184,7 +185,8 @@ bool Publication::IsNewFile(const char* name) const {
 bool Publication::TakeTargetBack() {
   const char* target = target_.c_str();
   struct stat now = {};
-  const bool is_gone = lstat(target, &now) != 0 && errno == ENOENT;
+  const bool is_gone = lstat(target, &now) != 0;
+  if (is_gone && errno != ENOENT) return false;
   if (!is_gone && !IsNewFile(target)) return kept_[0] == '\0';
   if (old_is_lost_) return false;
   if (kept_[0] == '\0') return is_gone || unlink(target) == 0;

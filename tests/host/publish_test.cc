@@ -214,15 +214,22 @@ TEST_F(PublishTest, AReportThatLacksItsEndPutsTheOldFileBack) {
   }
 }
 
-TEST_F(PublishTest, AReplacedFileThatCannotBePutBackIsNamed) {
+TEST_F(PublishTest, AnOutputThatCannotBeTakenBackIsNamed) {
   Launch launch;
   launch.max_file_size = ReportSize("out (XML");
+  fs::remove(Path("out"));
+  launch.refusals = NoRemoval();
+  const Outcome created = RunDemo("idle", args_, launch);
+  EXPECT_EQ(created.exit_code, 6) << created;
+  EXPECT_THAT(created.err, HasSubstr("\n  out cannot be put back as it was\n"));
+  EXPECT_THAT(Read("out"), HasSubstr("</demo>"));
+
   launch.refusals = FileSystemWithoutWayBack();
   args_.push_back("--force");
   Write("out", "old");
   const Outcome outcome = RunDemo("idle", args_, launch);
   EXPECT_EQ(outcome.exit_code, 6) << outcome;
-  EXPECT_THAT(outcome.err, HasSubstr("\n  out has been replaced nevertheless"));
+  EXPECT_THAT(outcome.err, HasSubstr("\n  out cannot be put back as it was\n"));
   EXPECT_THAT(Read("out"), HasSubstr("</demo>"));
   EXPECT_THAT(NewFiles(), IsEmpty());
 }
