@@ -1,13 +1,17 @@
 #include "kit/confd/document/export.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
+#include "kit/confd/document/tree_access.h"
 #include "kit/confd/model/error.h"
 
 namespace kit::store {
 namespace {
 
+// libyang puts a new node in front of the nodes that follow it in the model, of
+// which it looks for the first: last to first, that one is found at once.
 class Exporter {
  public:
   explicit Exporter(const Schema& schema)
@@ -19,7 +23,7 @@ class Exporter {
   }
 
  private:
-  void Check(LY_ERR result, const SchemaNode& schema) {
+  void Check(LY_ERR result, const SchemaNode& schema) const {
     if (result == LY_SUCCESS) return;
     const char* why = ly_errmsg(context_);
     throw Error(ErrorCode::kInternal,
@@ -27,15 +31,45 @@ class Exporter {
                     (why != nullptr ? why : "unknown reason"));
   }
 
-  // Nodes at the top hang on each other, not on a parent.
-  void Adopt(lyd_node* node, lyd_node* parent) {
-    if (parent == nullptr) top_.Add(LibyangTree(node));
+  // Nodes without a parent hang on each other. For each list entry among them
+  // libyang would walk through all when it validates, to see that it is not
+  // there twice. Our lists have no entry twice.
+  void Adopt(lyd_node* node, const lyd_node* parent) {
+    if (parent != nullptr) return;
+    if (node->schema->nodetype == LYS_LIST) {
+      node->flags &= ~static_cast<uint32_t>(LYD_NEW);
+    }
+    top_.Add(LibyangTree(node));
   }
 
   void Children(const Node& node, lyd_node* out) {
-    for (const auto& child : node.schema->children) {
-      if (child->is_key() || !node.IsSet(*child)) continue;
-      Child(node, *child, out);
+    const auto& children = node.schema->children;
+    std::for_each(children.rbegin(), children.rend(), [&](const auto& child) {
+      if (!child->is_key()) Child(node, *child, out);
+    });
+  }
+
+  void Child(const Node& node, const SchemaNode& schema, lyd_node* out) {
+    switch (schema.kind) {
+      case NodeKind::kLeaf:
+        if (const auto value = SetLeafOf(node, schema)) {
+          Term(schema, *value, out);
+        }
+        return;
+      case NodeKind::kLeafList:
+        ForEachSetValue(node, schema,
+                        [&](const Value& value) { Term(schema, value, out); });
+        return;
+      case NodeKind::kContainer:
+      case NodeKind::kPresenceContainer:
+        if (node.IsSet(schema)) Container(*ContainerOf(node, schema), out);
+        return;
+      case NodeKind::kList:
+        ForEachEntry(node, schema,
+                     [&](const Node& entry) { Entry(entry, out); });
+        return;
+      default:
+        return;
     }
   }
 
@@ -47,32 +81,14 @@ class Exporter {
     Adopt(term, out);
   }
 
-  void Child(const Node& node, const SchemaNode& schema, lyd_node* out) {
-    switch (schema.kind) {
-      case NodeKind::kLeaf:
-        Term(schema, *node.SetValue(schema), out);
-        return;
-      case NodeKind::kLeafList:
-        for (const Value& value : node.LeafListValues(schema)) {
-          Term(schema, value, out);
-        }
-        return;
-      case NodeKind::kContainer:
-      case NodeKind::kPresenceContainer: {
-        lyd_node* inner = nullptr;
-        Check(lyd_new_inner(out, schema.module->compiled, schema.name.c_str(),
-                            0, &inner),
-              schema);
-        Adopt(inner, out);
-        Children(*node.FindContainer(schema), inner);
-        return;
-      }
-      case NodeKind::kList:
-        for (const Node& entry : *node.ListAt(schema)) Entry(entry, out);
-        return;
-      default:
-        return;
-    }
+  void Container(const Node& container, lyd_node* out) {
+    const SchemaNode& schema = *container.schema;
+    lyd_node* inner = nullptr;
+    Check(lyd_new_inner(out, schema.module->compiled, schema.name.c_str(), 0,
+                        &inner),
+          schema);
+    Adopt(inner, out);
+    Children(container, inner);
   }
 
   void Entry(const Node& entry, lyd_node* out) {
@@ -80,7 +96,8 @@ class Exporter {
     // libyang takes as many arguments as the list has keys.
     std::string keys[9];
     for (size_t i = 0; i < schema.key_count; ++i) {
-      keys[i] = schema.children[i]->type->Print(entry.Key(i));
+      const SchemaNode& key = *schema.children[i];
+      keys[i] = key.type->Print(*SetLeafOf(entry, key));
     }
     lyd_node* list = nullptr;
     Check(lyd_new_list(out, schema.module->compiled, schema.name.c_str(), 0,
@@ -88,9 +105,6 @@ class Exporter {
                        keys[3].c_str(), keys[4].c_str(), keys[5].c_str(),
                        keys[6].c_str(), keys[7].c_str(), keys[8].c_str()),
           schema);
-    // A list has no two entries of the same keys. Where they stand in no other
-    // node, libyang would compare each with all others.
-    if (out == nullptr) list->flags &= ~uint32_t{LYD_NEW};
     Adopt(list, out);
     Children(entry, list);
   }

@@ -379,7 +379,8 @@ class Generator {
       if (all.empty()) return;
       keys.push_back(all[Below(all.size())]);
     }
-    const auto [entry, is_new] = node.MakeList(list).Insert(std::move(keys));
+    const auto [entry, is_new] =
+        node.MakeList(list).Insert({keys.data(), keys.size()});
     if (is_new) Fill(*entry);
   }
 
