@@ -22,7 +22,8 @@ namespace kit::control {
 
 enum class Format { kXml, kJson };
 
-// The data models of one side of the upgrade: every YANG module of a folder.
+// The data models of one side of the upgrade: every YANG module of a folder,
+// each in one file. What stands below the folder does not count.
 struct ModelSet {
   std::filesystem::path directory;
   // Hash that the data-model compiler gave a module's namespace, by module

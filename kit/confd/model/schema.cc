@@ -2,14 +2,11 @@
 
 #include <libyang/libyang.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
-#include <cstdio>
-#include <system_error>
 
 #include "kit/confd/model/error.h"
 #include "kit/confd/model/libyang_messages.h"
+#include "kit/confd/model/module_folder.h"
 
 namespace kit::store {
 namespace {
@@ -52,42 +49,6 @@ void KeepOrderOfText(const lysc_node* compiled) {
   node->flags |= LYS_ORDBY_USER;
 }
 
-bool IsSubmodule(std::string_view text) {
-  size_t at = text.find_first_not_of(" \t\r\n");
-  while (at != std::string_view::npos) {
-    if (text.compare(at, 2, "//") == 0) {
-      at = text.find('\n', at);
-    } else if (text.compare(at, 2, "/*") == 0) {
-      at = text.find("*/", at);
-      if (at != std::string_view::npos) at += 2;
-    } else {
-      return text.compare(at, 9, "submodule") == 0;
-    }
-    if (at != std::string_view::npos) {
-      at = text.find_first_not_of(" \t\r\n", at);
-    }
-  }
-  return false;
-}
-
-std::string ReadFile(const std::filesystem::path& path) {
-  std::string text;
-  FILE* file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr) {
-    throw SchemaError(path.string() + ": " +
-                      std::generic_category().message(errno));
-  }
-  char buffer[1 << 16];
-  size_t count;
-  while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) {
-    text.append(buffer, count);
-  }
-  bool failed = std::ferror(file) != 0;
-  std::fclose(file);
-  if (failed) throw SchemaError(path.string() + ": it can't be read");
-  return text;
-}
-
 }  // namespace
 
 std::string SchemaNode::PathName() const {
@@ -128,48 +89,27 @@ Schema::Schema(const std::filesystem::path& directory,
 Schema::~Schema() = default;
 
 void Schema::LoadModules(const std::filesystem::path& directory) {
-  std::error_code error;
-  std::vector<std::filesystem::path> files;
-  std::filesystem::directory_iterator entries(directory, error);
-  if (error) {
-    throw SchemaError(directory.string() + ": " + error.message() +
-                      "; name a folder of YANG modules");
-  }
-  for (const auto& entry : entries) {
-    if (entry.path().extension() == ".yang") files.push_back(entry.path());
-  }
-  if (files.empty()) {
-    throw SchemaError(directory.string() + ": no YANG module (*.yang) in it");
-  }
-  // So that messages and the order of nodes do not depend on the file system.
-  std::sort(files.begin(), files.end());
-
+  const ModuleFolder folder(directory);
   ly_ctx* context = nullptr;
-  LY_ERR result = ly_ctx_new(directory.c_str(),
+  LY_ERR result = ly_ctx_new(nullptr,
                              LY_CTX_NO_YANGLIBRARY | LY_CTX_SET_PRIV_PARSED |
-                                 LY_CTX_DISABLE_SEARCHDIR_CWD,
+                                 LY_CTX_DISABLE_SEARCHDIRS,
                              &context);
   context_.reset(context);
-  if (result != LY_SUCCESS) {
-    throw SchemaError(directory.string() + ": libyang can't use this folder");
-  }
+  if (result != LY_SUCCESS) throw SchemaError("libyang can't be set up");
+  folder.ServeImports(context);
   static const char* all_features[] = {"*", nullptr};
-  for (const auto& file : files) {
-    std::string text = ReadFile(file);
-    if (IsSubmodule(text)) continue;
-    // "name@revision.yang" or "name.yang".
-    std::string stem = file.stem().string();
-    size_t at = stem.find('@');
-    std::string name = stem.substr(0, at);
-    std::string revision = at == std::string::npos ? "" : stem.substr(at + 1);
+  for (const ModuleFile& file : folder.files()) {
+    if (file.is_submodule) continue;
     ly_err_clean(context, nullptr);
     const lys_module* module = ly_ctx_load_module(
-        context, name.c_str(), revision.empty() ? nullptr : revision.c_str(),
-        all_features);
+        context, file.name.c_str(),
+        file.revision.empty() ? nullptr : file.revision.c_str(), all_features);
     if (module == nullptr) {
-      throw SchemaError(file.string() + ": " + FirstMessage(context));
+      throw SchemaError(file.path.string() + ": " + FirstMessage(context));
     }
   }
+  ly_ctx_set_module_imp_clb(context, nullptr, nullptr);
 }
 
 const Module* Schema::ModuleOf(const lys_module* compiled) {

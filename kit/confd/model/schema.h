@@ -96,7 +96,8 @@ struct SchemaNode {
 
 class Schema {
  public:
-  // Loads every YANG module of a folder. Throws SchemaError.
+  // Loads every YANG module of a folder, and nothing from elsewhere but what
+  // libyang brings. Throws SchemaError.
   Schema(const std::filesystem::path& directory,
          const LeafType::NamespaceHashes& hashes);
   ~Schema();

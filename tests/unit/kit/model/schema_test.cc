@@ -1,5 +1,7 @@
 #include "kit/confd/model/schema.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -93,6 +95,80 @@ TEST_F(SchemaFolderTest, SubmodulesAndRevisionsInFileNamesAreFine) {
 }
 
 // Refined and deviated nodes keep their typedefs.
+TEST_F(SchemaFolderTest, WhatStandsBelowTheFolderDoesNotCount) {
+  std::filesystem::create_directory(folder_ / "below");
+  AddModule("m", "revision 2020-01-01; leaf old { type string; }");
+  Add("below/m@2030-01-01.yang",
+      "module m { namespace \"urn:m\"; prefix m; revision 2030-01-01; leaf new "
+      "{"
+      " type string; } }");
+  // A folder without end.
+  std::filesystem::create_directory_symlink(".", folder_ / "again");
+  Schema schema(folder_, {});
+  ASSERT_EQ(schema.root().children.size(), 1u);
+  EXPECT_EQ(schema.root().children[0]->name, "old");
+
+  Add("below/absent.yang",
+      "module absent { namespace \"urn:a\"; prefix a; typedef t { type string; "
+      "} }");
+  AddModule("user", "import absent { prefix a; } leaf x { type a:t; }");
+  EXPECT_NE(Failure().find("user.yang: "), std::string::npos) << Failure();
+}
+
+TEST_F(SchemaFolderTest, AModuleThatIsNoFileIsAnError) {
+  AddModule("m", "leaf x { type string; }");
+  std::filesystem::create_symlink("m.yang", folder_ / "n.txt");
+  ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(Failure(), "");
+
+  const std::filesystem::path odd = folder_ / "odd.yang";
+  std::filesystem::create_symlink("odd.yang", odd);
+  EXPECT_EQ(Failure().rfind(odd.string() + ": Too many levels", 0), 0u)
+      << Failure();
+  std::filesystem::remove(odd);
+  std::filesystem::create_symlink("absent", odd);
+  EXPECT_EQ(Failure().rfind(odd.string() + ": ", 0), 0u) << Failure();
+  std::filesystem::remove(odd);
+  std::filesystem::create_symlink("/dev/zero", odd);
+  EXPECT_EQ(Failure(), odd.string() + ": it is no regular file");
+  std::filesystem::remove(odd);
+  std::filesystem::create_directory(odd);
+  EXPECT_EQ(Failure(), odd.string() + ": it is no regular file");
+  std::filesystem::remove(odd);
+  Add("odd.yang", std::string("module odd {\0}", 14));
+  EXPECT_EQ(Failure(), odd.string() + ": it holds binary data");
+  std::filesystem::remove(odd);
+  ASSERT_EQ(mkfifo(odd.c_str(), 0600), 0);
+  EXPECT_EQ(Failure(), odd.string() + ": it is no regular file");
+}
+
+TEST_F(SchemaFolderTest, TwoFilesOfOneModuleAreAnError) {
+  const std::string head = "module m { namespace \"urn:m\"; prefix m; ";
+  Add("m.yang", head + "revision 2020-01-01; }");
+  Add("m@2020-01-01.yang", head + "revision 2020-01-01; }");
+  EXPECT_EQ(Failure(), "");
+  Add("m@2030-01-01.yang", head + "revision 2030-01-01; }");
+  EXPECT_EQ(Failure(), (folder_ / "m@2030-01-01.yang").string() +
+                           ": m@2020-01-01.yang is of the same module; leave "
+                           "one of the two");
+}
+
+TEST_F(SchemaFolderTest, ImportsMayNameTheRevision) {
+  Add("types@2020-01-01.yang",
+      "module types { namespace \"urn:types\"; prefix t; revision 2020-01-01;"
+      " typedef t { type uint8; } }");
+  AddModule(
+      "m",
+      "import types { prefix t; revision-date 2020-01-01; } leaf x { type "
+      "t:t; }");
+  EXPECT_EQ(Failure(), "");
+  AddModule(
+      "m",
+      "import types { prefix t; revision-date 2021-01-01; } leaf x { type "
+      "t:t; }");
+  EXPECT_NE(Failure().find("m.yang: "), std::string::npos) << Failure();
+}
+
 TEST_F(SchemaFolderTest, RefinesAndDeviationsDoNotHideTypedefs) {
   Add("m.yang",
       "module m { yang-version 1.1; namespace \"urn:m\"; prefix m;"
