@@ -244,7 +244,7 @@ class Writer {
 
 void WriteDocument(const Data& data, Envelope envelope, const Sink& sink) {
   // A text without an element is no XML document.
-  if (envelope.wrapping == Wrapping::kNone && data.root().IsEmpty()) {
+  if (envelope.wrapping == Wrapping::kNone && !HasContent(data.root())) {
     envelope.wrapping = Wrapping::kConfig;
   }
   const bool is_xml = envelope.syntax == Syntax::kXml;

@@ -32,9 +32,12 @@ TEST(Writer, CarriageReturnsComeBack) {
 
 TEST(Writer, EmptyDataIsAnEmptyDocument) {
   const Data data(Zoo());
-  EXPECT_EQ(Write(data, Syntax::kXml), "");
-  EXPECT_EQ(Write(data, Syntax::kXml, Wrapping::kConfig),
-            "<config xmlns=\"http://tail-f.com/ns/config/1.0\">\n</config>\n");
+  // Without an element it would be none.
+  for (const Wrapping wrapping : {Wrapping::kNone, Wrapping::kConfig}) {
+    EXPECT_EQ(
+        Write(data, Syntax::kXml, wrapping),
+        "<config xmlns=\"http://tail-f.com/ns/config/1.0\">\n</config>\n");
+  }
   EXPECT_EQ(Write(data, Syntax::kJson), "{}\n");
 }
 
