@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <deque>
 #include <new>
 #include <system_error>
 
@@ -74,9 +73,6 @@ EnumNamer NamerOf(const Scope* scope) {
   };
 }
 
-// How many of this thread's scratches calls have.
-thread_local size_t scratch_in_use = 0;
-
 }  // namespace
 
 Scope CdbScope(int sock) {
@@ -145,27 +141,18 @@ std::string FormatPath(const Scope* scope, const char* fmt, va_list args) {
   return FormatKeyPath(fmt, args, NamerOf(scope));
 }
 
-std::recursive_mutex& CallMutex() {
-  // Never destroyed, so that calls at a process's end still find it.
-  static auto& mutex = *new std::recursive_mutex();
-  return mutex;
-}
-
 Call::Call(const char* function)
     : function_(function),
       wants_values_(CallHooks::Instance().wants_values()) {}
 
 Call::~Call() {
-  if (scratch_ == nullptr) return;
-  va_end(args_);
-  --scratch_in_use;
+  if (scratch_ != nullptr) va_end(args_);
 }
 
 void Call::SetPath(const Scope& scope, const char* fmt, va_list args) {
-  // An observer may call while it is told of a call.
-  thread_local std::deque<Scratch> scratches;
-  if (scratches.size() == scratch_in_use) scratches.emplace_back();
-  scratch_ = &scratches[scratch_in_use++];
+  // The gate lets no call into another one.
+  thread_local Scratch scratch;
+  scratch_ = &scratch;
   va_copy(args_, args);
   scope_ = &scope;
   fmt_ = fmt;
@@ -284,6 +271,13 @@ int FailByException(Call& call) {
   } catch (...) {
     return call.Fail(CONFD_ERR_INTERNAL, "unknown internal error");
   }
+}
+
+int Refuse(store::Passage::Admission admission) {
+  return admission == store::Passage::Admission::kClosed
+             ? SetError(CONFD_ERR_NOSESSION, "the upgrade has ended")
+             : SetError(CONFD_ERR_PROTOUSAGE,
+                        "a call inside another call of the same thread");
 }
 
 }  // namespace kit::api

@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <exception>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,6 +17,7 @@
 #include "kit/confd/api/path_format.h"
 #include "kit/confd/api/values.h"
 #include "kit/confd/keypath/keypath.h"
+#include "kit/confd/session/call_gate.h"
 #include "kit/confd/session/call_hooks.h"
 #include "kit/confd/session/session.h"
 #include "kit/confd/tree/data.h"
@@ -127,19 +127,23 @@ class Call {
   std::string reason_;
 };
 
-std::recursive_mutex& CallMutex();
-
 // Turns the exception being handled into the call's error.
 int FailByException(Call& call);
+
+// The error of a call that does not get through the gate. Nobody is told of
+// it: whoever holds the gate may be the observer.
+int Refuse(store::Passage::Admission admission);
 
 // Runs `body`, which returns the call's result, so that nothing it throws
 // leaves. `prepare` finds the scope and path first.
 template <typename Prepare, typename Body>
 int RunCall(const char* function, const Prepare& prepare, const Body& body) {
+  const store::Passage passage;
+  if (passage.admission() != store::Passage::Admission::kGranted) {
+    return Refuse(passage.admission());
+  }
   int result = CONFD_ERR;
   try {
-    // Programs may call from several threads; the store knows one at a time.
-    const std::lock_guard<std::recursive_mutex> lock(CallMutex());
     Call call(function);
     try {
       prepare(call);

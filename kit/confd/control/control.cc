@@ -4,6 +4,7 @@
 
 #include "kit/confd/document/document.h"
 #include "kit/confd/document/writer.h"
+#include "kit/confd/session/call_gate.h"
 #include "kit/confd/session/call_hooks.h"
 #include "kit/confd/session/session.h"
 #include "kit/confd/upgrade/database.h"
@@ -138,6 +139,8 @@ size_t Database::OpenCursors() const {
   if (!impl_->handles) return 0;
   return store::Sessions::Instance().OpenCursors(impl_->handles->maapi_sock);
 }
+
+void CloseCalls() { store::CallGate::Instance().Close(); }
 
 Observer::~Observer() = default;
 

@@ -1,6 +1,12 @@
 // What a host needs besides the C API: a database from a configuration and two
 // sets of data models, the handles an upgrade program works on, the calls it
 // makes, faults for it to meet, and what became of the configuration.
+//
+// Threads: programs may make calls of the C API from several threads, which are
+// carried out one after another. SetObserver, SetFaults, CloseCalls and
+// ToString may be called from any thread. A Database is for one thread at a
+// time, and not while a program makes calls: its functions do not wait for
+// those. Nothing here may be called from a signal handler.
 #ifndef KIT_CONFD_CONTROL_CONTROL_H_
 #define KIT_CONFD_CONTROL_CONTROL_H_
 
@@ -97,7 +103,7 @@ struct EntryChange {
 
 // A configuration under its old models (what CDB shows), and the upgrade
 // transaction under the new ones, filled as ConfD fills it at start-up.
-// Programs reach it through the C API once it is attached. Not thread-safe.
+// Programs reach it through the C API once it is attached.
 class KIT_CONTROL_EXPORT Database {
  public:
   // Reads a configuration (XML or JSON, told apart by content) of the old
@@ -138,6 +144,12 @@ class KIT_CONTROL_EXPORT Database {
   std::unique_ptr<Impl> impl_;
 };
 
+// Ends what programs can do, for the rest of the process: waits until no call
+// of the C API is under way, and lets none through any more. Calls of the
+// thread that called this fail with CONFD_ERR_NOSESSION, also in a process
+// forked from it; those of other threads never return.
+KIT_CONTROL_EXPORT void CloseCalls();
+
 // One finished call of the C API. The views live as long as the callback.
 struct Call {
   uint64_t number;            // counts from 1 since the last SetObserver
@@ -150,7 +162,8 @@ struct Call {
   std::string_view reason;  // confd_lasterr() of a failed call, else ""
 };
 
-// Told of every call. Called on the program's thread, between its calls.
+// Told of every call, one at a time, on the thread that made it. Must not make
+// calls itself: they would be refused.
 class KIT_CONTROL_EXPORT Observer {
  public:
   virtual ~Observer();

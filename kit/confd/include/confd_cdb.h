@@ -5,6 +5,7 @@
  * path last; all return CONFD_OK on success and CONFD_ERR with confd_errno set
  * on failure unless said otherwise. CDB paths may address a list entry by
  * position, "[n]" from 0.
+ * Threads: see confd_lib.h.
  */
 #ifndef CONFD_CDB_H_
 #define CONFD_CDB_H_

@@ -3,6 +3,12 @@
  *
  * Include this header before confd_cdb.h and confd_maapi.h. Layouts are those
  * of 64-bit Linux and are part of the binary interface.
+ *
+ * Threads: every call may be made from any thread; calls are carried out one
+ * after another. confd_errno and confd_lasterr are each thread's own. A cursor,
+ * and memory that a call fills, are for one thread at a time. No call may be
+ * made from a signal handler: one that interrupts another call of its thread is
+ * PROTOUSAGE.
  */
 #ifndef CONFD_LIB_H_
 #define CONFD_LIB_H_

@@ -5,6 +5,7 @@
  * printf-like key path last; all return CONFD_OK on success and CONFD_ERR with
  * confd_errno set on failure unless said otherwise. A path with a position
  * ("[n]") is BADPATH here.
+ * Threads: see confd_lib.h.
  */
 #ifndef CONFD_MAAPI_H_
 #define CONFD_MAAPI_H_

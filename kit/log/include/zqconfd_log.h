@@ -1,5 +1,7 @@
 /*
  * The platform's upgrade log, as upgrade programs see it.
+ *
+ * Both functions may be called from any thread, but not from a signal handler.
  */
 #ifndef ZQCONFD_LOG_H_
 #define ZQCONFD_LOG_H_

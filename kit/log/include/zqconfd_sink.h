@@ -4,6 +4,8 @@
  *
  * Each setter replaces what an earlier one set. A program fetches its handle
  * once, so a host chooses before it runs one; the sink may change later.
+ *
+ * Every function may be called from any thread, but not from a signal handler.
  */
 #ifndef ZQCONFD_SINK_H_
 #define ZQCONFD_SINK_H_
@@ -18,14 +20,15 @@ extern "C" {
 
 /*
  * Receives one record exactly as it was formatted: nothing is added, of any
- * length. The text is NUL-terminated and lives as long as the call.
+ * length. The text is NUL-terminated and lives as long as the call. Threads
+ * that log at the same time call the sink at the same time.
  */
 typedef void (*zqconfd_sink_function)(void *context, const char *text,
                                       size_t length);
 
 /*
  * Stands in for the platform's factory: returns zqconfd_log_handle(), or NULL
- * for no log, or (in C++) throws.
+ * for no log, or (in C++) throws. Called on the thread that fetches.
  */
 typedef void *(*zqconfd_handle_factory)(void *context);
 

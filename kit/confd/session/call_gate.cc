@@ -1,0 +1,47 @@
+#include "kit/confd/session/call_gate.h"
+
+namespace kit::store {
+namespace {
+
+// An address that no other thread of the process has.
+const void* ThisThread() {
+  thread_local const char mark = 0;
+  return &mark;
+}
+
+}  // namespace
+
+CallGate& CallGate::Instance() {
+  // Never destroyed, so that calls at a process's end still find it.
+  static auto& instance = *new CallGate();
+  return instance;
+}
+
+void CallGate::Close() {
+  // A call that the program left by a jump out of a signal handler still
+  // holds it.
+  if (holder_ != ThisThread()) {
+    mutex_.lock();
+    holder_ = ThisThread();
+  }
+  closed_ = true;
+}
+
+Passage::Passage() {
+  CallGate& gate = CallGate::Instance();
+  if (gate.holder_ == ThisThread()) {
+    admission_ = gate.closed_ ? Admission::kClosed : Admission::kNested;
+    return;
+  }
+  gate.mutex_.lock();
+  gate.holder_ = ThisThread();
+}
+
+Passage::~Passage() {
+  if (admission_ != Admission::kGranted) return;
+  CallGate& gate = CallGate::Instance();
+  gate.holder_ = nullptr;
+  gate.mutex_.unlock();
+}
+
+}  // namespace kit::store
