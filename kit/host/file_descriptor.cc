@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -18,6 +19,17 @@ Pipe MakePipe() {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
   return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+void CloseAllBut(std::vector<int> kept) {
+  std::sort(kept.begin(), kept.end());
+  auto first = static_cast<unsigned>(STDERR_FILENO) + 1;
+  for (const int fd : kept) {
+    const auto next = static_cast<unsigned>(fd);
+    if (next > first) close_range(first, next - 1, 0);
+    first = std::max(first, next + 1);
+  }
+  close_range(first, ~0U, 0);
 }
 
 void WriteAll(int fd, std::string_view bytes) {

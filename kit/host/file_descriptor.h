@@ -4,6 +4,7 @@
 
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace kit::host {
 
@@ -34,6 +35,9 @@ struct Pipe {
 
 // Both ends are closed on exec. Throws std::system_error.
 Pipe MakePipe();
+
+// Closes all descriptors but the standard ones and these.
+void CloseAllBut(std::vector<int> kept);
 
 // Writes all of it. Throws std::system_error.
 void WriteAll(int fd, std::string_view bytes);
