@@ -10,9 +10,9 @@ enum class ExitCode {
   kInvalidResult = 2,  // the result breaks the new model
   kBadInput = 3,       // usage, configuration or data models
   kNotLoaded = 4,      // the plug-in could not be loaded
-  kPluginDied = 5,     // it aborted, crashed or hung
+  kPluginDied = 5,     // it aborted, crashed, hung or broke the run
   kOutputFailed = 6,   // output, log or report could not be written
-  kInternal = 70,      // the kit itself failed
+  kInternal = 70,      // the kit itself failed, or ran out of something
 };
 
 }  // namespace kit::host

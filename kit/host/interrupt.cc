@@ -1,11 +1,15 @@
 #include "kit/host/interrupt.h"
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <ctime>
 #include <iterator>
+
+#include "kit/host/descendants.h"
 
 namespace kit::host {
 namespace {
@@ -52,8 +56,15 @@ sigset_t InterruptSet() {
 
 // Only calls that are safe in a signal handler.
 void CleanUpAndExit(int signal) {
-  const pid_t pid = worker_pid;
-  if (pid > 0) KillWorker(pid);
+  const pid_t worker = worker_pid;
+  // Gives up after some seconds: a process can be beyond being killed.
+  for (int tries = 0; worker > 0 && tries < 5000; ++tries) {
+    if (KillDescendants(worker, 0) == 0) break;
+    const timespec millisecond = {0, 1'000'000};
+    nanosleep(&millisecond, nullptr);
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+  }
   if (clean_up_files != nullptr) clean_up_files();
   if (!IsCrash(signal)) _exit(128 + signal);
   std::signal(signal, SIG_DFL);
@@ -88,12 +99,6 @@ void SetInterruptCleanUp(void (*clean_up)()) { clean_up_files = clean_up; }
 void HoldInterrupts() {
   const sigset_t set = InterruptSet();
   pthread_sigmask(SIG_BLOCK, &set, nullptr);
-}
-
-void KillWorker(pid_t pid) {
-  // Its group exists from the moment that the plug-in can start something.
-  kill(-pid, SIGKILL);
-  kill(pid, SIGKILL);
 }
 
 InterruptBlock::InterruptBlock() {

@@ -1,5 +1,5 @@
-// What has to happen when a signal ends the program: the worker dies and the
-// unfinished output disappears.
+// What has to happen when a signal ends the program: the worker and all that it
+// started die, and the unfinished output disappears.
 #ifndef KIT_HOST_INTERRUPT_H_
 #define KIT_HOST_INTERRUPT_H_
 
@@ -21,9 +21,6 @@ void SetInterruptCleanUp(void (*clean_up)());
 
 // From here on they come too late: the outcome of the program is decided.
 void HoldInterrupts();
-
-// Kills a worker and what it started.
-void KillWorker(pid_t pid);
 
 // Holds these signals back while something to clean up comes into being.
 class InterruptBlock {

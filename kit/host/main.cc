@@ -44,11 +44,11 @@ class RunListener : public Listener {
   void OnCall(const std::string& call) override {
     if (stream_ != nullptr) Print(OneLine(call) + "\n");
   }
-  void OnTick(const Progress& progress) override {
+  void OnTick(Phase phase, uint64_t calls) override {
     if (stream_ != nullptr) std::fflush(stream_);
     if (!status_.Due()) return;
-    status_.Show(fmt::format("{}, {}", Describe(progress.phase()),
-                             Counted(progress.calls(), "call", "calls")));
+    status_.Show(fmt::format("{}, {}", Describe(phase),
+                             Counted(calls, "call", "calls")));
   }
 
  private:
@@ -147,14 +147,16 @@ void Upgrade(const RunOptions& options, Run& run) {
   const auto input = StatInput(options);
   std::optional<LogFile> log = OpenLog(options, input);
   run.output = PrepareOutput(options, input);
-  if (run.output) task.output_fd = run.output->fd();
+  task.has_output = run.output.has_value();
   {
     RunListener listener(
         log ? &*log : nullptr,
         options.verbose && !options.json ? ReportStream(options) : nullptr,
         !options.quiet && !options.verbose);
-    run.report = Supervise(
-        task, {options.timeout_s, options.verbose && options.json}, listener);
+    run.report = Supervise(task,
+                           {options.timeout_s, options.verbose && options.json,
+                            run.output ? run.output->fd() : -1},
+                           listener);
   }
   if (!run.report.failure && log) run.report.failure = log->failure();
 }

@@ -26,10 +26,11 @@ constexpr char kExitCodes[] =
     "or\n"
     "       data model\n"
     "  4    the plug-in could not be loaded\n"
-    "  5    the plug-in aborted, crashed or hung\n"
+    "  5    the plug-in aborted, crashed, hung or broke what it runs in\n"
     "  6    the output, the log or the report could not be written\n"
-    "  70   internal error of this program, or no more memory, processes or\n"
-    "       open files\n"
+    "  70   internal error of this program, or no more time, CPU time, "
+    "memory,\n"
+    "       processes or open files\n"
     "  128+N  ended by signal N\n"
     "Unless the exit code is 0, the file of -o is as it was before; what went\n"
     "to standard output stays there.";
@@ -143,7 +144,10 @@ void AddUpgrade(CLI::App& run, RunOptions& options,
       ->allow_extra_args(false)
       ->check(CheckNamespace);
   run.add_option("--timeout", options.timeout_s,
-                 "Give the plug-in up after S seconds; 0 is never")
+                 "Give up when the plug-in, or any other step of the run "
+                 "(reading, parsing, validating, comparing, saving), takes "
+                 "longer than S seconds; 0 is never. Time in which nobody "
+                 "reads what is printed does not count")
       ->type_name("S")
       ->capture_default_str()
       ->check(CheckTimeout);

@@ -23,7 +23,7 @@ struct RunOptions {
   std::optional<std::string> yang_before;
   std::optional<std::string> yang_after;
   std::map<std::string, uint32_t> namespace_hashes;  // by module name
-  double timeout_s = 60;                             // 0: none
+  double timeout_s = 60;  // of the plug-in and of each other step; 0: none
   std::optional<std::string> log;
   bool quiet = false;
   bool verbose = false;

@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <system_error>
@@ -68,7 +69,8 @@ void Progress::Record(const control::Call& call) {
 
 std::map<std::string, uint64_t> Progress::CallsByFunction() const {
   std::map<std::string, uint64_t> calls;
-  for (uint32_t i = 0; i < functions_; ++i) {
+  const uint32_t known = std::min<uint32_t>(functions_, kMaxFunctions);
+  for (uint32_t i = 0; i < known; ++i) {
     calls.emplace(counts_[i].function.view(), counts_[i].calls.load());
   }
   return calls;
@@ -76,7 +78,7 @@ std::map<std::string, uint64_t> Progress::CallsByFunction() const {
 
 std::optional<std::string> Progress::LastCall() const {
   if (calls_ == 0) return std::nullopt;
-  const LastCallSlot& slot = last_[last_index_];
+  const LastCallSlot& slot = last_[last_index_ % last_.size()];
   control::Call call = {};
   call.function = slot.function.view();
   call.path = slot.path.view();
@@ -98,7 +100,7 @@ SharedProgress MakeSharedProgress() {
   }
   // Both processes use the atomics, which takes lock-free ones.
   static_assert(std::atomic<uint64_t>::is_always_lock_free);
-  static_assert(std::atomic<Phase>::is_always_lock_free);
+  static_assert(std::atomic<uint32_t>::is_always_lock_free);
   return SharedProgress(new (memory) Progress());
 }
 

@@ -1,8 +1,9 @@
-// How far the worker process has come, in memory that it shares with its
-// parent: it outlives whatever happens to the worker.
+// How far a run has come: its phases, and what the plug-in did, in memory that
+// the worker process shares with its parent and that outlives it.
 #ifndef KIT_HOST_PROGRESS_H_
 #define KIT_HOST_PROGRESS_H_
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -33,18 +34,21 @@ const char* Describe(Phase phase);
 // Whether code of the plug-in runs in this phase.
 bool IsPluginPhase(Phase phase);
 
-// The worker writes it, the parent reads it. Counts and phase can be read at
-// any time, the last call once the worker is gone.
+// The worker writes it, the parent reads it. Counts can be read at any time,
+// the last call once the worker is gone. The plug-in may overwrite it: the
+// parent takes nothing for granted, and draws no conclusion that a report would
+// have to be right about.
 class Progress {
  public:
-  void SetPhase(Phase phase) { phase_ = phase; }
-  Phase phase() const { return phase_; }
-
   void Record(const control::Call& call);
   uint64_t calls() const { return calls_; }
   std::map<std::string, uint64_t> CallsByFunction() const;
   // The last call that returned; what is long in it is cut.
   std::optional<std::string> LastCall() const;
+
+  // That an allocation failed.
+  void SetOutOfMemory() { out_of_memory_ = 1; }
+  bool out_of_memory() const { return out_of_memory_ == 1; }
 
  private:
   template <size_t kSize>
@@ -53,7 +57,9 @@ class Progress {
     uint32_t length;
 
     void Assign(std::string_view text);
-    std::string_view view() const { return {bytes.data(), length}; }
+    std::string_view view() const {
+      return {bytes.data(), std::min<size_t>(length, kSize)};
+    }
   };
   struct LastCallSlot {
     Text<64> function;
@@ -70,7 +76,7 @@ class Progress {
 
   Count* CountOf(std::string_view function);
 
-  std::atomic<Phase> phase_{Phase::kStarting};
+  std::atomic<uint32_t> out_of_memory_{0};
   std::atomic<uint64_t> calls_{0};
   // Written in turns, so that one is whole when the worker dies in a write.
   std::array<LastCallSlot, 2> last_;

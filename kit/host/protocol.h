@@ -1,15 +1,15 @@
-// What the worker process tells its parent, and how it crosses the pipe.
+// What the processes of a run tell the supervisor.
 #ifndef KIT_HOST_PROTOCOL_H_
 #define KIT_HOST_PROTOCOL_H_
 
 #include <cstdint>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <variant>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/checksum.h"
 #include "kit/host/failure.h"
 #include "kit/host/progress.h"
 
@@ -29,7 +29,9 @@ struct CallMessage {
 };
 struct ResultMessage {
   int result;
-  uint64_t open_cursors;
+  uint64_t calls;         // of the C API
+  uint64_t open_cursors;  // left by the plug-in
+  int finisher;           // the process that goes on after a success
 };
 struct LossMessage {
   control::Loss loss;
@@ -50,8 +52,10 @@ struct EntryMessage {
 struct FailureMessage {
   Failure failure;
 };
-// Nothing follows; without it the worker did not come to its end.
-struct DoneMessage {};
+// Nothing follows; without it the finisher did not come to its end.
+struct DoneMessage {
+  Checksum written;  // to the output, if there is one
+};
 
 using Message =
     std::variant<PhaseMessage, InputMessage, LogMessage, CallMessage,
@@ -63,21 +67,12 @@ class ProtocolError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// One frame: 4 bytes of length in the machine's order, then the message as
-// CBOR, which keeps bytes that are not UTF-8.
+// The message's number in the variant and its fields: numbers as 8 bytes in the
+// machine's order, texts of any bytes after their length.
 std::string Encode(const Message& message);
 
-// Cuts the frames out of a stream of bytes.
-class MessageReader {
- public:
-  void Append(std::string_view bytes) { buffer_ += bytes; }
-  // The next whole message, if there is one. Throws ProtocolError.
-  std::optional<Message> Next();
-
- private:
-  std::string buffer_;
-  size_t start_ = 0;
-};
+// Throws ProtocolError for what Encode does not make.
+Message Decode(std::string_view bytes);
 
 }  // namespace kit::host
 

@@ -1,8 +1,10 @@
-// Runs the worker in a child process and lives to tell what became of it.
+// Runs the worker and the finisher in child processes and lives to tell what
+// became of them. Only what the finisher says, once the plug-in and all that it
+// started are gone, can be a success.
 #ifndef KIT_HOST_SUPERVISOR_H_
 #define KIT_HOST_SUPERVISOR_H_
 
-#include <optional>
+#include <cstdint>
 #include <string>
 
 #include "kit/host/progress.h"
@@ -18,12 +20,13 @@ class Listener {
   virtual void OnLog(const std::string& record) = 0;
   virtual void OnCall(const std::string& call) = 0;
   // Several times a second.
-  virtual void OnTick(const Progress& progress) = 0;
+  virtual void OnTick(Phase phase, uint64_t calls) = 0;
 };
 
 struct Supervision {
-  double timeout_s = 60;    // that the plug-in has; 0 is no limit
+  double timeout_s = 60;    // that the plug-in, or another step, has; 0: none
   bool keep_calls = false;  // whether the journal gets every call
+  int output_fd = -1;       // an empty file for the result, or -1
 };
 
 // Throws std::system_error when the system can't run a process.

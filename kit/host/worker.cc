@@ -9,20 +9,21 @@
 #include <zqconfd_sink.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
-#include <map>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <system_error>
 #include <typeinfo>
 #include <utility>
-#include <vector>
 
+#include "kit/host/channel.h"
 #include "kit/host/failure.h"
-#include "kit/host/file_descriptor.h"
+#include "kit/host/finisher.h"
+#include "kit/host/process_state.h"
 #include "kit/host/protocol.h"
 #include "kit/host/text.h"
 
@@ -30,20 +31,13 @@ namespace kit::host {
 namespace {
 
 constexpr size_t kReadChunk = size_t{1} << 20;
-constexpr size_t kWriteChunk = size_t{1} << 16;
+// Some forty times that of ten thousand interfaces; an input without an end
+// must not take all memory.
+constexpr size_t kMaxConfig = size_t{512} << 20;
 // Of a message that quotes the configuration, which may hold huge values.
 constexpr size_t kMaxQuote = 1000;
 
 using UpdateFunction = int(int maapi_sock, int thandle, int cdb_sock);
-
-class Channel {
- public:
-  explicit Channel(int fd) : fd_(fd) {}
-  void Send(const Message& message) const { WriteAll(fd_, Encode(message)); }
-
- private:
-  int fd_;
-};
 
 // Counts the calls, and passes them on if somebody wants to see them.
 class CallRecorder : public control::Observer {
@@ -58,64 +52,23 @@ class CallRecorder : public control::Observer {
 
   void OnCall(const control::Call& call) override {
     progress_.Record(call);
+    ++calls_;
     if (send_calls_) channel_.Send(CallMessage{control::ToString(call)});
   }
   bool WantsValues() const override { return send_calls_; }
+  uint64_t calls() const { return calls_; }
 
  private:
   const Channel& channel_;
   Progress& progress_;
   bool send_calls_;
+  uint64_t calls_ = 0;
 };
 
 extern "C" void SendLogRecord(void* channel, const char* text, size_t length) {
   static_cast<const Channel*>(channel)->Send(
       LogMessage{std::string(text, length)});
 }
-
-// Collects small pieces of output.
-class BufferedWriter {
- public:
-  explicit BufferedWriter(int fd) : fd_(fd) {}
-  void Add(std::string_view piece) {
-    buffer_ += piece;
-    if (buffer_.size() >= kWriteChunk) Flush();
-  }
-  void Flush() {
-    WriteAll(fd_, buffer_);
-    buffer_.clear();
-  }
-
- private:
-  int fd_;
-  std::string buffer_;
-};
-
-// Changed entries per list, lists in the order of their first change.
-class ListCounter {
- public:
-  void Add(const control::EntryChange& entry) {
-    const auto [known, is_new] = index_.emplace(entry.list, totals_.size());
-    if (is_new) totals_.push_back({entry.list});
-    ListTotals& totals = totals_[known->second];
-    switch (entry.kind) {
-      case control::ChangeKind::kCreated:
-        ++totals.created;
-        break;
-      case control::ChangeKind::kChanged:
-        ++totals.changed;
-        break;
-      case control::ChangeKind::kDeleted:
-        ++totals.deleted;
-        break;
-    }
-  }
-  const std::vector<ListTotals>& totals() const { return totals_; }
-
- private:
-  std::map<std::string, size_t> index_;
-  std::vector<ListTotals> totals_;
-};
 
 [[noreturn]] void FailInput(const std::string& config, std::string reason) {
   throw FailureError({ExitCode::kBadInput, std::move(reason),
@@ -141,6 +94,9 @@ std::string ReadConfig(const std::string& config) {
     const int error = errno;
     text.resize(old_size + (got > 0 ? static_cast<size_t>(got) : 0));
     if (got == 0) break;
+    if (text.size() > kMaxConfig) {
+      FailInput(config, fmt::format("is larger than {} MiB", kMaxConfig >> 20));
+    }
     if (got > 0 || error == EINTR) continue;
     FailInput(config, error == EISDIR
                           ? "is a folder"
@@ -206,49 +162,91 @@ UpdateFunction* LoadPlugin(const std::string& plugin) {
 
 std::string CurrentExceptionType() {
   const std::type_info* type = abi::__cxa_current_exception_type();
-  if (type == nullptr) return "unknown type";
   int status = 0;
   const std::unique_ptr<char, void (*)(void*)> name(
       abi::__cxa_demangle(type->name(), nullptr, nullptr, &status), std::free);
   return status == 0 ? name.get() : type->name();
 }
 
-[[noreturn]] void FailWithException(const std::string& plugin,
-                                    const std::string& exception) {
-  throw FailureError(
-      {ExitCode::kPluginDied,
-       fmt::format("an exception left the plug-in: {}", exception),
-       "no exception may leave update: a device's framework would end with it",
-       plugin});
+Failure ExceptionFailure(const std::string& plugin,
+                         const std::string& exception) {
+  return {
+      ExitCode::kPluginDied,
+      fmt::format("an exception left the plug-in: {}", exception),
+      "no exception may leave update: a device's framework would end with it",
+      plugin};
 }
 
-// Calls update, and survives an exception that comes out of it.
-int CallUpdate(const std::string& plugin, UpdateFunction* update,
-               const control::Handles& handles) {
-  try {
-    return update(handles.maapi_sock, handles.thandle, handles.cdb_sock);
-  } catch (const std::exception& error) {
-    FailWithException(
-        plugin, fmt::format("{} ({})", CurrentExceptionType(), error.what()));
-  } catch (...) {
-    FailWithException(plugin, CurrentExceptionType());
-  }
+// Notes that memory ran out: what becomes of the plug-in then may not be its
+// fault.
+Progress* exhaustion_note = nullptr;
+[[noreturn]] void NoteExhaustion() {
+  exhaustion_note->SetOutOfMemory();
+  throw std::bad_alloc();
 }
 
-// Gives the plug-in no terminal, and a process group to be killed with
-// everything that it starts.
-void PrepareForPlugin() {
+// Gives the plug-in no terminal and no descriptor but the standard ones and the
+// channel, and a session that tells its processes from others.
+void PrepareForPlugin(const Channel& channel, Progress& progress) {
   const FileDescriptor null(open("/dev/null", O_RDONLY | O_CLOEXEC));
   if (null.valid()) dup2(null.get(), STDIN_FILENO);
-  setpgid(0, 0);
+  CloseAllBut({channel.fd()});
+  setsid();
+  exhaustion_note = &progress;
+  std::set_new_handler(NoteExhaustion);
+}
+
+void BlockAllSignals() {
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, nullptr);
 }
 
 class Worker {
  public:
-  Worker(const WorkerTask& task, const Channel& channel, Progress& progress)
-      : task_(task), channel_(channel), progress_(progress) {}
+  Worker(const WorkerTask& task, const Channel& channel, Progress& progress,
+         pid_t supervisor)
+      : task_(task),
+        channel_(channel),
+        progress_(progress),
+        supervisor_(supervisor) {}
 
-  void Run() {
+  [[noreturn]] void Run() {
+    try {
+      control::Database database = Read();
+      RunPlugin(database);
+    } catch (const FailureError& error) {
+      Fail(error.failure());
+    } catch (const std::exception& error) {
+      Fail(
+          UnexpectedFailure(error, fmt::format(" while {}", Describe(phase_))));
+    }
+  }
+
+ private:
+  void Enter(Phase phase) {
+    phase_ = phase;
+    channel_.Send(PhaseMessage{phase});
+  }
+
+  // The last word of this process, which then waits to be killed: left alone,
+  // what the plug-in has left running would meet a database that is gone.
+  [[noreturn]] void EndWith(const Message& message) {
+    channel_.Send(message);
+    for (;;) pause();
+  }
+  [[noreturn]] void Fail(const Failure& failure) {
+    LeaveForkedProcess();
+    std::fflush(nullptr);
+    EndWith(FailureMessage{failure});
+  }
+
+  // One that the plug-in forked has no business here.
+  void LeaveForkedProcess() const {
+    if (getpid() != self_) _exit(EXIT_FAILURE);
+  }
+
+  control::Database Read() {
     Enter(Phase::kReading);
     std::string text = ReadConfig(task_.config);
     Enter(Phase::kParsing);
@@ -257,80 +255,75 @@ class Worker {
     for (const control::Loss& loss : database.Losses()) {
       channel_.Send(LossMessage{loss});
     }
-    if (RunPlugin(database) != 0) return;
-    const bool valid = Validate(database);
-    if (task_.count_changes || task_.send_entries) Compare(database);
-    if (valid && task_.output_fd >= 0) Save(database);
+    return database;
   }
 
- private:
-  void Enter(Phase phase) {
-    progress_.SetPhase(phase);
-    channel_.Send(PhaseMessage{phase});
-  }
-
-  int RunPlugin(control::Database& database) {
-    PrepareForPlugin();
+  [[noreturn]] void RunPlugin(control::Database& database) {
+    const ProcessState state;
+    PrepareForPlugin(channel_, progress_);
     zqconfd_set_sink(SendLogRecord, const_cast<Channel*>(&channel_));
     const CallRecorder recorder(channel_, progress_, task_.send_calls);
-    const pid_t self = getpid();
     Enter(Phase::kLoading);
     UpdateFunction* update = LoadPlugin(task_.plugin);
     const control::Handles handles = database.Attach();
     Enter(Phase::kUpdating);
-    const int result = CallUpdate(task_.plugin, update, handles);
-    // A process that the plug-in forked has no business here.
-    if (getpid() != self) _exit(EXIT_FAILURE);
-    channel_.Send(ResultMessage{result, database.OpenCursors()});
-    return result;
-  }
-
-  bool Validate(const control::Database& database) {
-    Enter(Phase::kValidating);
-    const std::vector<control::Violation> violations = database.Validate();
-    for (const control::Violation& violation : violations) {
-      channel_.Send(ViolationMessage{violation});
+    const int result = CallUpdate(update, handles);
+    LeaveForkedProcess();
+    // What it leaves running must neither change the result any more nor get
+    // hold of this thread.
+    BlockAllSignals();
+    control::CloseCalls();
+    ResultMessage message{result, recorder.calls(), database.OpenCursors(), 0};
+    if (result == 0) {
+      message.finisher = StartFinisher(database, state);
+    } else {
+      std::fflush(nullptr);
     }
-    channel_.Send(ValidatedMessage{});
-    return violations.empty();
+    EndWith(message);
   }
 
-  void Compare(const control::Database& database) {
-    Enter(Phase::kComparing);
-    ListCounter counter;
-    database.Diff([this, &counter](const control::EntryChange& entry) {
-      counter.Add(entry);
-      if (task_.send_entries) channel_.Send(EntryMessage{entry});
-    });
-    for (const ListTotals& totals : counter.totals()) channel_.Send(totals);
-  }
-
-  void Save(const control::Database& database) {
-    Enter(Phase::kSaving);
-    BufferedWriter writer(task_.output_fd);
-    const control::Format format =
-        task_.format.value_or(database.input_format());
-    database.Save(format, [this, &writer](std::string_view piece) {
-      Write([&writer, piece] { writer.Add(piece); });
-    });
-    Write([&writer] { writer.Flush(); });
-  }
-
-  // Tells a failed write apart from whatever else goes wrong in a save.
-  static void Write(const std::function<void()>& write) {
+  // Calls update, and survives what may come out of it.
+  int CallUpdate(UpdateFunction* update, const control::Handles& handles) {
     try {
-      write();
-    } catch (const std::system_error& error) {
-      throw FailureError(
-          {ExitCode::kOutputFailed,
-           "the output cannot be written: " + error.code().message(),
-           "make room, or choose another file with -o"});
+      return update(handles.maapi_sock, handles.thandle, handles.cdb_sock);
+    } catch (const std::exception& error) {
+      if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
+        progress_.SetOutOfMemory();
+      }
+      Fail(ExceptionFailure(
+          task_.plugin,
+          fmt::format("{} ({})", CurrentExceptionType(), error.what())));
+    } catch (...) {
+      // pthread_exit unwinds the stack with something that has no type.
+      if (abi::__cxa_current_exception_type() == nullptr) {
+        Fail({ExitCode::kPluginDied,
+              "the plug-in ended the thread that called it",
+              "return from update", task_.plugin});
+      }
+      Fail(ExceptionFailure(task_.plugin, CurrentExceptionType()));
     }
+  }
+
+  pid_t StartFinisher(const control::Database& database,
+                      const ProcessState& state) {
+    const pid_t finisher = fork();
+    if (finisher < 0) {
+      throw std::system_error(errno, std::generic_category(), "fork");
+    }
+    if (finisher == 0) {
+      RunFinisher(task_, database, state, channel_, supervisor_);
+    }
+    // It must not be hit when the plug-in's group is killed.
+    setpgid(finisher, finisher);
+    return finisher;
   }
 
   const WorkerTask& task_;
   const Channel& channel_;
   Progress& progress_;
+  pid_t supervisor_;
+  pid_t self_ = getpid();
+  Phase phase_ = Phase::kStarting;
 };
 
 }  // namespace
@@ -339,17 +332,10 @@ std::string ConfigName(const std::string& config) {
   return config == "-" ? "standard input" : config;
 }
 
-void RunWorker(const WorkerTask& task, int message_fd, Progress& progress) {
-  const Channel channel(message_fd);
-  try {
-    Worker(task, channel, progress).Run();
-  } catch (const FailureError& error) {
-    channel.Send(FailureMessage{error.failure()});
-  } catch (const std::exception& error) {
-    channel.Send(FailureMessage{UnexpectedFailure(
-        error, fmt::format(" while {}", Describe(progress.phase())))});
-  }
-  channel.Send(DoneMessage{});
+void RunWorker(const WorkerTask& task, FileDescriptor connection,
+               Progress& progress, pid_t supervisor) {
+  const Channel channel(std::move(connection));
+  Worker(task, channel, progress, supervisor).Run();
 }
 
 }  // namespace kit::host

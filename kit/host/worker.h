@@ -1,12 +1,16 @@
 // The process that touches what is not trusted: the configuration and the
-// plug-in.
+// plug-in. It has no descriptor of the output, and nothing that it says is
+// taken for a success.
 #ifndef KIT_HOST_WORKER_H_
 #define KIT_HOST_WORKER_H_
+
+#include <sys/types.h>
 
 #include <optional>
 #include <string>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/file_descriptor.h"
 #include "kit/host/progress.h"
 
 namespace kit::host {
@@ -17,7 +21,7 @@ struct WorkerTask {
   control::ModelSet before;
   control::ModelSet after;
   std::optional<control::Format> format;  // none: the input's
-  int output_fd = -1;                     // -1: the result is not saved
+  bool has_output = false;                // otherwise the result is not saved
   bool send_calls = false;
   bool count_changes = false;
   bool send_entries = false;
@@ -26,9 +30,12 @@ struct WorkerTask {
 // How messages name the configuration.
 std::string ConfigName(const std::string& config);
 
-// Does the task and tells `message_fd` about it, failures included. To be
-// called in a process of its own, which the plug-in may end at any time.
-void RunWorker(const WorkerTask& task, int message_fd, Progress& progress);
+// Reads the configuration and runs the plug-in on it, tells `connection` what
+// happens, failures included, and ends the process. After a successful update a
+// process forked from it goes on (finisher.h). To be called in a process of its
+// own, which the plug-in may end at any time.
+[[noreturn]] void RunWorker(const WorkerTask& task, FileDescriptor connection,
+                            Progress& progress, pid_t supervisor);
 
 }  // namespace kit::host
 

@@ -84,6 +84,16 @@ std::string PluginPath(const std::string& name) {
   return std::string(TEST_PLUGIN_FOLDER) + "/" + name + ".so";
 }
 
+pid_t WaitForChild(pid_t pid) {
+  const std::string children = fmt::format("/proc/{0}/task/{0}/children", pid);
+  pid_t child = 0;
+  for (int i = 0; i < 1000 && child == 0; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::istringstream(ReadFile(children)) >> child;
+  }
+  return child;
+}
+
 bool WaitForEnd(pid_t pid) {
   for (int i = 0; i < 1000; ++i) {
     const std::string status = ReadFile(fmt::format("/proc/{}/status", pid));
@@ -160,6 +170,13 @@ pid_t HostTest::Start(const std::vector<std::string>& args,
   if (launch.max_file_size) {
     const rlimit limit = {*launch.max_file_size, *launch.max_file_size};
     setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  for (const auto& [resource, value] : launch.limits) {
+    const rlimit limit = {value, value};
+    setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+  }
+  if (launch.task_list) {
+    std::ofstream(*launch.task_list) << getpid() << std::flush;
   }
   const rlimit no_core = {0, 0};
   setrlimit(RLIMIT_CORE, &no_core);

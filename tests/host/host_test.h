@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -28,6 +29,8 @@ struct Launch {
   std::optional<std::string> stdout_path;  // instead of being captured
   std::optional<std::string> stderr_path;
   std::optional<unsigned long> max_file_size;
+  std::map<int, unsigned long> limits;   // by RLIMIT_*
+  std::optional<std::string> task_list;  // a file that takes its process number
   std::vector<std::string> environment;  // NAME=VALUE
   std::vector<Refusal> refusals;
   std::optional<unsigned> user;  // instead of root
@@ -77,6 +80,9 @@ class HostTest : public ::testing::Test {
 
 std::string PluginPath(const std::string& name);
 std::string ReadFile(const std::string& path);
+
+// Waits until the process has a child; 0 after ten seconds.
+pid_t WaitForChild(pid_t pid);
 
 // Waits until the process is gone or waits to be reaped, as a killed one takes
 // its time; false after ten seconds.

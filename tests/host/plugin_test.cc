@@ -1,12 +1,9 @@
 // What becomes of plug-ins that do not behave.
-#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <chrono>
 #include <csignal>
-#include <sstream>
-#include <thread>
 
 #include "host_test.h"
 
@@ -58,12 +55,7 @@ TEST_F(PluginTest, BeingKilledBeforeThePluginRunsIsNotItsFault) {
   ASSERT_EQ(mkfifo(config.c_str(), 0600), 0);
   const pid_t host = Start(DemoArgs("idle", {config}), {});
   // The worker waits for somebody to open the other end.
-  const std::string children = fmt::format("/proc/{0}/task/{0}/children", host);
-  pid_t worker = 0;
-  for (int i = 0; i < 1000 && worker == 0; ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    std::istringstream(ReadFile(children)) >> worker;
-  }
+  const pid_t worker = WaitForChild(host);
   ASSERT_GT(worker, 0);
   kill(worker, SIGKILL);
   const Outcome outcome = Finish(host);

@@ -2,35 +2,30 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 namespace kit::host {
 namespace {
 
 template <typename T>
 T RoundTrip(const T& message) {
-  MessageReader reader;
-  reader.Append(Encode(message));
-  auto read = reader.Next();
-  EXPECT_FALSE(reader.Next().has_value());
-  return std::get<T>(read.value());
+  return std::get<T>(Decode(Encode(message)));
 }
 
-std::string Frame(uint32_t length, const std::string& content) {
-  std::string frame(sizeof(length), '\0');
-  std::memcpy(frame.data(), &length, sizeof(length));
-  return frame + content;
+std::string Number(uint64_t number) {
+  return {reinterpret_cast<const char*>(&number), sizeof(number)};
 }
 
 TEST(ProtocolTest, ScalarsComeThrough) {
   EXPECT_EQ(RoundTrip(PhaseMessage{Phase::kUpdating}).phase, Phase::kUpdating);
   EXPECT_EQ(RoundTrip(InputMessage{control::Format::kJson}).format,
             control::Format::kJson);
-  const auto result = RoundTrip(ResultMessage{-1, 3});
+  const auto result = RoundTrip(ResultMessage{-1, uint64_t{1} << 40, 3, 4711});
   EXPECT_EQ(result.result, -1);
+  EXPECT_EQ(result.calls, uint64_t{1} << 40);
   EXPECT_EQ(result.open_cursors, 3U);
+  EXPECT_EQ(result.finisher, 4711);
   RoundTrip(ValidatedMessage{});
-  RoundTrip(DoneMessage{});
+  const Checksum written = {1, 2, uint64_t{1} << 40};
+  EXPECT_EQ(RoundTrip(DoneMessage{written}).written, written);
 }
 
 TEST(ProtocolTest, TextComesThroughByteForByte) {
@@ -89,34 +84,25 @@ TEST(ProtocolTest, FailuresComeThrough) {
   EXPECT_EQ(failure.details, (std::vector<std::string>{"one", "two"}));
 }
 
-TEST(ProtocolTest, MessagesMayArriveInPieces) {
-  const std::string bytes =
-      Encode(LogMessage{"first"}) + Encode(LogMessage{"second"});
-  MessageReader reader;
-  std::string read;
-  for (const char byte : bytes) {
-    reader.Append(std::string_view(&byte, 1));
-    while (auto message = reader.Next()) {
-      read += std::get<LogMessage>(*message).text + ";";
-    }
-  }
-  EXPECT_EQ(read, "first;second;");
-}
-
-TEST(ProtocolTest, CorruptedStreamsThrow) {
+TEST(ProtocolTest, BytesThatAreNoMessageThrow) {
+  constexpr uint64_t kPhase = 0;
+  constexpr uint64_t kLog = 2;
+  constexpr uint64_t kEntry = 9;
   const std::string rows[] = {
-      Frame(0xffffffff, "x"),    // absurd length
-      Frame(3, "abc"),           // no CBOR array
-      Frame(0, ""),              // nothing
-      Frame(1, "\x80"),          // empty array
-      Frame(3, "\x81\x18\x63"),  // unknown kind 99
-      Frame(2, "\x81\x02"),      // a log record without text
-      Frame(3, "\x82\x02\x05"),  // a log record whose text is a number
+      "",                                 // nothing
+      "trace",                            // no number
+      Number(99),                         // an unknown kind
+      Number(kLog),                       // no text
+      Number(kLog) + Number(5) + "four",  // a text that ends too early
+      Number(kLog) + Number(3) + "four",  // more than the message
+      Number(kLog) + Number(UINT64_MAX),  // an absurd length
+      Number(kPhase) + Number(99),        // an unknown phase
+      Number(kPhase) + Number(UINT64_MAX),
+      // An absurd number of leaves.
+      Number(kEntry) + Number(0) + Number(0) + Number(0) + Number(UINT64_MAX),
   };
   for (const std::string& row : rows) {
-    MessageReader reader;
-    reader.Append(row);
-    EXPECT_THROW(reader.Next(), ProtocolError) << (&row - rows);
+    EXPECT_THROW(Decode(row), ProtocolError) << (&row - rows);
   }
 }
 

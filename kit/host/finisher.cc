@@ -1,0 +1,205 @@
+#include "kit/host/finisher.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "kit/host/checksum.h"
+#include "kit/host/failure.h"
+#include "kit/host/file_descriptor.h"
+#include "kit/host/protocol.h"
+
+namespace kit::host {
+namespace {
+
+constexpr size_t kWriteChunk = size_t{1} << 16;
+
+// Collects small pieces of output, and counts what was written.
+class BufferedWriter {
+ public:
+  explicit BufferedWriter(int fd) : fd_(fd) {}
+  void Add(std::string_view piece) {
+    buffer_ += piece;
+    if (buffer_.size() >= kWriteChunk) Flush();
+  }
+  void Flush() {
+    WriteAll(fd_, buffer_);
+    written_.Add(buffer_);
+    buffer_.clear();
+  }
+  const Checksum& written() const { return written_; }
+
+ private:
+  int fd_;
+  std::string buffer_;
+  Checksum written_;
+};
+
+// Changed entries per list, lists in the order of their first change.
+class ListCounter {
+ public:
+  void Add(const control::EntryChange& entry) {
+    const auto [known, is_new] = index_.emplace(entry.list, totals_.size());
+    if (is_new) totals_.push_back({entry.list});
+    ListTotals& totals = totals_[known->second];
+    switch (entry.kind) {
+      case control::ChangeKind::kCreated:
+        ++totals.created;
+        break;
+      case control::ChangeKind::kChanged:
+        ++totals.changed;
+        break;
+      case control::ChangeKind::kDeleted:
+        ++totals.deleted;
+        break;
+    }
+  }
+  const std::vector<ListTotals>& totals() const { return totals_; }
+
+ private:
+  std::map<std::string, size_t> index_;
+  std::vector<ListTotals> totals_;
+};
+
+// Tells a failed write apart from whatever else goes wrong in a save.
+void Write(const std::function<void()>& write) {
+  try {
+    write();
+  } catch (const std::system_error& error) {
+    throw FailureError(
+        {ExitCode::kOutputFailed,
+         "the output cannot be written: " + error.code().message(),
+         "make room, or choose another file with -o"});
+  }
+}
+
+class Finisher {
+ public:
+  Finisher(const WorkerTask& task, const control::Database& database,
+           const Channel& channel, int output)
+      : task_(task), database_(database), channel_(channel), output_(output) {}
+
+  void Run() {
+    try {
+      CheckThreads();
+      const bool valid = Validate();
+      if (task_.count_changes || task_.send_entries) Compare();
+      if (valid && output_ >= 0) Save();
+      channel_.Send(DoneMessage{written_});
+    } catch (const FailureError& error) {
+      channel_.Send(FailureMessage{error.failure()});
+    } catch (const std::exception& error) {
+      channel_.Send(FailureMessage{UnexpectedFailure(
+          error, fmt::format(" while {}", Describe(phase_)))});
+    }
+  }
+
+ private:
+  void Enter(Phase phase) {
+    phase_ = phase;
+    channel_.Send(PhaseMessage{phase});
+  }
+
+  // Its handlers of pthread_atfork have run here.
+  void CheckThreads() const {
+    std::error_code unknown;
+    const std::filesystem::directory_iterator threads("/proc/self/task",
+                                                      unknown);
+    if (unknown || std::distance(threads, {}) == 1) return;
+    throw FailureError(
+        {ExitCode::kPluginDied,
+         "the plug-in starts threads in processes that are forked from its own",
+         "start none in a handler of pthread_atfork", task_.plugin});
+  }
+
+  bool Validate() {
+    Enter(Phase::kValidating);
+    const std::vector<control::Violation> violations = database_.Validate();
+    for (const control::Violation& violation : violations) {
+      channel_.Send(ViolationMessage{violation});
+    }
+    channel_.Send(ValidatedMessage{});
+    return violations.empty();
+  }
+
+  void Compare() {
+    Enter(Phase::kComparing);
+    ListCounter counter;
+    database_.Diff([this, &counter](const control::EntryChange& entry) {
+      counter.Add(entry);
+      if (task_.send_entries) channel_.Send(EntryMessage{entry});
+    });
+    for (const ListTotals& totals : counter.totals()) channel_.Send(totals);
+  }
+
+  void Save() {
+    Enter(Phase::kSaving);
+    BufferedWriter writer(output_);
+    const control::Format format =
+        task_.format.value_or(database_.input_format());
+    database_.Save(format, [&writer](std::string_view piece) {
+      Write([&writer, piece] { writer.Add(piece); });
+    });
+    Write([&writer] { writer.Flush(); });
+    written_ = writer.written();
+  }
+
+  const WorkerTask& task_;
+  const control::Database& database_;
+  const Channel& channel_;
+  int output_;
+  Phase phase_ = Phase::kValidating;
+  Checksum written_;
+};
+
+// Out of the way of the standard descriptors, which the plug-in may have
+// closed.
+void MoveAway(FileDescriptor& descriptor) {
+  const int moved = fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  if (moved < 0) _exit(kConnectionLost);
+  descriptor = FileDescriptor(moved);
+}
+
+}  // namespace
+
+void RunFinisher(const WorkerTask& task, const control::Database& database,
+                 const ProcessState& state, const Channel& worker_channel,
+                 pid_t supervisor) {
+  state.Restore();
+  std::fflush(nullptr);  // what the plug-in has printed
+  std::vector<FileDescriptor> handed =
+      worker_channel.ReceiveDescriptors(task.has_output ? 3 : 2);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != supervisor) _exit(EXIT_FAILURE);
+  std::vector<int> kept;
+  for (FileDescriptor& descriptor : handed) {
+    MoveAway(descriptor);
+    kept.push_back(descriptor.get());
+  }
+  dup2(kept[1], STDOUT_FILENO);
+  dup2(kept[1], STDERR_FILENO);
+  CloseAllBut(kept);
+  const int output = task.has_output ? kept[2] : -1;
+  const Channel channel(std::move(handed[0]));
+  Finisher(task, database, channel, output).Run();
+  std::fflush(nullptr);
+  // The memory goes with the process; tearing it down takes long.
+  _exit(EXIT_SUCCESS);
+}
+
+}  // namespace kit::host
