@@ -195,8 +195,14 @@ TEST_F(IsolationTest, AProcessThatHidesDoesNotOutliveTheRun) {
 TEST_F(IsolationTest, AProcessThatItLeavesBehindDoesNotReachTheOutput) {
   const std::string result = ResultOf("idle");
   const Outcome outcome = RunToFile("keeps_writing");
-  EXPECT_EQ(outcome.exit_code, 0) << outcome;
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  if (outcome.exit_code == 5) {
+    // It was quick enough to write into what its parent still had.
+    EXPECT_THAT(outcome.err, HasSubstr("broke the host's own connection"));
+    EXPECT_FALSE(Exists("out.xml"));
+    return;
+  }
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
   EXPECT_EQ(Read("out.xml"), result);
 }
 
