@@ -22,6 +22,8 @@ namespace kit::host {
 
 // Exit status of a process that lost its connection.
 constexpr int kConnectionLost = 121;
+// With which a process ends that is too short of memory to say so.
+constexpr int kMemoryLost = 122;
 
 // Connected sockets that keep packets apart, closed on exec. Throws
 // std::system_error.

@@ -3,16 +3,16 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
-#include <iterator>
 #include <map>
+#include <new>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -117,10 +117,9 @@ class Finisher {
 
   // Its handlers of pthread_atfork have run here.
   void CheckThreads() const {
-    std::error_code unknown;
-    const std::filesystem::directory_iterator threads("/proc/self/task",
-                                                      unknown);
-    if (unknown || std::distance(threads, {}) == 1) return;
+    // The folder has a link from itself, from its parent, and from each thread.
+    struct stat threads = {};
+    if (stat("/proc/self/task", &threads) != 0 || threads.st_nlink == 3) return;
     throw FailureError(
         {ExitCode::kPluginDied,
          "the plug-in starts threads in processes that are forked from its own",
@@ -175,11 +174,11 @@ void MoveAway(FileDescriptor& descriptor) {
   descriptor = FileDescriptor(moved);
 }
 
-}  // namespace
-
-void RunFinisher(const WorkerTask& task, const control::Database& database,
-                 const ProcessState& state, const Channel& worker_channel,
-                 pid_t supervisor) {
+// In the forked process, to its end.
+[[noreturn]] void Finish(const WorkerTask& task,
+                         const control::Database& database,
+                         const ProcessState& state,
+                         const Channel& worker_channel, pid_t supervisor) {
   state.Restore();
   std::fflush(nullptr);  // what the plug-in has printed
   std::vector<FileDescriptor> handed =
@@ -200,6 +199,19 @@ void RunFinisher(const WorkerTask& task, const control::Database& database,
   std::fflush(nullptr);
   // The memory goes with the process; tearing it down takes long.
   _exit(EXIT_SUCCESS);
+}
+
+}  // namespace
+
+void RunFinisher(const WorkerTask& task, const control::Database& database,
+                 const ProcessState& state, const Channel& worker_channel,
+                 pid_t supervisor) {
+  try {
+    Finish(task, database, state, worker_channel, supervisor);
+  } catch (const std::bad_alloc&) {
+    // There may be no channel yet to say so.
+    _exit(kMemoryLost);
+  }
 }
 
 }  // namespace kit::host

@@ -511,6 +511,12 @@ class Supervisor {
       FailForConnection(kClosed);
       return;
     }
+    if (WIFEXITED(end_->status) && WEXITSTATUS(end_->status) == kMemoryLost) {
+      const Failure failure =
+          UnexpectedFailure(std::bad_alloc(), " while handing the result over");
+      FailStep(failure.code, failure.reason, failure.advice);
+      return;
+    }
     const std::string death = DescribeEnd(*end_);
     if (IsPluginPhase(phase_)) {
       FailPlugin(death);

@@ -122,10 +122,6 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
          fmt::format("the data models cannot be used: {}", error.what()),
          "correct the models, or name the folders of others "
          "with --yang-before and --yang-after"});
-  } catch (const std::bad_alloc&) {
-    throw FailureError({ExitCode::kBadInput, "needs more memory than there is",
-                        "free memory, or raise its limit, and run again",
-                        ConfigName(task.config)});
   }
 }
 
@@ -269,11 +265,21 @@ class Worker {
     Enter(Phase::kUpdating);
     const int result = CallUpdate(update, handles);
     LeaveForkedProcess();
+    try {
+      HandOver(database, state, recorder.calls(), result);
+    } catch (const std::exception& error) {
+      Fail(UnexpectedFailure(error, " while handing the result over"));
+    }
+  }
+
+  [[noreturn]] void HandOver(const control::Database& database,
+                             const ProcessState& state, uint64_t calls,
+                             int result) {
     // What it leaves running must neither change the result any more nor get
     // hold of this thread.
     BlockAllSignals();
     control::CloseCalls();
-    ResultMessage message{result, recorder.calls(), database.OpenCursors(), 0};
+    ResultMessage message{result, calls, database.OpenCursors(), 0};
     if (result == 0) {
       message.finisher = StartFinisher(database, state);
     } else {

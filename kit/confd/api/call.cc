@@ -9,6 +9,7 @@
 #include "kit/confd/api/resolve.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
+#include "kit/confd/model/memory.h"
 
 namespace kit::api {
 namespace {
@@ -48,10 +49,10 @@ std::optional<std::string> EnumNameIn(const store::Data& data,
       return std::nullopt;
     }
     return list->children[key]->type->EnumName(number);
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const std::exception&) {
+  } catch (const Error&) {
     // Not a path of this model; the call that uses it will say so.
+    return std::nullopt;
+  } catch (const keypath::SyntaxError&) {
     return std::nullopt;
   }
 }
@@ -263,6 +264,7 @@ int FailByException(Call& call) {
     // It quotes the path, or the format that gives none.
     return call.FailWithoutPath(CONFD_ERR_BADPATH, error.what());
   } catch (const std::bad_alloc&) {
+    store::NoteOutOfMemory();
     return call.Fail(CONFD_ERR_MALLOC, "out of memory");
   } catch (const std::system_error& error) {
     return call.Fail(CONFD_ERR_OS, error.what());

@@ -17,6 +17,7 @@
 #include "kit/confd/api/path_format.h"
 #include "kit/confd/api/values.h"
 #include "kit/confd/keypath/keypath.h"
+#include "kit/confd/model/memory.h"
 #include "kit/confd/session/call_gate.h"
 #include "kit/confd/session/call_hooks.h"
 #include "kit/confd/session/session.h"
@@ -155,6 +156,7 @@ int RunCall(const char* function, const Prepare& prepare, const Body& body) {
     call.Report(result);
   } catch (...) {
     // Not even the report could be made: there is no memory for it.
+    store::NoteOutOfMemory();
     SetError(CONFD_ERR_MALLOC, "out of memory");
   }
   return result;

@@ -128,8 +128,10 @@ size_t ReadableValues(const Call& call, const Scope& scope,
     auto count = static_cast<size_t>(n);
     store::Data::RequireObjectSize(target, count);
     return count;
-  } catch (const std::exception&) {
+  } catch (const Error&) {
     // The call itself will say what is wrong with the path.
+    return 0;
+  } catch (const keypath::SyntaxError&) {
     return 0;
   }
 }

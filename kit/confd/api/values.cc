@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 
 #include "kit/confd/api/c_types.h"
 #include "kit/confd/api/value_text.h"

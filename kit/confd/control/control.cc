@@ -4,6 +4,7 @@
 
 #include "kit/confd/document/document.h"
 #include "kit/confd/document/writer.h"
+#include "kit/confd/model/memory.h"
 #include "kit/confd/session/call_gate.h"
 #include "kit/confd/session/call_hooks.h"
 #include "kit/confd/session/session.h"
@@ -68,10 +69,14 @@ Database::~Database() = default;
 Database Database::Open(const ModelSet& before, const ModelSet& after,
                         std::string text, const std::string& name) {
   try {
-    return Database(std::make_unique<Impl>(before, after, std::move(text)));
+    Database database(std::make_unique<Impl>(before, after, std::move(text)));
+    store::RequireMemory();
+    return database;
   } catch (const store::SchemaError& error) {
+    store::RequireMemory();  // or it may say something else
     throw ModelError(error.what());
   } catch (const store::DocumentError& error) {
+    store::RequireMemory();
     throw InputError(name, error.line, error.path, error.what());
   }
 }
@@ -112,6 +117,7 @@ std::vector<Violation> Database::Validate() const {
     violations.push_back({static_cast<int>(broken.code), std::move(broken.path),
                           std::move(broken.reason)});
   }
+  store::RequireMemory();
   return violations;
 }
 
@@ -125,6 +131,7 @@ void Database::Save(Format format,
   envelope.syntax =
       format == Format::kXml ? store::Syntax::kXml : store::Syntax::kJson;
   store::WriteDocument(impl_->database.transaction(), envelope, sink);
+  store::RequireMemory();
 }
 
 void Database::Diff(const std::function<void(const EntryChange&)>& sink) const {
@@ -133,9 +140,11 @@ void Database::Diff(const std::function<void(const EntryChange&)>& sink) const {
                  [&](const store::EntryDifference& difference) {
                    sink(ToChange(difference));
                  });
+  store::RequireMemory();
 }
 
 size_t Database::OpenCursors() const {
+  store::RequireMemory();
   if (!impl_->handles) return 0;
   return store::Sessions::Instance().OpenCursors(impl_->handles->maapi_sock);
 }

@@ -104,6 +104,10 @@ struct EntryChange {
 // A configuration under its old models (what CDB shows), and the upgrade
 // transaction under the new ones, filled as ConfD fills it at start-up.
 // Programs reach it through the C API once it is attached.
+//
+// Where memory has run out, in a call of the C API too, what follows may differ
+// from what would have been: from then on every member that gives a result
+// throws std::bad_alloc.
 class KIT_CONTROL_EXPORT Database {
  public:
   // Reads a configuration (XML or JSON, told apart by content) of the old

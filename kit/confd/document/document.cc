@@ -14,6 +14,7 @@
 #include "kit/confd/document/text_pieces.h"
 #include "kit/confd/document/top_level.h"
 #include "kit/confd/model/libyang_messages.h"
+#include "kit/confd/model/memory.h"
 
 namespace kit::store {
 namespace {
@@ -21,13 +22,8 @@ namespace {
 // A text of libyang's that is ours to free.
 std::string Owned(char* text) {
   std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
-  return text != nullptr ? text : "";
-}
-
-// The machine's fault and not the text's, though the messages blame that:
-// libyang and its pattern matcher ran out of memory.
-void RequireMemory(LY_ERR result) {
-  if (result == LY_EMEM || result == LY_ESYS) throw std::bad_alloc();
+  if (text == nullptr) throw std::bad_alloc();
+  return text;
 }
 
 // ---- libyang's tree into ours ---------------------------------------------
@@ -381,6 +377,7 @@ uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
 LibyangTree Parse(const std::string& text, Syntax syntax,
                   const Schema& schema) {
   TopLevel top;
+  const LibyangMemory memory;
   CutIntoPieces(text, syntax, [&](const char* piece, size_t line) {
     ly_err_clean(schema.context(), nullptr);
     lyd_node* parsed = nullptr;
@@ -391,7 +388,7 @@ LibyangTree Parse(const std::string& text, Syntax syntax,
             LYD_PARSE_NO_STATE,
         0, &parsed);
     LibyangTree tree(parsed);
-    RequireMemory(result);
+    memory.Require(result);
     if (result != LY_SUCCESS) {
       FailToParse(text, syntax, schema.context(), line - 1);
     }
@@ -421,10 +418,11 @@ void RequireConstraints(std::string_view text, Syntax syntax, LibyangTree tree,
                         const Schema& schema) {
   ly_err_clean(schema.context(), nullptr);
   lyd_node* raw = tree.release();
+  const LibyangMemory memory;
   LY_ERR result =
       lyd_validate_all(&raw, schema.context(), LYD_VALIDATE_NO_STATE, nullptr);
   tree.reset(raw);
-  RequireMemory(result);
+  memory.Require(result);
   if (result == LY_SUCCESS) return;
   std::vector<Complaint> complaints = TakeComplaints(schema.context());
   if (complaints.empty()) {
@@ -459,9 +457,11 @@ std::vector<BrokenConstraint> ValidateData(const Data& data) {
   ly_ctx* context = data.schema().context();
   ly_err_clean(context, nullptr);
   lyd_node* tree = Export(data).release();
+  const LibyangMemory memory;
   LY_ERR result =
       lyd_validate_all(&tree, context, LYD_VALIDATE_NO_STATE, nullptr);
   LibyangTree owner(tree);
+  memory.Require(result);
   std::vector<BrokenConstraint> broken;
   if (result == LY_SUCCESS) return broken;
   for (const Complaint& complaint : TakeComplaints(context)) {

@@ -6,6 +6,7 @@
 
 #include "kit/confd/document/tree_access.h"
 #include "kit/confd/model/error.h"
+#include "kit/confd/model/memory.h"
 
 namespace kit::store {
 namespace {
@@ -24,6 +25,7 @@ class Exporter {
 
  private:
   void Check(LY_ERR result, const SchemaNode& schema) const {
+    memory_.Require(result);
     if (result == LY_SUCCESS) return;
     const char* why = ly_errmsg(context_);
     throw Error(ErrorCode::kInternal,
@@ -111,6 +113,7 @@ class Exporter {
 
   const Schema& schema_;
   ly_ctx* context_;
+  const LibyangMemory memory_;
   TopLevel top_;
 };
 

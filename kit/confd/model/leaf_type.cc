@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "kit/confd/model/error.h"
+#include "kit/confd/model/memory.h"
 #include "kit/confd/model/typedef_chain.h"
 #include "kit/confd/text/address.h"
 #include "kit/confd/text/encoding.h"
@@ -152,10 +153,11 @@ const lysc_type* RealType(const lysc_type* type) {
 const lysc_node* LeafrefTarget(const lysc_node* node,
                                const lysc_type_leafref* type) {
   ly_set* atoms = nullptr;
-  if (lys_find_expr_atoms(node, node->module, type->path, type->prefixes, 0,
-                          &atoms) != LY_SUCCESS) {
-    return nullptr;
-  }
+  const LibyangMemory memory;
+  LY_ERR result = lys_find_expr_atoms(node, node->module, type->path,
+                                      type->prefixes, 0, &atoms);
+  memory.Require(result);
+  if (result != LY_SUCCESS) return nullptr;
   // The path's last step comes last; predicates may name other leaves.
   const lysc_node* target = nullptr;
   for (uint32_t i = 0; i < atoms->count; ++i) {
@@ -481,8 +483,10 @@ Value LeafType::Parse(std::string_view text) const {
   ly_ctx* context = node_->module->ctx;
   const lysc_type* real_type = nullptr;
   const char* canonical = nullptr;
+  const LibyangMemory memory;
   LY_ERR result = lyd_value_validate(context, node_, text.data(), text.size(),
                                      nullptr, &real_type, &canonical);
+  memory.Require(result);
   if (result != LY_SUCCESS && result != LY_EINCOMPLETE) {
     const char* message = ly_errmsg(context);
     std::string why = message != nullptr ? message : "";

@@ -1,5 +1,6 @@
 #include "kit/confd/model/module_folder.h"
 
+#include <dirent.h>
 #include <libyang/libyang.h>
 
 #include <algorithm>
@@ -103,13 +104,19 @@ LY_ERR ServeModule(const char* module, const char* module_revision,
 
 ModuleFolder::ModuleFolder(const fs::path& directory) {
   constexpr char kAdvice[] = "; name a folder of YANG modules";
-  std::error_code error;
-  fs::directory_iterator entry(directory, error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    const fs::path& path = entry->path();
-    if (path.extension() == ".yang") files_.push_back(ReadModule(path));
+  // The iterator of the C++ library ends the program where memory is short.
+  std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(directory.c_str()),
+                                              closedir);
+  if (entries == nullptr) {
+    Fail(directory, {errno, std::generic_category()}, kAdvice);
   }
-  if (error) Fail(directory, error, kAdvice);
+  errno = 0;
+  while (const dirent* entry = readdir(entries.get())) {
+    const fs::path path = directory / entry->d_name;
+    if (path.extension() == ".yang") files_.push_back(ReadModule(path));
+    errno = 0;
+  }
+  if (errno != 0) Fail(directory, {errno, std::generic_category()});
   if (files_.empty()) {
     throw SchemaError(directory.string() + ": no YANG module (*.yang) in it");
   }

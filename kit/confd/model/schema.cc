@@ -6,6 +6,7 @@
 
 #include "kit/confd/model/error.h"
 #include "kit/confd/model/libyang_messages.h"
+#include "kit/confd/model/memory.h"
 #include "kit/confd/model/module_folder.h"
 
 namespace kit::store {
@@ -30,7 +31,8 @@ NodeKind KindOf(const lysc_node* node) {
 // The first error names the cause, later ones what followed from it.
 std::string FirstMessage(ly_ctx* context) {
   std::vector<Complaint> complaints = TakeComplaints(context);
-  if (complaints.empty()) return "unknown reason";
+  // It has a reason for everything, unless there was no memory to note it.
+  if (complaints.empty()) throw std::bad_alloc();
   const Complaint& first = complaints.front();
   return first.reason + (first.place.empty() ? "" : " (" + first.place + ")");
 }
@@ -70,8 +72,6 @@ void Schema::ContextDeleter::operator()(ly_ctx* context) const {
 Schema::Schema(const std::filesystem::path& directory,
                const LeafType::NamespaceHashes& hashes)
     : serial_(NewSerial()), hashes_(hashes) {
-  // Errors are read from the context; nothing may go to the program's stderr.
-  ly_log_options(LY_LOSTORE);
   LoadModules(directory);
 
   root_.kind = NodeKind::kRoot;
@@ -90,12 +90,14 @@ Schema::~Schema() = default;
 
 void Schema::LoadModules(const std::filesystem::path& directory) {
   const ModuleFolder folder(directory);
+  const LibyangMemory memory;
   ly_ctx* context = nullptr;
   LY_ERR result = ly_ctx_new(nullptr,
                              LY_CTX_NO_YANGLIBRARY | LY_CTX_SET_PRIV_PARSED |
                                  LY_CTX_DISABLE_SEARCHDIRS,
                              &context);
   context_.reset(context);
+  memory.Require(result);
   if (result != LY_SUCCESS) throw SchemaError("libyang can't be set up");
   folder.ServeImports(context);
   static const char* all_features[] = {"*", nullptr};
@@ -105,6 +107,7 @@ void Schema::LoadModules(const std::filesystem::path& directory) {
     const lys_module* module = ly_ctx_load_module(
         context, file.name.c_str(),
         file.revision.empty() ? nullptr : file.revision.c_str(), all_features);
+    memory.Require(LY_SUCCESS);
     if (module == nullptr) {
       throw SchemaError(file.path.string() + ": " + FirstMessage(context));
     }
@@ -175,7 +178,9 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
 void Schema::SetLeafDetails(SchemaNode& node) {
   node.mandatory = (node.compiled->flags & LYS_MAND_TRUE) != 0;
   auto parse = [&](const lyd_value* value) {
+    const LibyangMemory memory;
     const char* text = lyd_value_get_canonical(context_.get(), value);
+    memory.Require(LY_SUCCESS);
     try {
       return node.type->Parse(text);
     } catch (const Error& error) {
