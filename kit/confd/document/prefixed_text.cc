@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 #include "kit/confd/model/error.h"
 
@@ -58,11 +59,15 @@ class StoredValue {
 
   PrefixedText Print() const {
     ly_set modules{};
+    // First the module whose nodes have no prefix: none.
+    if (ly_set_add(&modules, nullptr, 1, nullptr) != LY_SUCCESS) {
+      throw std::bad_alloc();
+    }
     ly_bool is_ours = 0;
     const auto* text = static_cast<const char*>(type_->plugin->print(
         context_, &value_, LY_VALUE_XML, &modules, &is_ours, nullptr));
     PrefixedText printed;
-    for (uint32_t i = 0; i < modules.count; ++i) {
+    for (uint32_t i = 1; i < modules.count; ++i) {
       printed.modules.push_back(
           static_cast<const lys_module*>(modules.objs[i]));
     }
