@@ -236,7 +236,8 @@ TEST_F(WritesTest, BytesThatAreNoTextDoNotGetIn) {
   const std::string nul("AB1\0inside", 10);
   confd_value_t reference = Buf(nul);
   reference.type = C_OBJECTREF;
-  confd_value_t items[] = {Buf("fine"), Buf(nul)};
+  const std::string fine = "fine";
+  confd_value_t items[] = {Buf(fine), Buf(nul)};
   confd_value_t values;
   CONFD_SET_LIST(&values, items, 2);
   for (const char* leaf :
