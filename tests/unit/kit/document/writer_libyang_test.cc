@@ -92,10 +92,22 @@ bool LibyangKeepsEntriesInOrder() {
   return text.find("green") < text.find("red");
 }
 
+// Others leave out of a value the prefix of its element's own module.
+bool LibyangPrefixesTheOwnModule() {
+  Data data(Zoo());
+  ReadDocument("<values xmlns=\"urn:test:zoo\"><kin>fish</kin></values>", data);
+  const std::string text = Print(Export(data).get(), Syntax::kXml);
+  return text.find("zoo:fish") != std::string::npos;
+}
+
 // The text of the data is what libyang writes for a tree that is built node by
 // node and for what it reads of that text, and holds the same data.
 void ExpectTextOfLibyang(const Data& data) {
   static const bool keeps_order = LibyangKeepsEntriesInOrder();
+  static const bool prefixes_own = LibyangPrefixesTheOwnModule();
+  const bool names_modules =
+      Write(data, Syntax::kXml).find(" xmlns:") != std::string::npos;
+  const bool is_comparable = prefixes_own || !names_modules;
   const Schema& schema = data.schema();
   const LibyangTree tree = Export(data);
   for (Syntax syntax : {Syntax::kXml, Syntax::kJson}) {
@@ -104,11 +116,13 @@ void ExpectTextOfLibyang(const Data& data) {
       return syntax == Syntax::kXml ? Mended(std::move(theirs), schema)
                                     : theirs;
     };
-    if (keeps_order) {
+    if (keeps_order && is_comparable) {
       ASSERT_EQ(text, mended(Print(tree.get(), syntax)));
     }
     const LibyangTree parsed = Parse(schema, text, syntax, LYD_PARSE_ORDERED);
-    ASSERT_EQ(text, mended(Print(parsed.get(), syntax)));
+    if (is_comparable) {
+      ASSERT_EQ(text, mended(Print(parsed.get(), syntax)));
+    }
     Data read(schema);
     ReadDocument(text, read);
     ASSERT_EQ(Differences(data, read), "");
