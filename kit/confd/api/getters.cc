@@ -1,41 +1,28 @@
 #include <confd_cdb.h>
+#include <confd_maapi.h>
 
-#include <algorithm>
 #include <cstring>
+#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "kit/confd/api/call.h"
+#include "kit/confd/api/path_call.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
 
 namespace store = kit::store;
 using kit::api::Call;
-using kit::api::CdbScope;
+using kit::api::CdbCall;
 using kit::api::Describe;
-using kit::api::DescribeNamespace;
-using kit::api::NoInput;
+using kit::api::MaapiCall;
 using kit::api::ReadLeaf;
 using kit::api::RequirePointer;
-using kit::api::RunCall;
-using kit::api::RunPathCall;
 using kit::api::Scope;
-using kit::api::SelectNamespace;
 using kit::api::ToC;
 
 namespace {
 
 using kit::store::Error;
 using kit::store::ErrorCode;
-
-template <typename Body,
-          typename Input = std::string (*)(const Call&, const Scope&)>
-int CdbCall(const char* function, int sock, const char* fmt, va_list args,
-            const Body& body, const Input& input = NoInput) {
-  return RunPathCall(
-      function, [&] { return CdbScope(sock); }, fmt, args, body, input);
-}
 
 // Reads a leaf of one type into *rval; `member` takes it out of the union.
 template <typename T, typename Member>
@@ -56,28 +43,6 @@ int GetScalar(const char* function, int sock, T* rval, store::ValueType type,
 }  // namespace
 
 extern "C" {
-
-int cdb_num_instances(int sock, const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = CdbCall("cdb_num_instances", sock, fmt, args,
-                       [](Call&, Scope& scope, const store::Target& target) {
-                         return static_cast<int>(scope.data->Count(target));
-                       });
-  va_end(args);
-  return result;
-}
-
-int cdb_exists(int sock, const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = CdbCall("cdb_exists", sock, fmt, args,
-                       [](Call&, Scope& scope, const store::Target& target) {
-                         return scope.data->Exists(target) ? 1 : 0;
-                       });
-  va_end(args);
-  return result;
-}
 
 int cdb_get_u_int32(int sock, uint32_t* rval, const char* fmt, ...) {
   va_list args;
@@ -155,58 +120,43 @@ int cdb_get_str(int sock, char* rval, int n, const char* fmt, ...) {
   return result;
 }
 
-int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj,
-                    const char* fmt, ...) {
+int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt,
+                   ...) {
   va_list args;
   va_start(args, fmt);
-  int result = CdbCall(
-      "cdb_get_objects", sock, fmt, args,
-      [&](Call& call, Scope& scope, const store::Target& target) {
-        const store::List* list = store::Data::ListOf(target);
-        size_t count = scope.data->Count(target);
-        if (n < 0 || ix < 0 || nobj < 0) {
-          throw Error(ErrorCode::kProtoUsage, "a negative count or position");
-        }
-        if (static_cast<size_t>(ix) + static_cast<size_t>(nobj) > count) {
-          throw Error(ErrorCode::kNoExists,
-                      "positions " + std::to_string(ix) + " to " +
-                          std::to_string(int64_t{ix} + nobj - 1) +
-                          " pass the end of " + std::to_string(count) +
-                          " entries");
-        }
-        if (n > 0 && nobj > 0) RequirePointer(values, "the values");
-        auto width = static_cast<size_t>(n);
-        size_t most = 0;
-        std::vector<size_t> filled;
-        std::vector<store::Element> elements;
-        for (size_t i = 0; i < static_cast<size_t>(nobj); ++i) {
-          elements.clear();
-          store::Data::ReadObject(*list->At(static_cast<size_t>(ix) + i),
-                                  elements);
-          most = std::max(most, elements.size());
-          filled.push_back(std::min(width, elements.size()));
-          for (size_t k = 0; k < filled.back(); ++k) {
-            values[i * width + k] = ToC(elements[k]);
-          }
-        }
-        call.Output(values, width, std::move(filled));
-        return static_cast<int>(most);
-      },
-      [&](const Call&, const Scope&) {
-        return "n " + std::to_string(n) + " ix " + std::to_string(ix) +
-               " nobj " + std::to_string(nobj);
-      });
+  int result =
+      MaapiCall("maapi_get_elem", sock, thandle, fmt, args,
+                [&](Call& call, Scope& scope, const store::Target& target) {
+                  RequirePointer(v, "the value");
+                  std::optional<store::Refusal> refusal;
+                  const auto element = scope.data->TryGet(target, refusal);
+                  if (refusal) return call.Fail(*refusal);
+                  *v = ToC(element);
+                  call.Output(v, 1);
+                  return CONFD_OK;
+                });
   va_end(args);
   return result;
 }
 
-int cdb_set_namespace(int sock, int hashed_ns) {
-  return RunCall(
-      "cdb_set_namespace",
-      [&](Call& call) {
-        call.Input([&] { return DescribeNamespace(hashed_ns); });
-      },
-      [&](Call&) { return SelectNamespace(CdbScope(sock), hashed_ns); });
+int maapi_get_u_int32_elem(int sock, int thandle, uint32_t* rval,
+                           const char* fmt, ...) {
+  va_list args;
+  va_start(args, fmt);
+  int result =
+      MaapiCall("maapi_get_u_int32_elem", sock, thandle, fmt, args,
+                [&](Call& call, Scope& scope, const store::Target& target) {
+                  RequirePointer(rval, "the result");
+                  const auto leaf =
+                      ReadLeaf(call, scope, target, store::ValueType::kUint32);
+                  if (!leaf) return CONFD_ERR;
+                  const confd_value_t value = ToC(*leaf);
+                  if (call.wants_values()) call.OutputText(Describe(value));
+                  *rval = value.val.u32;
+                  return CONFD_OK;
+                });
+  va_end(args);
+  return result;
 }
 
 }  // extern "C"

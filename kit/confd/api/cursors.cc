@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "kit/confd/api/call.h"
+#include "kit/confd/api/path_call.h"
 #include "kit/confd/api/resolve.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
@@ -15,39 +15,21 @@ namespace store = kit::store;
 namespace keypath = kit::keypath;
 using kit::api::Call;
 using kit::api::Describe;
-using kit::api::DescribeNamespace;
-using kit::api::ElementFromC;
 using kit::api::FromC;
+using kit::api::MaapiCall;
 using kit::api::MaapiScope;
-using kit::api::NoInput;
 using kit::api::PathDraft;
-using kit::api::ReadLeaf;
 using kit::api::Release;
 using kit::api::RequirePointer;
 using kit::api::ResolveDraft;
 using kit::api::RunCall;
-using kit::api::RunPathCall;
 using kit::api::Scope;
-using kit::api::SelectNamespace;
 using kit::api::ToC;
 
 namespace {
 
 using kit::store::Error;
 using kit::store::ErrorCode;
-
-template <typename Body,
-          typename Input = std::string (*)(const Call&, const Scope&)>
-int MaapiCall(const char* function, int sock, int thandle, const char* fmt,
-              va_list args, const Body& body, const Input& input = NoInput) {
-  return RunPathCall(
-      function, [&] { return MaapiScope(sock, thandle); }, fmt, args, body,
-      input);
-}
-
-store::Data& Transaction(const Scope& scope) {
-  return scope.session->database->transaction();
-}
 
 // The keys that a program sees through its cursor. They live as long as the
 // library's cursor, also when a program never destroys it.
@@ -117,25 +99,6 @@ int MoveCursor(Call& call, store::Cursor& cursor, const store::List* list,
   return CONFD_OK;
 }
 
-// How many values of an array of n that a program gives may be looked at: no
-// more than the path's entries take.
-size_t ReadableValues(const Call& call, const Scope& scope,
-                      const confd_value_t* values, int n) {
-  if (values == nullptr || n < 0) return 0;
-  try {
-    store::Target target =
-        scope.data->Find(keypath::Parse(call.path()), scope.rules);
-    auto count = static_cast<size_t>(n);
-    store::Data::RequireObjectSize(target, count);
-    return count;
-  } catch (const Error&) {
-    // The call itself will say what is wrong with the path.
-    return 0;
-  } catch (const keypath::SyntaxError&) {
-    return 0;
-  }
-}
-
 // A call on a cursor: body(call, scope, cursor). A failed call leaves n at 0,
 // so that a program's loop over it ends.
 template <typename Body>
@@ -159,164 +122,6 @@ int CursorCall(const char* function, maapi_cursor* mc, const Body& body) {
 }  // namespace
 
 extern "C" {
-
-int maapi_exists(int sock, int thandle, const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = MaapiCall("maapi_exists", sock, thandle, fmt, args,
-                         [](Call&, Scope& scope, const store::Target& target) {
-                           return scope.data->Exists(target) ? 1 : 0;
-                         });
-  va_end(args);
-  return result;
-}
-
-int maapi_create(int sock, int thandle, const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result =
-      MaapiCall("maapi_create", sock, thandle, fmt, args,
-                [](Call& call, Scope& scope, const store::Target& target) {
-                  const auto refusal = Transaction(scope).TryCreate(target);
-                  return refusal ? call.Fail(*refusal) : CONFD_OK;
-                });
-  va_end(args);
-  return result;
-}
-
-int maapi_delete(int sock, int thandle, const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result =
-      MaapiCall("maapi_delete", sock, thandle, fmt, args,
-                [](Call& call, Scope& scope, const store::Target& target) {
-                  const auto refusal = Transaction(scope).TryDelete(target);
-                  return refusal ? call.Fail(*refusal) : CONFD_OK;
-                });
-  va_end(args);
-  return result;
-}
-
-int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt,
-                   ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result =
-      MaapiCall("maapi_get_elem", sock, thandle, fmt, args,
-                [&](Call& call, Scope& scope, const store::Target& target) {
-                  RequirePointer(v, "the value");
-                  std::optional<store::Refusal> refusal;
-                  const auto element = scope.data->TryGet(target, refusal);
-                  if (refusal) return call.Fail(*refusal);
-                  *v = ToC(element);
-                  call.Output(v, 1);
-                  return CONFD_OK;
-                });
-  va_end(args);
-  return result;
-}
-
-int maapi_get_u_int32_elem(int sock, int thandle, uint32_t* rval,
-                           const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result =
-      MaapiCall("maapi_get_u_int32_elem", sock, thandle, fmt, args,
-                [&](Call& call, Scope& scope, const store::Target& target) {
-                  RequirePointer(rval, "the result");
-                  const auto leaf =
-                      ReadLeaf(call, scope, target, store::ValueType::kUint32);
-                  if (!leaf) return CONFD_ERR;
-                  const confd_value_t value = ToC(*leaf);
-                  if (call.wants_values()) call.OutputText(Describe(value));
-                  *rval = value.val.u32;
-                  return CONFD_OK;
-                });
-  va_end(args);
-  return result;
-}
-
-int maapi_get_object(int sock, int thandle, confd_value_t* values, int n,
-                     const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = MaapiCall(
-      "maapi_get_object", sock, thandle, fmt, args,
-      [&](Call& call, Scope& scope, const store::Target& target) {
-        if (n < 0) {
-          throw Error(ErrorCode::kProtoUsage, "a negative number of values");
-        }
-        if (n > 0) RequirePointer(values, "the values");
-        std::vector<store::Element> elements = scope.data->GetObject(target);
-        size_t count = std::min(static_cast<size_t>(n), elements.size());
-        for (size_t i = 0; i < count; ++i) values[i] = ToC(elements[i]);
-        call.Output(values, count);
-        return static_cast<int>(elements.size());
-      },
-      [&](const Call&, const Scope&) { return "n " + std::to_string(n); });
-  va_end(args);
-  return result;
-}
-
-int maapi_set_elem(int sock, int thandle, confd_value_t* v, const char* fmt,
-                   ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = MaapiCall(
-      "maapi_set_elem", sock, thandle, fmt, args,
-      [&](Call&, Scope& scope, const store::Target& target) {
-        RequirePointer(v, "the value");
-        Transaction(scope).Set(target, ElementFromC(*v));
-        return CONFD_OK;
-      },
-      [&](const Call&, const Scope&) {
-        return v == nullptr ? std::string("NULL") : Describe(*v);
-      });
-  va_end(args);
-  return result;
-}
-
-int maapi_set_object(int sock, int thandle, const confd_value_t* values, int n,
-                     const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = MaapiCall(
-      "maapi_set_object", sock, thandle, fmt, args,
-      [&](Call&, Scope& scope, const store::Target& target) {
-        if (n < 0) {
-          throw Error(ErrorCode::kProtoUsage,
-                      std::to_string(n) + " is no number of values");
-        }
-        if (n > 0) RequirePointer(values, "the values");
-        auto count = static_cast<size_t>(n);
-        // Before the values are looked at: there may be fewer than it says.
-        store::Data::RequireObjectSize(target, count);
-        std::vector<store::NewElement> elements;
-        elements.reserve(count);
-        for (size_t i = 0; i < count; ++i) {
-          elements.push_back(ElementFromC(values[i]));
-        }
-        Transaction(scope).SetObject(target, std::move(elements));
-        return CONFD_OK;
-      },
-      [&](const Call& call, const Scope& scope) {
-        return "n " + std::to_string(n) + " " +
-               Describe(values, ReadableValues(call, scope, values, n));
-      });
-  va_end(args);
-  return result;
-}
-
-int maapi_set_namespace(int sock, int thandle, int hashed_ns) {
-  return RunCall(
-      "maapi_set_namespace",
-      [&](Call& call) {
-        call.Input([&] { return DescribeNamespace(hashed_ns); });
-      },
-      [&](Call&) {
-        return SelectNamespace(MaapiScope(sock, thandle), hashed_ns);
-      });
-}
 
 int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc,
                       const char* fmt, ...) {
