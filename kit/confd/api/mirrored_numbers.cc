@@ -31,7 +31,7 @@ constexpr bool Fits(StoredAs stored_as, size_t bits) {
 KIT_VALUE_TYPES(KIT_ROW)
 #undef KIT_ROW
 
-#define KIT_ROW(code, name, number) \
+#define KIT_ROW(code, name, number, text) \
   static_assert(name == number, #name " has another number");
 KIT_ERROR_CODES(KIT_ROW)
 #undef KIT_ROW
