@@ -106,6 +106,27 @@ static const char *ExerciseCursor(int sock, int th) {
   return NULL;
 }
 
+static const char *ExerciseTaggedValues(void) {
+  confd_tag_value_t tv[3];
+  confd_tag_value_attr_t tva;
+  confd_attr_value_t attr;
+
+  CONFD_SET_TAG_XMLBEGIN(&tv[0], 1, 1001);
+  CONFD_SET_TAG_UINT8(&tv[1], 2, 9);
+  CONFD_SET_TAG_NS(&tv[1], 1001);
+  CONFD_SET_TAG_XMLEND(&tv[2], 1, 1001);
+  CHECK(tv[0].v.type == C_XMLBEGIN);
+  CHECK(CONFD_GET_TAG_TAG(&tv[1]) == 2);
+  CHECK(CONFD_GET_UINT8(CONFD_GET_TAG_VALUE(&tv[1])) == 9);
+  CHECK(tv[2].tag.ns == 1001);
+  attr.attr = CONFD_ATTR_ANNOTATION;
+  CONFD_SET_STR(&attr.v, "why");
+  CONFD_SET_TAG_ATTR_UINT8(&tva, 2, 9, &attr, 1);
+  CHECK(CONFD_GET_UINT8(CONFD_GET_TAG_VALUE(&tva)) == 9);
+  CHECK(tva.num_attrs == 1 && tva.attrs[0].attr == 0x80000001u);
+  return NULL;
+}
+
 const char *ExerciseCApi(int cdb_sock, int maapi_sock, int thandle) {
   const char *failure;
   char path[32];
@@ -115,7 +136,8 @@ const char *ExerciseCApi(int cdb_sock, int maapi_sock, int thandle) {
   CONFD_SET_STR(&keys[1], "a b");
   CHECK(Format(path, (int)sizeof path, "/a{%*x}/%s", 2, keys, "c") == 13);
   CHECK(strcmp(path, "/a{7 \"a b\"}/c") == 0);
-  failure = ExerciseReads(cdb_sock);
+  failure = ExerciseTaggedValues();
+  if (failure == NULL) failure = ExerciseReads(cdb_sock);
   if (failure == NULL) failure = ExerciseWrites(maapi_sock, thandle);
   if (failure == NULL) failure = ExerciseCursor(maapi_sock, thandle);
   return failure;

@@ -125,7 +125,8 @@ CONFD_KIT_EXPORT char *confd_strerror(int code);
 
 /* ---- Values ------------------------------------------------------------ */
 
-/* The most keys a list can have. */
+/* The most elements of a path, and the most keys of a list, each plus 1. */
+#define MAXDEPTH 20
 #define MAXKEYLEN 9
 
 struct xml_tag {
@@ -200,6 +201,14 @@ struct confd_qname {
   confd_buf_t name;
 };
 
+/*
+ * Dates and times are never converted: the fields are those of the text, with
+ * its offset. Hours other than 0 give the sign of the offset and the minutes
+ * are not negative (-05:30 is -5, 30); with 0 hours the minutes carry it. Both
+ * 0 is "Z", CONFD_TIMEZONE_UNDEF for the hours is "-00:00".
+ */
+#define CONFD_TIMEZONE_UNDEF (-111)
+
 struct confd_datetime {
   int16_t year;
   uint8_t month;
@@ -240,6 +249,7 @@ struct confd_duration {
 };
 
 struct confd_value;
+struct confd_hkeypath;
 
 struct confd_list {
   unsigned int size;
@@ -270,6 +280,17 @@ struct confd_dotted_quad {
   unsigned char quad[4];
 };
 
+struct confd_snmp_oid {
+  uint32_t oid[128];
+  int len; /* of them in use */
+};
+
+/* Where a value that is asked for goes: a variable of the type's C type. */
+struct confd_vptr {
+  enum confd_vtype type;
+  void *ptr;
+};
+
 typedef struct confd_value {
   enum confd_vtype type;
   union {
@@ -297,9 +318,13 @@ typedef struct confd_value {
     struct confd_time time;
     struct confd_duration duration;
     int32_t enumvalue;
+    uint32_t enumhash; /* old name */
     uint32_t b32;
     uint64_t b64;
     struct confd_list list;
+    struct confd_hkeypath *hkp;
+    struct confd_vptr ptr;
+    struct confd_snmp_oid *oidp;
     struct confd_ipv4_prefix ipv4prefix;
     struct confd_ipv6_prefix ipv6prefix;
     struct confd_decimal64 d64;
@@ -307,6 +332,44 @@ typedef struct confd_value {
     struct confd_dotted_quad dquad;
   } val;
 } confd_value_t;
+
+/*
+ * A path backwards: v[0] is its last element, v[len - 1] the top. A node is one
+ * element (C_XMLTAG in v[i][0]), the keys of an entry are one more, with
+ * C_NOEXISTS behind the last.
+ */
+typedef struct confd_hkeypath {
+  int len;
+  confd_value_t v[MAXDEPTH][MAXKEYLEN];
+} confd_hkeypath_t;
+
+/* Elements of the arrays that name what they hold. */
+typedef struct confd_tag_value {
+  struct xml_tag tag;
+  confd_value_t v;
+} confd_tag_value_t;
+
+typedef struct confd_attr_value {
+  uint32_t attr;
+  confd_value_t v;
+} confd_attr_value_t;
+
+typedef struct confd_tag_value_attr {
+  struct xml_tag tag;
+  confd_value_t v;
+  confd_attr_value_t *attrs;
+  int num_attrs;
+} confd_tag_value_attr_t;
+
+#define CONFD_ATTR_INACTIVE 0u
+#define CONFD_ATTR_TAGS 0x80000000u
+#define CONFD_ATTR_ANNOTATION 0x80000001u
+#define CONFD_ATTR_REFCOUNT 0x80000002u
+#define CONFD_ATTR_BACKPOINTER 0x80000003u
+#define CONFD_ATTR_WHEN 0x80000004u
+#define CONFD_ATTR_ORIGINAL_VALUE 0x80000005u
+#define CONFD_ATTR_ORIGIN 0x80000007u
+#define CONFD_ATTR_OUT_OF_BAND 0x80000010u
 
 /*
  * Releases what a value owns (buffers, lists) with free(); does nothing for
@@ -329,7 +392,16 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
 
 /* ---- Accessors --------------------------------------------------------- */
 
-/* The getters assert the tag, so that a wrong one never goes unnoticed. */
+/*
+ * The getters assert the tag, so that a wrong one never goes unnoticed. A
+ * program that wants something else done defines CONFD_ASSERT before it
+ * includes this header; NDEBUG, defined there too, switches the standard form
+ * off.
+ */
+#ifndef CONFD_ASSERT
+#define CONFD_ASSERT(E) assert(E)
+#endif
+
 #define CONFD_KIT_SET(v, tag, member, x) \
   do {                                   \
     (v)->type = (tag);                   \
@@ -352,111 +424,334 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
     (v)->val.xmltag.tag = (t);    \
     (v)->val.xmltag.ns = (n);     \
   } while (0)
-#define CONFD_GET_XMLTAG(v) (assert((v)->type == C_XMLTAG), (v)->val.xmltag.tag)
+#define CONFD_GET_XMLTAG(v) \
+  (CONFD_ASSERT((v)->type == C_XMLTAG), (v)->val.xmltag.tag)
 #define CONFD_GET_XMLTAG_NS(v) \
-  (assert((v)->type == C_XMLTAG), (v)->val.xmltag.ns)
-
-#define CONFD_SET_SYMBOL(v, x) CONFD_KIT_SET(v, C_SYMBOL, symbol, x)
-#define CONFD_GET_SYMBOL(v) (assert((v)->type == C_SYMBOL), (v)->val.symbol)
+  (CONFD_ASSERT((v)->type == C_XMLTAG), (v)->val.xmltag.ns)
 
 #define CONFD_SET_STR(v, x) CONFD_KIT_SET(v, C_STR, c_s, x)
-#define CONFD_GET_STR(v) (assert((v)->type == C_STR), (v)->val.c_s)
 
 #define CONFD_SET_BUF(v, p, n) CONFD_KIT_SET_BYTES(v, C_BUF, p, n)
-#define CONFD_GET_BUFPTR(v) (assert((v)->type == C_BUF), (v)->val.buf.ptr)
-#define CONFD_GET_BUFSIZE(v) (assert((v)->type == C_BUF), (v)->val.buf.size)
-#define CONFD_GET_CBUFPTR(v) (assert((v)->type == C_BUF), (v)->val.c_buf.ptr)
+#define CONFD_GET_BUFPTR(v) (CONFD_ASSERT((v)->type == C_BUF), (v)->val.buf.ptr)
+#define CONFD_GET_BUFSIZE(v) \
+  (CONFD_ASSERT((v)->type == C_BUF), (v)->val.buf.size)
 
 #define CONFD_SET_BINARY(v, p, n) CONFD_KIT_SET_BYTES(v, C_BINARY, p, n)
 #define CONFD_GET_BINARY_PTR(v) \
-  (assert((v)->type == C_BINARY), (v)->val.buf.ptr)
+  (CONFD_ASSERT((v)->type == C_BINARY), (v)->val.buf.ptr)
 #define CONFD_GET_BINARY_SIZE(v) \
-  (assert((v)->type == C_BINARY), (v)->val.buf.size)
+  (CONFD_ASSERT((v)->type == C_BINARY), (v)->val.buf.size)
 
 #define CONFD_SET_HEXSTR(v, p, n) CONFD_KIT_SET_BYTES(v, C_HEXSTR, p, n)
 #define CONFD_GET_HEXSTR_PTR(v) \
-  (assert((v)->type == C_HEXSTR), (v)->val.buf.ptr)
+  (CONFD_ASSERT((v)->type == C_HEXSTR), (v)->val.buf.ptr)
 #define CONFD_GET_HEXSTR_SIZE(v) \
-  (assert((v)->type == C_HEXSTR), (v)->val.buf.size)
+  (CONFD_ASSERT((v)->type == C_HEXSTR), (v)->val.buf.size)
 
 #define CONFD_SET_BITBIG(v, p, n) CONFD_KIT_SET_BYTES(v, C_BITBIG, p, n)
 #define CONFD_GET_BITBIG_PTR(v) \
-  (assert((v)->type == C_BITBIG), (v)->val.buf.ptr)
+  (CONFD_ASSERT((v)->type == C_BITBIG), (v)->val.buf.ptr)
 #define CONFD_GET_BITBIG_SIZE(v) \
-  (assert((v)->type == C_BITBIG), (v)->val.buf.size)
+  (CONFD_ASSERT((v)->type == C_BITBIG), (v)->val.buf.size)
+/* In an array of unsigned char. */
+#define CONFD_BITBIG_SET_BIT(mask, position) \
+  ((mask)[(position) / 8] =                  \
+       (unsigned char)((mask)[(position) / 8] | 1u << (position) % 8))
 
 #define CONFD_SET_INT8(v, x) CONFD_KIT_SET(v, C_INT8, i8, x)
-#define CONFD_GET_INT8(v) (assert((v)->type == C_INT8), (v)->val.i8)
+#define CONFD_GET_INT8(v) (CONFD_ASSERT((v)->type == C_INT8), (v)->val.i8)
 #define CONFD_SET_INT16(v, x) CONFD_KIT_SET(v, C_INT16, i16, x)
-#define CONFD_GET_INT16(v) (assert((v)->type == C_INT16), (v)->val.i16)
+#define CONFD_GET_INT16(v) (CONFD_ASSERT((v)->type == C_INT16), (v)->val.i16)
 #define CONFD_SET_INT32(v, x) CONFD_KIT_SET(v, C_INT32, i32, x)
-#define CONFD_GET_INT32(v) (assert((v)->type == C_INT32), (v)->val.i32)
+#define CONFD_GET_INT32(v) (CONFD_ASSERT((v)->type == C_INT32), (v)->val.i32)
 #define CONFD_SET_INT64(v, x) CONFD_KIT_SET(v, C_INT64, i64, x)
-#define CONFD_GET_INT64(v) (assert((v)->type == C_INT64), (v)->val.i64)
+#define CONFD_GET_INT64(v) (CONFD_ASSERT((v)->type == C_INT64), (v)->val.i64)
 #define CONFD_SET_UINT8(v, x) CONFD_KIT_SET(v, C_UINT8, u8, x)
-#define CONFD_GET_UINT8(v) (assert((v)->type == C_UINT8), (v)->val.u8)
+#define CONFD_GET_UINT8(v) (CONFD_ASSERT((v)->type == C_UINT8), (v)->val.u8)
 #define CONFD_SET_UINT16(v, x) CONFD_KIT_SET(v, C_UINT16, u16, x)
-#define CONFD_GET_UINT16(v) (assert((v)->type == C_UINT16), (v)->val.u16)
+#define CONFD_GET_UINT16(v) (CONFD_ASSERT((v)->type == C_UINT16), (v)->val.u16)
 #define CONFD_SET_UINT32(v, x) CONFD_KIT_SET(v, C_UINT32, u32, x)
-#define CONFD_GET_UINT32(v) (assert((v)->type == C_UINT32), (v)->val.u32)
+#define CONFD_GET_UINT32(v) (CONFD_ASSERT((v)->type == C_UINT32), (v)->val.u32)
 #define CONFD_SET_UINT64(v, x) CONFD_KIT_SET(v, C_UINT64, u64, x)
-#define CONFD_GET_UINT64(v) (assert((v)->type == C_UINT64), (v)->val.u64)
+#define CONFD_GET_UINT64(v) (CONFD_ASSERT((v)->type == C_UINT64), (v)->val.u64)
 #define CONFD_SET_DOUBLE(v, x) CONFD_KIT_SET(v, C_DOUBLE, d, x)
-#define CONFD_GET_DOUBLE(v) (assert((v)->type == C_DOUBLE), (v)->val.d)
-#define CONFD_SET_IPV4(v, x) CONFD_KIT_SET(v, C_IPV4, ip, x)
-#define CONFD_GET_IPV4(v) (assert((v)->type == C_IPV4), (v)->val.ip)
-#define CONFD_SET_IPV6(v, x) CONFD_KIT_SET(v, C_IPV6, ip6, x)
-#define CONFD_GET_IPV6(v) (assert((v)->type == C_IPV6), (v)->val.ip6)
+#define CONFD_GET_DOUBLE(v) (CONFD_ASSERT((v)->type == C_DOUBLE), (v)->val.d)
 #define CONFD_SET_BOOL(v, x) CONFD_KIT_SET(v, C_BOOL, boolean, x)
-#define CONFD_GET_BOOL(v) (assert((v)->type == C_BOOL), (v)->val.boolean)
-#define CONFD_SET_QNAME(v, x) CONFD_KIT_SET(v, C_QNAME, qname, x)
-#define CONFD_GET_QNAME(v) (assert((v)->type == C_QNAME), (v)->val.qname)
-#define CONFD_SET_DATETIME(v, x) CONFD_KIT_SET(v, C_DATETIME, datetime, x)
-#define CONFD_GET_DATETIME(v) \
-  (assert((v)->type == C_DATETIME), (v)->val.datetime)
-#define CONFD_SET_DATE(v, x) CONFD_KIT_SET(v, C_DATE, date, x)
-#define CONFD_GET_DATE(v) (assert((v)->type == C_DATE), (v)->val.date)
-#define CONFD_SET_TIME(v, x) CONFD_KIT_SET(v, C_TIME, time, x)
-#define CONFD_GET_TIME(v) (assert((v)->type == C_TIME), (v)->val.time)
-#define CONFD_SET_DURATION(v, x) CONFD_KIT_SET(v, C_DURATION, duration, x)
-#define CONFD_GET_DURATION(v) \
-  (assert((v)->type == C_DURATION), (v)->val.duration)
+#define CONFD_GET_BOOL(v) (CONFD_ASSERT((v)->type == C_BOOL), (v)->val.boolean)
 #define CONFD_SET_ENUM_VALUE(v, x) CONFD_KIT_SET(v, C_ENUM_VALUE, enumvalue, x)
 #define CONFD_GET_ENUM_VALUE(v) \
-  (assert((v)->type == C_ENUM_VALUE), (v)->val.enumvalue)
+  (CONFD_ASSERT((v)->type == C_ENUM_VALUE), (v)->val.enumvalue)
 #define CONFD_SET_BIT32(v, x) CONFD_KIT_SET(v, C_BIT32, b32, x)
-#define CONFD_GET_BIT32(v) (assert((v)->type == C_BIT32), (v)->val.b32)
+#define CONFD_GET_BIT32(v) (CONFD_ASSERT((v)->type == C_BIT32), (v)->val.b32)
 #define CONFD_SET_BIT64(v, x) CONFD_KIT_SET(v, C_BIT64, b64, x)
-#define CONFD_GET_BIT64(v) (assert((v)->type == C_BIT64), (v)->val.b64)
+#define CONFD_GET_BIT64(v) (CONFD_ASSERT((v)->type == C_BIT64), (v)->val.b64)
+#define CONFD_SET_IPV4(v, x) CONFD_KIT_SET(v, C_IPV4, ip, x)
+#define CONFD_GET_IPV4(v) (CONFD_ASSERT((v)->type == C_IPV4), (v)->val.ip)
+#define CONFD_SET_IPV6(v, x) CONFD_KIT_SET(v, C_IPV6, ip6, x)
+#define CONFD_GET_IPV6(v) (CONFD_ASSERT((v)->type == C_IPV6), (v)->val.ip6)
+#define CONFD_SET_IPV4PREFIX(v, x) CONFD_KIT_SET(v, C_IPV4PREFIX, ipv4prefix, x)
+#define CONFD_GET_IPV4PREFIX(v) \
+  (CONFD_ASSERT((v)->type == C_IPV4PREFIX), (v)->val.ipv4prefix)
+#define CONFD_SET_IPV6PREFIX(v, x) CONFD_KIT_SET(v, C_IPV6PREFIX, ipv6prefix, x)
+#define CONFD_GET_IPV6PREFIX(v) \
+  (CONFD_ASSERT((v)->type == C_IPV6PREFIX), (v)->val.ipv6prefix)
+#define CONFD_SET_IPV4_AND_PLEN(v, x) \
+  CONFD_KIT_SET(v, C_IPV4_AND_PLEN, ipv4prefix, x)
+#define CONFD_GET_IPV4_AND_PLEN(v) \
+  (CONFD_ASSERT((v)->type == C_IPV4_AND_PLEN), (v)->val.ipv4prefix)
+#define CONFD_SET_IPV6_AND_PLEN(v, x) \
+  CONFD_KIT_SET(v, C_IPV6_AND_PLEN, ipv6prefix, x)
+#define CONFD_GET_IPV6_AND_PLEN(v) \
+  (CONFD_ASSERT((v)->type == C_IPV6_AND_PLEN), (v)->val.ipv6prefix)
+#define CONFD_SET_DATETIME(v, x) CONFD_KIT_SET(v, C_DATETIME, datetime, x)
+#define CONFD_GET_DATETIME(v) \
+  (CONFD_ASSERT((v)->type == C_DATETIME), (v)->val.datetime)
+#define CONFD_SET_DATE(v, x) CONFD_KIT_SET(v, C_DATE, date, x)
+#define CONFD_GET_DATE(v) (CONFD_ASSERT((v)->type == C_DATE), (v)->val.date)
+#define CONFD_SET_TIME(v, x) CONFD_KIT_SET(v, C_TIME, time, x)
+#define CONFD_GET_TIME(v) (CONFD_ASSERT((v)->type == C_TIME), (v)->val.time)
+#define CONFD_SET_DURATION(v, x) CONFD_KIT_SET(v, C_DURATION, duration, x)
+#define CONFD_GET_DURATION(v) \
+  (CONFD_ASSERT((v)->type == C_DURATION), (v)->val.duration)
+#define CONFD_SET_DECIMAL64(v, x) CONFD_KIT_SET(v, C_DECIMAL64, d64, x)
+#define CONFD_GET_DECIMAL64(v) \
+  (CONFD_ASSERT((v)->type == C_DECIMAL64), (v)->val.d64)
+#define CONFD_SET_IDENTITYREF(v, x) CONFD_KIT_SET(v, C_IDENTITYREF, idref, x)
+#define CONFD_GET_IDENTITYREF(v) \
+  (CONFD_ASSERT((v)->type == C_IDENTITYREF), (v)->val.idref)
+#define CONFD_SET_DQUAD(v, x) CONFD_KIT_SET(v, C_DQUAD, dquad, x)
+#define CONFD_GET_DQUAD(v) (CONFD_ASSERT((v)->type == C_DQUAD), (v)->val.dquad)
+#define CONFD_SET_OBJECTREF(v, x) CONFD_KIT_SET(v, C_OBJECTREF, hkp, x)
+#define CONFD_GET_OBJECTREF(v) \
+  (CONFD_ASSERT((v)->type == C_OBJECTREF), (v)->val.hkp)
+#define CONFD_SET_OID(v, x) CONFD_KIT_SET(v, C_OID, oidp, x)
+#define CONFD_GET_OID(v) (CONFD_ASSERT((v)->type == C_OID), (v)->val.oidp)
+
 #define CONFD_SET_LIST(v, p, n)             \
   do {                                      \
     (v)->type = C_LIST;                     \
     (v)->val.list.ptr = (p);                \
     (v)->val.list.size = (unsigned int)(n); \
   } while (0)
-#define CONFD_GET_LIST(v) (assert((v)->type == C_LIST), (v)->val.list.ptr)
-#define CONFD_GET_LISTSIZE(v) (assert((v)->type == C_LIST), (v)->val.list.size)
-#define CONFD_SET_IPV4PREFIX(v, x) CONFD_KIT_SET(v, C_IPV4PREFIX, ipv4prefix, x)
-#define CONFD_GET_IPV4PREFIX(v) \
-  (assert((v)->type == C_IPV4PREFIX), (v)->val.ipv4prefix)
-#define CONFD_SET_IPV6PREFIX(v, x) CONFD_KIT_SET(v, C_IPV6PREFIX, ipv6prefix, x)
-#define CONFD_GET_IPV6PREFIX(v) \
-  (assert((v)->type == C_IPV6PREFIX), (v)->val.ipv6prefix)
-#define CONFD_SET_IPV4_AND_PLEN(v, x) \
-  CONFD_KIT_SET(v, C_IPV4_AND_PLEN, ipv4prefix, x)
-#define CONFD_GET_IPV4_AND_PLEN(v) \
-  (assert((v)->type == C_IPV4_AND_PLEN), (v)->val.ipv4prefix)
-#define CONFD_SET_IPV6_AND_PLEN(v, x) \
-  CONFD_KIT_SET(v, C_IPV6_AND_PLEN, ipv6prefix, x)
-#define CONFD_GET_IPV6_AND_PLEN(v) \
-  (assert((v)->type == C_IPV6_AND_PLEN), (v)->val.ipv6prefix)
-#define CONFD_SET_DECIMAL64(v, x) CONFD_KIT_SET(v, C_DECIMAL64, d64, x)
-#define CONFD_GET_DECIMAL64(v) (assert((v)->type == C_DECIMAL64), (v)->val.d64)
-#define CONFD_SET_IDENTITYREF(v, x) CONFD_KIT_SET(v, C_IDENTITYREF, idref, x)
-#define CONFD_GET_IDENTITYREF(v) \
-  (assert((v)->type == C_IDENTITYREF), (v)->val.idref)
-#define CONFD_SET_DQUAD(v, x) CONFD_KIT_SET(v, C_DQUAD, dquad, x)
-#define CONFD_GET_DQUAD(v) (assert((v)->type == C_DQUAD), (v)->val.dquad)
+#define CONFD_GET_LIST(v) (CONFD_ASSERT((v)->type == C_LIST), (v)->val.list.ptr)
+#define CONFD_GET_LISTSIZE(v) \
+  (CONFD_ASSERT((v)->type == C_LIST), (v)->val.list.size)
+
+#define CONFD_SET_QNAME(v, p, pn, l, ln)              \
+  do {                                                \
+    (v)->type = C_QNAME;                              \
+    (v)->val.qname.prefix.ptr = (unsigned char *)(p); \
+    (v)->val.qname.prefix.size = (unsigned int)(pn);  \
+    (v)->val.qname.name.ptr = (unsigned char *)(l);   \
+    (v)->val.qname.name.size = (unsigned int)(ln);    \
+  } while (0)
+#define CONFD_GET_QNAME_PREFIX_PTR(v) \
+  (CONFD_ASSERT((v)->type == C_QNAME), (v)->val.qname.prefix.ptr)
+#define CONFD_GET_QNAME_PREFIX_SIZE(v) \
+  (CONFD_ASSERT((v)->type == C_QNAME), (v)->val.qname.prefix.size)
+#define CONFD_GET_QNAME_NAME_PTR(v) \
+  (CONFD_ASSERT((v)->type == C_QNAME), (v)->val.qname.name.ptr)
+#define CONFD_GET_QNAME_NAME_SIZE(v) \
+  (CONFD_ASSERT((v)->type == C_QNAME), (v)->val.qname.name.size)
+
+/* ---- Tagged values ----------------------------------------------------- */
+
+/*
+ * CONFD_SET_TAG_X(tv, tag, ...) for each CONFD_SET_X(v, ...), in the current
+ * namespace, which is 0; CONFD_SET_TAG_NS selects another. With attributes
+ * CONFD_SET_TAG_ATTR_X(tva, tag, ..., attrs, num_attrs).
+ */
+#define CONFD_KIT_SET_TAG(tv, t, n, set_value) \
+  do {                                         \
+    (tv)->tag.tag = (t);                       \
+    (tv)->tag.ns = (n);                        \
+    set_value;                                 \
+  } while (0)
+
+#define CONFD_SET_TAG_NS(tv, n) ((tv)->tag.ns = (n))
+#define CONFD_GET_TAG_TAG(tv) ((tv)->tag.tag)
+#define CONFD_GET_TAG_VALUE(tv) (&(tv)->v)
+
+#define CONFD_KIT_SET_TAG_ATTR(tv, a, na, set_tag) \
+  do {                                             \
+    set_tag;                                       \
+    (tv)->attrs = (a);                             \
+    (tv)->num_attrs = (int)(na);                   \
+  } while (0)
+
+#define CONFD_KIT_SET_BRACKET(tv, kind, t, n)                   \
+  CONFD_KIT_SET_TAG(tv, t, n, CONFD_SET_XMLTAG(&(tv)->v, t, n); \
+                    (tv)->v.type = kind)
+
+#define CONFD_SET_TAG_NOEXISTS(tv, t) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_NOEXISTS(&(tv)->v))
+#define CONFD_SET_TAG_EMPTY(tv, t) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_EMPTY(&(tv)->v))
+#define CONFD_SET_TAG_INT8(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_INT8(&(tv)->v, x))
+#define CONFD_SET_TAG_INT16(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_INT16(&(tv)->v, x))
+#define CONFD_SET_TAG_INT32(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_INT32(&(tv)->v, x))
+#define CONFD_SET_TAG_INT64(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_INT64(&(tv)->v, x))
+#define CONFD_SET_TAG_UINT8(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_UINT8(&(tv)->v, x))
+#define CONFD_SET_TAG_UINT16(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_UINT16(&(tv)->v, x))
+#define CONFD_SET_TAG_UINT32(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_UINT32(&(tv)->v, x))
+#define CONFD_SET_TAG_UINT64(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_UINT64(&(tv)->v, x))
+#define CONFD_SET_TAG_DOUBLE(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_DOUBLE(&(tv)->v, x))
+#define CONFD_SET_TAG_BOOL(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_BOOL(&(tv)->v, x))
+#define CONFD_SET_TAG_ENUM_VALUE(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_ENUM_VALUE(&(tv)->v, x))
+#define CONFD_SET_TAG_BIT32(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_BIT32(&(tv)->v, x))
+#define CONFD_SET_TAG_BIT64(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_BIT64(&(tv)->v, x))
+#define CONFD_SET_TAG_IPV4(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_IPV4(&(tv)->v, x))
+#define CONFD_SET_TAG_IPV6(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_IPV6(&(tv)->v, x))
+#define CONFD_SET_TAG_IPV4PREFIX(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_IPV4PREFIX(&(tv)->v, x))
+#define CONFD_SET_TAG_IPV6PREFIX(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_IPV6PREFIX(&(tv)->v, x))
+#define CONFD_SET_TAG_IPV4_AND_PLEN(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_IPV4_AND_PLEN(&(tv)->v, x))
+#define CONFD_SET_TAG_IPV6_AND_PLEN(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_IPV6_AND_PLEN(&(tv)->v, x))
+#define CONFD_SET_TAG_DATETIME(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_DATETIME(&(tv)->v, x))
+#define CONFD_SET_TAG_DATE(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_DATE(&(tv)->v, x))
+#define CONFD_SET_TAG_TIME(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_TIME(&(tv)->v, x))
+#define CONFD_SET_TAG_DURATION(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_DURATION(&(tv)->v, x))
+#define CONFD_SET_TAG_DECIMAL64(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_DECIMAL64(&(tv)->v, x))
+#define CONFD_SET_TAG_IDENTITYREF(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_IDENTITYREF(&(tv)->v, x))
+#define CONFD_SET_TAG_DQUAD(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_DQUAD(&(tv)->v, x))
+#define CONFD_SET_TAG_OBJECTREF(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_OBJECTREF(&(tv)->v, x))
+#define CONFD_SET_TAG_OID(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_OID(&(tv)->v, x))
+#define CONFD_SET_TAG_STR(tv, t, x) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_STR(&(tv)->v, x))
+#define CONFD_SET_TAG_BUF(tv, t, p, n) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_BUF(&(tv)->v, p, n))
+#define CONFD_SET_TAG_BINARY(tv, t, p, n) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_BINARY(&(tv)->v, p, n))
+#define CONFD_SET_TAG_HEXSTR(tv, t, p, n) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_HEXSTR(&(tv)->v, p, n))
+#define CONFD_SET_TAG_BITBIG(tv, t, p, n) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_BITBIG(&(tv)->v, p, n))
+#define CONFD_SET_TAG_LIST(tv, t, p, n) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_LIST(&(tv)->v, p, n))
+#define CONFD_SET_TAG_XMLTAG(tv, t, x, n) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_XMLTAG(&(tv)->v, x, n))
+#define CONFD_SET_TAG_QNAME(tv, t, p, pn, l, ln) \
+  CONFD_KIT_SET_TAG(tv, t, 0, CONFD_SET_QNAME(&(tv)->v, p, pn, l, ln))
+
+#define CONFD_SET_TAG_XMLBEGIN(tv, t, n) \
+  CONFD_KIT_SET_BRACKET(tv, C_XMLBEGIN, t, n)
+#define CONFD_SET_TAG_XMLEND(tv, t, n) CONFD_KIT_SET_BRACKET(tv, C_XMLEND, t, n)
+/* The position stands where an int32_t does. */
+#define CONFD_SET_TAG_CDBBEGIN(tv, t, n, position) \
+  CONFD_KIT_SET_TAG(tv, t, n,                      \
+                    CONFD_KIT_SET(&(tv)->v, C_CDBBEGIN, i32, position))
+#define CONFD_SET_TAG_PTR(tv, t, expected, p)          \
+  CONFD_KIT_SET_TAG(tv, t, 0, (tv)->v.type = C_PTR;    \
+                    (tv)->v.val.ptr.type = (expected); \
+                    (tv)->v.val.ptr.ptr = (p))
+
+#define CONFD_SET_TAG_ATTR_NOEXISTS(tv, t, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_NOEXISTS(tv, t))
+#define CONFD_SET_TAG_ATTR_EMPTY(tv, t, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_EMPTY(tv, t))
+#define CONFD_SET_TAG_ATTR_INT8(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_INT8(tv, t, x))
+#define CONFD_SET_TAG_ATTR_INT16(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_INT16(tv, t, x))
+#define CONFD_SET_TAG_ATTR_INT32(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_INT32(tv, t, x))
+#define CONFD_SET_TAG_ATTR_INT64(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_INT64(tv, t, x))
+#define CONFD_SET_TAG_ATTR_UINT8(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_UINT8(tv, t, x))
+#define CONFD_SET_TAG_ATTR_UINT16(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_UINT16(tv, t, x))
+#define CONFD_SET_TAG_ATTR_UINT32(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_UINT32(tv, t, x))
+#define CONFD_SET_TAG_ATTR_UINT64(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_UINT64(tv, t, x))
+#define CONFD_SET_TAG_ATTR_DOUBLE(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_DOUBLE(tv, t, x))
+#define CONFD_SET_TAG_ATTR_BOOL(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_BOOL(tv, t, x))
+#define CONFD_SET_TAG_ATTR_ENUM_VALUE(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_ENUM_VALUE(tv, t, x))
+#define CONFD_SET_TAG_ATTR_BIT32(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_BIT32(tv, t, x))
+#define CONFD_SET_TAG_ATTR_BIT64(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_BIT64(tv, t, x))
+#define CONFD_SET_TAG_ATTR_IPV4(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_IPV4(tv, t, x))
+#define CONFD_SET_TAG_ATTR_IPV6(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_IPV6(tv, t, x))
+#define CONFD_SET_TAG_ATTR_IPV4PREFIX(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_IPV4PREFIX(tv, t, x))
+#define CONFD_SET_TAG_ATTR_IPV6PREFIX(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_IPV6PREFIX(tv, t, x))
+#define CONFD_SET_TAG_ATTR_IPV4_AND_PLEN(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_IPV4_AND_PLEN(tv, t, x))
+#define CONFD_SET_TAG_ATTR_IPV6_AND_PLEN(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_IPV6_AND_PLEN(tv, t, x))
+#define CONFD_SET_TAG_ATTR_DATETIME(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_DATETIME(tv, t, x))
+#define CONFD_SET_TAG_ATTR_DATE(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_DATE(tv, t, x))
+#define CONFD_SET_TAG_ATTR_TIME(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_TIME(tv, t, x))
+#define CONFD_SET_TAG_ATTR_DURATION(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_DURATION(tv, t, x))
+#define CONFD_SET_TAG_ATTR_DECIMAL64(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_DECIMAL64(tv, t, x))
+#define CONFD_SET_TAG_ATTR_IDENTITYREF(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_IDENTITYREF(tv, t, x))
+#define CONFD_SET_TAG_ATTR_DQUAD(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_DQUAD(tv, t, x))
+#define CONFD_SET_TAG_ATTR_OBJECTREF(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_OBJECTREF(tv, t, x))
+#define CONFD_SET_TAG_ATTR_OID(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_OID(tv, t, x))
+#define CONFD_SET_TAG_ATTR_STR(tv, t, x, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_STR(tv, t, x))
+#define CONFD_SET_TAG_ATTR_BUF(tv, t, p, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_BUF(tv, t, p, n))
+#define CONFD_SET_TAG_ATTR_BINARY(tv, t, p, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_BINARY(tv, t, p, n))
+#define CONFD_SET_TAG_ATTR_HEXSTR(tv, t, p, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_HEXSTR(tv, t, p, n))
+#define CONFD_SET_TAG_ATTR_BITBIG(tv, t, p, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_BITBIG(tv, t, p, n))
+#define CONFD_SET_TAG_ATTR_LIST(tv, t, p, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_LIST(tv, t, p, n))
+#define CONFD_SET_TAG_ATTR_XMLTAG(tv, t, x, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_XMLTAG(tv, t, x, n))
+#define CONFD_SET_TAG_ATTR_QNAME(tv, t, p, pn, l, ln, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_QNAME(tv, t, p, pn, l, ln))
+#define CONFD_SET_TAG_ATTR_XMLBEGIN(tv, t, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_XMLBEGIN(tv, t, n))
+#define CONFD_SET_TAG_ATTR_XMLEND(tv, t, n, a, na) \
+  CONFD_KIT_SET_TAG_ATTR(tv, a, na, CONFD_SET_TAG_XMLEND(tv, t, n))
 
 #ifdef __cplusplus
 }

@@ -169,13 +169,9 @@ TEST(ValueToKey, WritesIdentitiesAndQualifiedNames) {
             "448085882:17");
   unsigned char prefix[] = {'p'};
   unsigned char name[] = {'n', 'm'};
-  EXPECT_EQ(KeyOf([&](auto* v) {
-              CONFD_SET_QNAME(v, (confd_qname{{1, prefix}, {2, name}}));
-            }),
+  EXPECT_EQ(KeyOf([&](auto* v) { CONFD_SET_QNAME(v, prefix, 1, name, 2); }),
             "p:nm");
-  EXPECT_EQ(KeyOf([&](auto* v) {
-              CONFD_SET_QNAME(v, (confd_qname{{0, nullptr}, {2, name}}));
-            }),
+  EXPECT_EQ(KeyOf([&](auto* v) { CONFD_SET_QNAME(v, nullptr, 0, name, 2); }),
             "nm");
 }
 

@@ -129,7 +129,8 @@ TEST(Values, AreReleasedWithAllTheyOwn) {
     return confd_buf_t{1, static_cast<unsigned char*>(std::malloc(1))};
   };
   confd_value_t value = {};
-  CONFD_SET_QNAME(&value, (confd_qname{allocate(), allocate()}));
+  value.type = C_QNAME;
+  value.val.qname = {allocate(), allocate()};
   Release(value);
   EXPECT_EQ(value.val.qname.prefix.ptr, nullptr);
   EXPECT_EQ(value.val.qname.name.ptr, nullptr);
