@@ -1,10 +1,11 @@
-// What the database does by itself before an upgrade program runs.
+// What the database does by itself before an upgrade program runs: a test for
+// each row of the table in the chapter on CDB.
 #include "tests/contract/c_api.h"
 
 namespace contract {
 namespace {
 
-class UpgradeStartTest : public CApiTest {
+class CdbChapter : public CApiTest {
  protected:
   void OpenGrowth(const std::string& inside) {
     Open("<g xmlns=\"urn:test:growth\">" + inside + "</g>", "growth/before",
@@ -12,12 +13,12 @@ class UpgradeStartTest : public CApiTest {
   }
 };
 
-TEST_F(UpgradeStartTest, NodeInBothModelsKeepsItsValue) {
+TEST_F(CdbChapter, NodeInBothModelsKeepsItsValue) {
   OpenGrowth("<kept>7</kept>");
   EXPECT_EQ(Get("/g/kept"), "C_UINT32 7");
 }
 
-TEST_F(UpgradeStartTest, NodeThatIsGoneIsDropped) {
+TEST_F(CdbChapter, NodeThatIsGoneIsDropped) {
   OpenGrowth("<gone>7</gone><dropped><n>1</n></dropped>");
   EXPECT_EQ(Get("/g/gone"), "BADPATH");
   EXPECT_EQ(Exists("/g/dropped"), CONFD_ERR);
@@ -26,18 +27,18 @@ TEST_F(UpgradeStartTest, NodeThatIsGoneIsDropped) {
   EXPECT_EQ(Count("/g/dropped"), 1);
 }
 
-TEST_F(UpgradeStartTest, NewLeafReadsAsItsDefault) {
+TEST_F(CdbChapter, NewLeafReadsAsItsDefault) {
   OpenGrowth("<kept>7</kept>");
   EXPECT_EQ(Get("/g/fresh"), "C_UINT8 42");
   EXPECT_EQ(Get("/g/fresh-without-default"), "NOEXISTS");
 }
 
-TEST_F(UpgradeStartTest, ReorderedNodeKeepsItsValue) {
+TEST_F(CdbChapter, ReorderedNodeKeepsItsValue) {
   OpenGrowth("<moved>here</moved>");
   EXPECT_EQ(Get("/g/moved"), "C_BUF here");
 }
 
-TEST_F(UpgradeStartTest, ValueEqualToTheOldDefaultFollowsTheNewOne) {
+TEST_F(CdbChapter, ValueEqualToTheOldDefaultFollowsTheNewOne) {
   OpenGrowth("<kept>1</kept>");
   EXPECT_EQ(Get("/g/followed"), "C_UINT8 20");
   OpenGrowth("<followed>10</followed>");
@@ -48,19 +49,19 @@ TEST_F(UpgradeStartTest, ValueEqualToTheOldDefaultFollowsTheNewOne) {
   EXPECT_EQ(Get("/g/followed"), "C_UINT8 20");
 }
 
-TEST_F(UpgradeStartTest, ValueThatWasSetStaysWhereTheDefaultIsGone) {
+TEST_F(CdbChapter, ValueThatWasSetStaysWhereTheDefaultIsGone) {
   OpenGrowth("<default-gone>10</default-gone>");
   EXPECT_EQ(Get("/g/default-gone"), "C_UINT8 10");
 }
 
-TEST_F(UpgradeStartTest, LeafListsFollowTheirDefaultsToo) {
+TEST_F(CdbChapter, LeafListsFollowTheirDefaultsToo) {
   OpenGrowth("<defaulted>1</defaulted><defaulted>2</defaulted>");
   EXPECT_EQ(Get("/g/defaulted"), "C_LIST [C_UINT8 3]");
   OpenGrowth("<defaulted>2</defaulted><defaulted>1</defaulted>");
   EXPECT_EQ(Get("/g/defaulted"), "C_LIST [C_UINT8 2, C_UINT8 1]");
 }
 
-TEST_F(UpgradeStartTest, TypeChangeGoesThroughTheText) {
+TEST_F(CdbChapter, TypeChangeGoesThroughTheText) {
   OpenGrowth(
       "<widened>200</widened><narrowed>99</narrowed>"
       "<text-to-number>17</text-to-number><number-to-text>-3</number-to-text>"
@@ -77,7 +78,7 @@ TEST_F(UpgradeStartTest, TypeChangeGoesThroughTheText) {
   EXPECT_EQ(Get("/g/words"), "C_LIST [C_UINT8 5, C_UINT8 6]");
 }
 
-TEST_F(UpgradeStartTest, ValueThatDoesNotConvertTakesTheDefaultOrGoes) {
+TEST_F(CdbChapter, ValueThatDoesNotConvertTakesTheDefaultOrGoes) {
   OpenGrowth(
       "<narrowed>100</narrowed>"
       "<narrowed-with-default>4294967295</narrowed-with-default>"
@@ -90,12 +91,12 @@ TEST_F(UpgradeStartTest, ValueThatDoesNotConvertTakesTheDefaultOrGoes) {
   EXPECT_EQ(Get("/g/words"), "NOEXISTS");
 }
 
-TEST_F(UpgradeStartTest, NodeThatBecameAnotherKindOfNodeIsDropped) {
+TEST_F(CdbChapter, NodeThatBecameAnotherKindOfNodeIsDropped) {
   OpenGrowth("<becomes-list>x</becomes-list>");
   EXPECT_EQ(Get("/g/becomes-list"), "NOEXISTS");
 }
 
-TEST_F(UpgradeStartTest, EntryWhoseKeyDoesNotConvertIsDropped) {
+TEST_F(CdbChapter, EntryWhoseKeyDoesNotConvertIsDropped) {
   OpenGrowth(
       "<entry><id>7</id><value>1</value><sub><n>4</n></sub></entry>"
       "<entry><id>seven</id><value>2</value></entry>"
@@ -106,12 +107,12 @@ TEST_F(UpgradeStartTest, EntryWhoseKeyDoesNotConvertIsDropped) {
   EXPECT_EQ(Count("/g/entry"), 3);
 }
 
-TEST_F(UpgradeStartTest, EntryWithoutAValueForANewKeyIsDropped) {
+TEST_F(CdbChapter, EntryWithoutAValueForANewKeyIsDropped) {
   OpenGrowth("<new-key><a>1</a></new-key>");
   EXPECT_TRUE(Walk("/g/new-key").empty());
 }
 
-TEST_F(UpgradeStartTest, KeyThatBecameAnOrdinaryLeafKeepsItsValue) {
+TEST_F(CdbChapter, KeyThatBecameAnOrdinaryLeafKeepsItsValue) {
   OpenGrowth(
       "<rekeyed><a>1</a><b>5</b><note>first</note></rekeyed>"
       "<rekeyed><a>1</a><b>6</b><note>second</note></rekeyed>"
@@ -123,7 +124,7 @@ TEST_F(UpgradeStartTest, KeyThatBecameAnOrdinaryLeafKeepsItsValue) {
   EXPECT_EQ(Get("/g/rekeyed{1}/note"), "C_BUF first");
 }
 
-TEST_F(UpgradeStartTest, ContainersKeepWhatTheyHoldWithOrWithoutPresence) {
+TEST_F(CdbChapter, ContainersKeepWhatTheyHoldWithOrWithoutPresence) {
   OpenGrowth(
       "<grew-presence><x>1</x></grew-presence>"
       "<lost-presence><x>2</x></lost-presence>");
@@ -133,14 +134,14 @@ TEST_F(UpgradeStartTest, ContainersKeepWhatTheyHoldWithOrWithoutPresence) {
   EXPECT_EQ(Exists("/g/never-filled"), 0);
 }
 
-TEST_F(UpgradeStartTest, UsersOrderIsKept) {
+TEST_F(CdbChapter, UsersOrderIsKept) {
   OpenGrowth(
       "<order><n>9</n></order><order><n>1</n></order>"
       "<order><n>5</n></order>");
   EXPECT_EQ(Walk("/g/order"), (std::vector<std::string>{"9", "1", "5"}));
 }
 
-TEST_F(UpgradeStartTest, OldDataIsReadUnderTheOldModel) {
+TEST_F(CdbChapter, OldDataIsReadUnderTheOldModel) {
   OpenGrowth("<renumbered>one</renumbered><entry><id>seven</id></entry>");
   int32_t number = 0;
   ASSERT_EQ(cdb_get_enum_value(cdb_, &number, "/g/renumbered"), CONFD_OK);
@@ -150,7 +151,7 @@ TEST_F(UpgradeStartTest, OldDataIsReadUnderTheOldModel) {
   EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
 }
 
-TEST_F(UpgradeStartTest, ProgramsAndTheStartWriteIntoTheSameTransaction) {
+TEST_F(CdbChapter, ProgramsAndTheStartWriteIntoTheSameTransaction) {
   OpenGrowth("<kept>7</kept>");
   ASSERT_EQ(Set("/g/fresh", Uint8(43)), "ok");
   std::string saved;
