@@ -100,11 +100,12 @@ TEST_F(CdbChapter, EntryWhoseKeyDoesNotConvertIsDropped) {
   OpenGrowth(
       "<entry><id>7</id><value>1</value><sub><n>4</n></sub></entry>"
       "<entry><id>seven</id><value>2</value></entry>"
+      "<entry><id>eight</id></entry>"
       "<entry><id>10</id></entry>");
   EXPECT_EQ(Walk("/g/entry"), (std::vector<std::string>{"7", "10"}));
   EXPECT_EQ(Get("/g/entry{7}/value"), "C_UINT8 1");
   EXPECT_EQ(Exists("/g/entry{7}/sub{4}"), 1);
-  EXPECT_EQ(Count("/g/entry"), 3);
+  EXPECT_EQ(Count("/g/entry"), 4);
 }
 
 TEST_F(CdbChapter, EntryWithoutAValueForANewKeyIsDropped) {
@@ -115,13 +116,38 @@ TEST_F(CdbChapter, EntryWithoutAValueForANewKeyIsDropped) {
 TEST_F(CdbChapter, KeyThatBecameAnOrdinaryLeafKeepsItsValue) {
   OpenGrowth(
       "<rekeyed><a>1</a><b>5</b><note>first</note></rekeyed>"
-      "<rekeyed><a>1</a><b>6</b><note>second</note></rekeyed>"
       "<rekeyed><a>2</a><b>7</b></rekeyed>");
   EXPECT_EQ(Walk("/g/rekeyed"), (std::vector<std::string>{"1", "2"}));
   EXPECT_EQ(Get("/g/rekeyed{2}/b"), "C_UINT8 7");
-  // Of several that fall together the first one stays.
   EXPECT_EQ(Get("/g/rekeyed{1}/b"), "C_UINT8 5");
   EXPECT_EQ(Get("/g/rekeyed{1}/note"), "C_BUF first");
+}
+
+TEST_F(CdbChapter, CollidingKeysDeleteAllEntriesOfTheList) {
+  OpenGrowth(
+      "<rekeyed><a>1</a><b>5</b><note>first</note></rekeyed>"
+      "<rekeyed><a>1</a><b>6</b><note>second</note></rekeyed>"
+      "<rekeyed><a>2</a><b>7</b></rekeyed>");
+  EXPECT_TRUE(Walk("/g/rekeyed").empty());
+  EXPECT_EQ(Count("/g/rekeyed"), 3);
+}
+
+TEST_F(CdbChapter, KeysThatCollideInTheirNewTypeDeleteAllEntriesToo) {
+  OpenGrowth(
+      "<entry><id>7</id></entry><entry><id>07</id></entry>"
+      "<entry><id>10</id></entry>");
+  EXPECT_TRUE(Walk("/g/entry").empty());
+}
+
+TEST_F(CdbChapter, ListsOfOtherEntriesSurviveACollision) {
+  OpenGrowth(
+      "<entry><id>1</id><pair><a>1</a><b>1</b></pair>"
+      "<pair><a>1</a><b>2</b></pair></entry>"
+      "<entry><id>2</id><pair><a>1</a><b>1</b></pair>"
+      "<pair><a>2</a><b>2</b></pair></entry>");
+  EXPECT_EQ(Walk("/g/entry"), (std::vector<std::string>{"1", "2"}));
+  EXPECT_TRUE(Walk("/g/entry{1}/pair").empty());
+  EXPECT_EQ(Walk("/g/entry{2}/pair"), (std::vector<std::string>{"1", "2"}));
 }
 
 TEST_F(CdbChapter, ContainersKeepWhatTheyHoldWithOrWithoutPresence) {

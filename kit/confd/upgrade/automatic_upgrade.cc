@@ -3,6 +3,7 @@
 #include <libyang/libyang.h>
 
 #include <cstring>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -47,6 +48,28 @@ struct ByValue {
     return Compare(a, b) < 0;
   }
 };
+
+struct ByKeys {
+  bool operator()(const std::vector<Value>& a,
+                  const std::vector<Value>& b) const {
+    return Compare(KeyView{a.data(), a.size()}, KeyView{b.data(), b.size()}) <
+           0;
+  }
+};
+
+// Whether the new list's keys tell apart what the old one's did: all of them
+// are there, with the values that they had.
+bool KeysStayApart(const SchemaNode& old_list, const SchemaNode& new_list) {
+  for (size_t i = 0; i < old_list.key_count; ++i) {
+    const SchemaNode& old_key = *old_list.children[i];
+    const SchemaNode* key = Counterpart(old_key, new_list);
+    if (key == nullptr || !key->is_key() ||
+        !key->type->HasValuesOf(*old_key.type)) {
+      return false;
+    }
+  }
+  return true;
+}
 
 class Carrier {
  public:
@@ -241,19 +264,42 @@ class Carrier {
                      const SchemaNode& new_list) {
     const List* list = from.ListAt(old_list);
     if (list == nullptr) return;
+    if (!KeysStayApart(old_list, new_list)) {
+      const auto [one, other] = FindCollision(*list, new_list);
+      if (one != nullptr) {
+        LoseNode(from, old_list,
+                 KeyText(*one) + " and " + KeyText(*other) +
+                     " have the same keys in the new model, so that all " +
+                     std::to_string(list->size()) + " entries go");
+        return;
+      }
+    }
     const bool may_share = HaveSameLeaves(old_list, new_list);
     for (const Node& entry : *list) {
       auto keys = ConvertKeys(entry, new_list);
       if (!keys) continue;
       const bool shares = may_share && StaysAsItIs(entry, new_list);
-      auto [node, is_new] = to.MakeList(new_list).Insert(
-          {keys->data(), keys->size()}, shares ? &entry : nullptr);
-      if (is_new) {
-        if (!shares) CarryOver(entry, *node);
-      } else {
-        Lose(KeyPath(entry), "", "another entry has its keys in the new model");
-      }
+      Node& node =
+          *to.MakeList(new_list)
+               .Insert({keys->data(), keys->size()}, shares ? &entry : nullptr)
+               .first;
+      if (!shares) CarryOver(entry, node);
     }
+  }
+
+  // Two entries that the new keys no longer tell apart; null where there are
+  // none.
+  static std::pair<const Node*, const Node*> FindCollision(
+      const List& list, const SchemaNode& new_list) {
+    Carrier silent(nullptr);
+    std::map<std::vector<Value>, const Node*, ByKeys> entries;
+    for (const Node& entry : list) {
+      auto keys = silent.ConvertKeys(entry, new_list);
+      if (!keys) continue;
+      const auto [place, is_new] = entries.emplace(*std::move(keys), &entry);
+      if (!is_new) return {place->second, &entry};
+    }
+    return {nullptr, nullptr};
   }
 
   std::vector<Loss>* losses_;

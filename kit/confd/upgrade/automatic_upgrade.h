@@ -19,8 +19,9 @@ struct Loss {
 // The old data carried over into the new model: nodes of both models keep
 // their values, a type change goes through the value's text, what does not fit
 // falls back to the new default or is dropped, and a value equal to the old
-// default follows the new one. What is dropped is added to `losses`, unless it
-// is null.
+// default follows the new one. Entries that the new keys no longer tell apart
+// take their whole list with them. What is dropped is added to `losses`, unless
+// it is null.
 Data UpgradeAutomatically(const Data& old_data, const Schema& new_schema,
                           std::vector<Loss>* losses);
 

@@ -82,10 +82,14 @@ TEST(AutomaticUpgradeLosses, EntriesWithoutTheNewKeysAreLost) {
   EXPECT_EQ(Losses("<new-key><a>1</a></new-key>"),
             Lines({"/g/new-key{1} (): it has no value for the new key "
                    "\"fresh\""}));
+}
+
+TEST(AutomaticUpgradeLosses, ListOfCollidingEntriesIsOneLoss) {
   EXPECT_EQ(Losses("<rekeyed><a>1</a><b>1</b></rekeyed>"
-                   "<rekeyed><a>1</a><b>2</b></rekeyed>"),
-            Lines({"/g/rekeyed{1 2} (): another entry has its keys in the new "
-                   "model"}));
+                   "<rekeyed><a>2</a><b>6</b></rekeyed>"
+                   "<rekeyed><a>2</a><b>7</b></rekeyed>"),
+            Lines({"/g/rekeyed (): {2 6} and {2 7} have the same keys in the "
+                   "new model, so that all 3 entries go"}));
 }
 
 }  // namespace
