@@ -78,6 +78,47 @@ TEST_F(CdbChapter, TypeChangeGoesThroughTheText) {
   EXPECT_EQ(Get("/g/words"), "C_LIST [C_UINT8 5, C_UINT8 6]");
 }
 
+TEST_F(CdbChapter, BooleanThatBecomesEmptyIsSetWhereItWasTrue) {
+  OpenGrowth("<flag-to-empty>true</flag-to-empty>");
+  EXPECT_EQ(Exists("/g/flag-to-empty"), 1);
+  OpenGrowth("<flag-to-empty>false</flag-to-empty>");
+  EXPECT_EQ(Exists("/g/flag-to-empty"), 0);
+}
+
+TEST_F(CdbChapter, EmptyThatBecomesBooleanIsTrueWhereItWasSet) {
+  OpenGrowth("<empty-to-flag/>");
+  EXPECT_EQ(Get("/g/empty-to-flag"), "C_BOOL true");
+  OpenGrowth("");
+  EXPECT_EQ(Get("/g/empty-to-flag"), "NOEXISTS");
+}
+
+TEST_F(CdbChapter, OtherTypeThatBecomesEmptyIsSet) {
+  OpenGrowth("<text-to-empty>false</text-to-empty>");
+  EXPECT_EQ(Exists("/g/text-to-empty"), 1);
+  OpenGrowth("");
+  EXPECT_EQ(Exists("/g/text-to-empty"), 0);
+}
+
+TEST_F(CdbChapter, EmptyThatBecomesAnotherTypeIsDropped) {
+  OpenGrowth("<empty-to-text/>");
+  EXPECT_EQ(Exists("/g/empty-to-text"), 0);
+}
+
+TEST_F(CdbChapter, KeysConvertByTheSameRules) {
+  OpenGrowth("<empty-keys><flag>true</flag><text>a</text><mark/></empty-keys>");
+  EXPECT_EQ(Exists("/g/empty-keys"), 1);
+  EXPECT_EQ(Walk("/g/empty-keys").size(), 1u);
+  // False becomes an unset leaf, which is no key.
+  OpenGrowth(
+      "<empty-keys><flag>false</flag><text>a</text><mark/></empty-keys>");
+  EXPECT_TRUE(Walk("/g/empty-keys").empty());
+  // All texts become the same key.
+  OpenGrowth(
+      "<empty-keys><flag>true</flag><text>a</text><mark/></empty-keys>"
+      "<empty-keys><flag>true</flag><text>b</text><mark/></empty-keys>");
+  EXPECT_TRUE(Walk("/g/empty-keys").empty());
+}
+
 TEST_F(CdbChapter, ValueThatDoesNotConvertTakesTheDefaultOrGoes) {
   OpenGrowth(
       "<narrowed>100</narrowed>"

@@ -43,6 +43,48 @@ std::string ChoiceTaken(const SchemaNode& child, const Node& to) {
   return "?";
 }
 
+// What becomes of a value in another type.
+struct Conversion {
+  std::optional<Value> value;
+  std::string loss;  // why less is left than there was; "" for nothing lost
+};
+
+bool IsOf(const LeafType& type, ValueType value_type) {
+  return type.value_type() == value_type;
+}
+
+// A leaf of type empty is set where a boolean is true, and keeps the value of
+// no other type.
+Conversion ConvertToEmpty(const Value& value, const LeafType& from) {
+  const Value set = Value::Number(ValueType::kEmpty, 0);
+  if (!IsOf(from, ValueType::kBool)) {
+    return {set, "a leaf of type empty keeps no value"};
+  }
+  if (value.bits() == 0) return {};
+  return {set, ""};
+}
+
+Conversion ConvertFromEmpty(const LeafType& to) {
+  if (IsOf(to, ValueType::kBool)) {
+    return {Value::Number(ValueType::kBool, 1), ""};
+  }
+  return {std::nullopt,
+          "a leaf of type empty becomes nothing but a boolean or a container "
+          "with presence"};
+}
+
+Conversion Convert(const Value& value, const LeafType& from,
+                   const LeafType& to) {
+  if (to.HasValuesOf(from)) return {value, ""};
+  if (IsOf(to, ValueType::kEmpty)) return ConvertToEmpty(value, from);
+  if (IsOf(from, ValueType::kEmpty)) return ConvertFromEmpty(to);
+  try {
+    return {to.Parse(from.Print(value)), ""};
+  } catch (const Error& error) {
+    return {std::nullopt, error.what()};
+  }
+}
+
 struct ByValue {
   bool operator()(const Value& a, const Value& b) const {
     return Compare(a, b) < 0;
@@ -165,19 +207,22 @@ class Carrier {
     return KeyPath(holder) + "/" + child.PathName();
   }
 
-  // Nothing if the new type does not have the value, which is then a loss of
-  // the node at `path()`.
+  // Less, or nothing, is left of the value of the node at `path()`.
   template <typename Path>
-  std::optional<Value> Convert(const Value& value, const SchemaNode& from,
-                               const SchemaNode& to, const Path& path) {
-    if (to.type->HasValuesOf(*from.type)) return value;
-    std::string text = from.type->Print(value);
-    try {
-      return to.type->Parse(text);
-    } catch (const Error& error) {
-      if (losses_ != nullptr) Lose(path(), std::move(text), error.what());
-      return std::nullopt;
+  void LoseValue(const Path& path, const Value& value, const SchemaNode& node,
+                 const std::string& reason) {
+    if (losses_ != nullptr) Lose(path(), node.type->Print(value), reason);
+  }
+
+  // Nothing, without a loss, for what an unset leaf says in the new model.
+  template <typename Path>
+  std::optional<Value> Carry(const Value& value, const SchemaNode& from,
+                             const SchemaNode& to, const Path& path) {
+    Conversion conversion = Convert(value, *from.type, *to.type);
+    if (!conversion.loss.empty()) {
+      LoseValue(path, value, from, conversion.loss);
     }
+    return std::move(conversion.value);
   }
 
   // A leaf that says what its default said takes the new default.
@@ -207,8 +252,8 @@ class Carrier {
                      const SchemaNode& new_leaf) {
     const std::optional<Value> value = from.SetValue(old_leaf);
     if (!value || YieldsToDefault(*value, old_leaf, new_leaf)) return;
-    auto converted = Convert(*value, old_leaf, new_leaf,
-                             [&] { return PathOf(from, old_leaf); });
+    auto converted = Carry(*value, old_leaf, new_leaf,
+                           [&] { return PathOf(from, old_leaf); });
     if (converted) to.SetLeaf(new_leaf, *converted);
   }
 
@@ -222,8 +267,8 @@ class Carrier {
     std::vector<Value> converted;
     std::set<Value, ByValue> seen;
     for (const Value& value : values) {
-      auto one = Convert(value, old_list, new_list,
-                         [&] { return PathOf(from, old_list); });
+      auto one = Carry(value, old_list, new_list,
+                       [&] { return PathOf(from, old_list); });
       if (!one) continue;
       if (!seen.insert(*one).second) {
         Lose(PathOf(from, old_list), old_list.type->Print(value),
@@ -233,6 +278,12 @@ class Carrier {
       converted.push_back(std::move(*one));
     }
     if (!converted.empty()) to.SetLeafList(new_list, converted);
+  }
+
+  void LoseForKey(const Node& entry, const SchemaNode& new_key) {
+    if (losses_ == nullptr) return;
+    Lose(KeyPath(entry), "",
+         "it has no value for the new key \"" + new_key.name + "\"");
   }
 
   // The keys that an entry has in the new model; nothing, and a loss of the
@@ -248,14 +299,21 @@ class Carrier {
               ? entry.LeafValue(*old_key)
               : std::nullopt;
       if (!value) {
-        Lose(KeyPath(entry), "",
-             "it has no value for the new key \"" + new_key.name + "\"");
+        LoseForKey(entry, new_key);
         return std::nullopt;
       }
-      auto converted =
-          Convert(*value, *old_key, new_key, [&] { return KeyPath(entry); });
-      if (!converted) return std::nullopt;
-      keys.push_back(std::move(*converted));
+      Conversion key = Convert(*value, *old_key->type, *new_key.type);
+      if (!key.loss.empty()) {
+        LoseValue(
+            [&] {
+              return key.value ? PathOf(entry, *old_key) : KeyPath(entry);
+            },
+            *value, *old_key, key.loss);
+      } else if (!key.value) {
+        LoseForKey(entry, new_key);
+      }
+      if (!key.value) return std::nullopt;
+      keys.push_back(std::move(*key.value));
     }
     return keys;
   }

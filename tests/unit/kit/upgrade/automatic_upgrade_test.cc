@@ -44,6 +44,25 @@ TEST(AutomaticUpgradeLosses, ValuesThatDoNotFitAreNamedWithTheReason) {
   EXPECT_EQ(losses[0].rfind("/g/words (twelve): ", 0), 0u) << losses[0];
 }
 
+TEST(AutomaticUpgradeLosses, ValuesThatAnEmptyLeafDoesNotKeepAreNamed) {
+  EXPECT_EQ(Losses("<flag-to-empty>false</flag-to-empty><empty-to-flag/>"),
+            Lines());
+  EXPECT_EQ(Losses("<text-to-empty>word</text-to-empty><empty-to-text/>"),
+            Lines({"/g/text-to-empty (word): a leaf of type empty keeps no "
+                   "value",
+                   "/g/empty-to-text (): a leaf of type empty becomes nothing "
+                   "but a boolean or a container with presence"}));
+  EXPECT_EQ(
+      Losses("<empty-keys><flag>true</flag><text>a</text><mark/></empty-keys>"),
+      Lines({"/g/empty-keys{true a \"\"}/text (a): a leaf of type empty keeps "
+             "no value"}));
+  EXPECT_EQ(
+      Losses(
+          "<empty-keys><flag>false</flag><text>a</text><mark/></empty-keys>"),
+      Lines({"/g/empty-keys{false a \"\"} (): it has no value for the new key "
+             "\"flag\""}));
+}
+
 TEST(AutomaticUpgradeLosses, WhatStandsInAnotherCaseOfANewChoiceIsLost) {
   EXPECT_EQ(Losses("<fast>1</fast><gear>2</gear>"), Lines());
   EXPECT_EQ(Losses("<fast>1</fast><gear>2</gear><slow>3</slow>"
