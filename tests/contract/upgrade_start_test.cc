@@ -133,8 +133,84 @@ TEST_F(CdbChapter, ValueThatDoesNotConvertTakesTheDefaultOrGoes) {
 }
 
 TEST_F(CdbChapter, NodeThatBecameAnotherKindOfNodeIsDropped) {
-  OpenGrowth("<becomes-list>x</becomes-list>");
+  OpenGrowth(
+      "<leaf-to-container>x</leaf-to-container>"
+      "<container-to-leaf><x>1</x></container-to-leaf>");
+  EXPECT_EQ(Get("/g/leaf-to-container/x"), "NOEXISTS");
+  EXPECT_EQ(Get("/g/container-to-leaf"), "NOEXISTS");
+}
+
+TEST_F(CdbChapter, EmptyLeafBecomesAPresenceContainer) {
+  OpenGrowth("<empty-to-presence/>");
+  EXPECT_EQ(Exists("/g/empty-to-presence"), 1);
+  OpenGrowth("");
+  EXPECT_EQ(Exists("/g/empty-to-presence"), 0);
+}
+
+TEST_F(CdbChapter, ContainerBecomesAListOfOneEntry) {
+  OpenGrowth(
+      "<container-to-list><name>5</name><size>7</size>"
+      "<more><x>1</x></more></container-to-list>");
+  EXPECT_EQ(Walk("/g/container-to-list"), std::vector<std::string>{"5"});
+  EXPECT_EQ(Get("/g/container-to-list{5}/name"), "C_UINT8 5");
+  EXPECT_EQ(Get("/g/container-to-list{5}/size"), "C_BUF 7");
+  EXPECT_EQ(Get("/g/container-to-list{5}/more/x"), "C_UINT8 1");
+  OpenGrowth("");
+  EXPECT_TRUE(Walk("/g/container-to-list").empty());
+}
+
+TEST_F(CdbChapter, ContainerWithoutAKeyBecomesNoEntry) {
+  OpenGrowth("<container-to-list><size>7</size></container-to-list>");
+  EXPECT_TRUE(Walk("/g/container-to-list").empty());
+  OpenGrowth("<container-to-list><name>five</name></container-to-list>");
+  EXPECT_TRUE(Walk("/g/container-to-list").empty());
+}
+
+TEST_F(CdbChapter, ListOfOneEntryBecomesAContainer) {
+  OpenGrowth(
+      "<list-to-container><name>5</name><size>7</size>"
+      "<more><n>1</n></more></list-to-container>");
+  EXPECT_EQ(Exists("/g/list-to-container"), 1);
+  EXPECT_EQ(Get("/g/list-to-container/name"), "C_UINT8 5");
+  EXPECT_EQ(Get("/g/list-to-container/size"), "C_BUF 7");
+  EXPECT_EQ(Exists("/g/list-to-container/more{1}"), 1);
+  OpenGrowth("");
+  EXPECT_EQ(Exists("/g/list-to-container"), 0);
+}
+
+TEST_F(CdbChapter, ListOfSeveralEntriesThatBecomesAContainerIsDropped) {
+  OpenGrowth(
+      "<list-to-container><name>5</name></list-to-container>"
+      "<list-to-container><name>6</name></list-to-container>");
+  EXPECT_EQ(Exists("/g/list-to-container"), 0);
+  EXPECT_EQ(Get("/g/list-to-container/name"), "NOEXISTS");
+}
+
+TEST_F(CdbChapter, LeafBecomesALeafListOfOneItem) {
+  OpenGrowth("<becomes-list>12</becomes-list>");
+  EXPECT_EQ(Get("/g/becomes-list"), "C_LIST [C_UINT8 12]");
+  OpenGrowth("<becomes-list>twelve</becomes-list>");
   EXPECT_EQ(Get("/g/becomes-list"), "NOEXISTS");
+  OpenGrowth("<defaulted-becomes-list>1</defaulted-becomes-list>");
+  EXPECT_EQ(Get("/g/defaulted-becomes-list"), "C_LIST [C_UINT8 2, C_UINT8 3]");
+}
+
+TEST_F(CdbChapter, LeafListOfOneItemBecomesALeaf) {
+  OpenGrowth("<list-to-leaf>7</list-to-leaf>");
+  EXPECT_EQ(Get("/g/list-to-leaf"), "C_BUF 7");
+}
+
+TEST_F(CdbChapter, LeafListOfSeveralItemsThatBecomesALeafIsDropped) {
+  OpenGrowth("<list-to-leaf>7</list-to-leaf><list-to-leaf>8</list-to-leaf>");
+  EXPECT_EQ(Get("/g/list-to-leaf"), "NOEXISTS");
+}
+
+TEST_F(CdbChapter, KeysBecomeLeafListsAndLeafListsOfOneItemKeys) {
+  OpenGrowth("<list-keys><old>1</old><new>2</new></list-keys>");
+  EXPECT_EQ(Walk("/g/list-keys"), std::vector<std::string>{"2"});
+  EXPECT_EQ(Get("/g/list-keys{2}/old"), "C_LIST [C_UINT8 1]");
+  OpenGrowth("<list-keys><old>1</old><new>2</new><new>3</new></list-keys>");
+  EXPECT_TRUE(Walk("/g/list-keys").empty());
 }
 
 TEST_F(CdbChapter, EntryWhoseKeyDoesNotConvertIsDropped) {

@@ -85,6 +85,16 @@ Conversion Convert(const Value& value, const LeafType& from,
   }
 }
 
+bool HasValues(const SchemaNode& node) {
+  return node.kind == NodeKind::kLeaf || node.kind == NodeKind::kLeafList;
+}
+
+std::vector<Value> DefaultsOf(const SchemaNode& node) {
+  if (node.kind == NodeKind::kLeafList) return node.default_values;
+  if (!node.default_value) return {};
+  return {*node.default_value};
+}
+
 struct ByValue {
   bool operator()(const Value& a, const Value& b) const {
     return Compare(a, b) < 0;
@@ -148,20 +158,7 @@ class Carrier {
       if (child->is_key()) continue;
       const SchemaNode* old_child = Counterpart(*child, *from.schema);
       if (old_child == nullptr) continue;
-      if (child->IsContainer() && old_child->IsContainer()) {
-        const Node* container = from.FindContainer(*old_child);
-        if (container != nullptr && from.IsSet(*old_child)) {
-          CarryOver(*container, to.MakeContainer(*child));
-        }
-      } else if (child->kind != old_child->kind) {
-        LoseNode(from, *old_child, "the new model has another kind of node");
-      } else if (child->kind == NodeKind::kLeaf) {
-        CarryOverLeaf(from, *old_child, to, *child);
-      } else if (child->kind == NodeKind::kLeafList) {
-        CarryOverLeafList(from, *old_child, to, *child);
-      } else if (child->kind == NodeKind::kList) {
-        CarryOverList(from, *old_child, to, *child);
-      }
+      CarryOverChild(from, *old_child, to, *child);
       if (!child->cases.empty() && to.IsSet(*child)) {
         in_cases.emplace_back(old_child, child.get());
       }
@@ -207,20 +204,20 @@ class Carrier {
     return KeyPath(holder) + "/" + child.PathName();
   }
 
-  // Less, or nothing, is left of the value of the node at `path()`.
-  template <typename Path>
-  void LoseValue(const Path& path, const Value& value, const SchemaNode& node,
+  // Less, or nothing, is left of one value of a node.
+  void LoseValue(const Node& holder, const SchemaNode& node, const Value& value,
                  const std::string& reason) {
-    if (losses_ != nullptr) Lose(path(), node.type->Print(value), reason);
+    if (losses_ == nullptr) return;
+    Lose(PathOf(holder, node), node.type->Print(value), reason);
   }
 
-  // Nothing, without a loss, for what an unset leaf says in the new model.
-  template <typename Path>
-  std::optional<Value> Carry(const Value& value, const SchemaNode& from,
-                             const SchemaNode& to, const Path& path) {
-    Conversion conversion = Convert(value, *from.type, *to.type);
+  // The value of a node in the new model. Nothing, without a loss, for what an
+  // unset leaf says there.
+  std::optional<Value> Carry(const Node& holder, const SchemaNode& node,
+                             const Value& value, const SchemaNode& new_node) {
+    Conversion conversion = Convert(value, *node.type, *new_node.type);
     if (!conversion.loss.empty()) {
-      LoseValue(path, value, from, conversion.loss);
+      LoseValue(holder, node, value, conversion.loss);
     }
     return std::move(conversion.value);
   }
@@ -248,42 +245,132 @@ class Carrier {
     return true;
   }
 
+  void CarryOverChild(const Node& from, const SchemaNode& old_child, Node& to,
+                      const SchemaNode& child) {
+    if (child.kind == NodeKind::kLeaf && old_child.kind == NodeKind::kLeaf) {
+      CarryOverLeaf(from, old_child, to, child);
+    } else if (HasValues(child) && HasValues(old_child)) {
+      CarryOverLeafList(from, old_child, to, child);
+    } else if (child.kind == NodeKind::kList &&
+               old_child.kind == NodeKind::kList) {
+      CarryOverList(from, old_child, to, child);
+    } else if (child.IsContainer() && old_child.IsContainer()) {
+      const Node* container = SetContainer(from, old_child);
+      if (container != nullptr) CarryOver(*container, to.MakeContainer(child));
+    } else if (child.kind == NodeKind::kList && old_child.IsContainer()) {
+      CarryOverAsEntry(from, old_child, to, child);
+    } else if (child.IsContainer() && old_child.kind == NodeKind::kList) {
+      CarryOverOnlyEntry(from, old_child, to, child);
+    } else if (child.kind == NodeKind::kPresenceContainer &&
+               old_child.kind == NodeKind::kLeaf &&
+               IsOf(*old_child.type, ValueType::kEmpty)) {
+      if (from.SetValue(old_child)) to.MakeContainer(child);
+    } else {
+      LoseNode(from, old_child, "the new model has another kind of node");
+    }
+  }
+
+  // Null for one that nothing was set in.
+  static const Node* SetContainer(const Node& holder,
+                                  const SchemaNode& container) {
+    return holder.IsSet(container) ? holder.FindContainer(container) : nullptr;
+  }
+
+  void CarryOverAsEntry(const Node& from, const SchemaNode& old_container,
+                        Node& to, const SchemaNode& new_list) {
+    const Node* container = SetContainer(from, old_container);
+    if (container == nullptr) return;
+    auto keys = ConvertKeys(*container, new_list);
+    if (!keys) return;
+    CarryOver(
+        *container,
+        *to.MakeList(new_list).Insert({keys->data(), keys->size()}).first);
+  }
+
+  void CarryOverOnlyEntry(const Node& from, const SchemaNode& old_list,
+                          Node& to, const SchemaNode& new_container) {
+    if (!from.IsSet(old_list)) return;
+    const List& list = *from.ListAt(old_list);
+    if (list.size() == 1) {
+      CarryOver(*list.First(), to.MakeContainer(new_container));
+    } else {
+      LoseNode(from, old_list,
+               "it has " + std::to_string(list.size()) +
+                   " entries, the new model has room for one");
+    }
+  }
+
   void CarryOverLeaf(const Node& from, const SchemaNode& old_leaf, Node& to,
                      const SchemaNode& new_leaf) {
     const std::optional<Value> value = from.SetValue(old_leaf);
     if (!value || YieldsToDefault(*value, old_leaf, new_leaf)) return;
-    auto converted = Carry(*value, old_leaf, new_leaf,
-                           [&] { return PathOf(from, old_leaf); });
+    const auto converted = Carry(from, old_leaf, *value, new_leaf);
     if (converted) to.SetLeaf(new_leaf, *converted);
   }
 
-  void CarryOverLeafList(const Node& from, const SchemaNode& old_list, Node& to,
-                         const SchemaNode& new_list) {
-    if (!from.IsSet(old_list)) return;
-    const std::vector<Value> values = from.LeafListValues(old_list);
-    if (values == old_list.default_values && !new_list.default_values.empty()) {
+  // A leaf-list, or a leaf that becomes one or was one: it has one value.
+  void CarryOverLeafList(const Node& from, const SchemaNode& old_node, Node& to,
+                         const SchemaNode& new_node) {
+    const std::vector<Value> values = SetValues(from, old_node);
+    if (values.empty()) return;
+    if (values == DefaultsOf(old_node) && !DefaultsOf(new_node).empty()) return;
+    if (new_node.kind == NodeKind::kLeaf && values.size() > 1) {
+      LoseNode(from, old_node, "the new model has room for one value");
       return;
     }
+    const std::vector<Value> converted =
+        ConvertAll(values, from, old_node, new_node);
+    if (converted.empty()) return;
+    if (new_node.kind == NodeKind::kLeaf) {
+      to.SetLeaf(new_node, converted.front());
+    } else {
+      to.SetLeafList(new_node, converted);
+    }
+  }
+
+  static std::vector<Value> SetValues(const Node& holder,
+                                      const SchemaNode& node) {
+    if (node.kind == NodeKind::kLeafList) {
+      if (!holder.IsSet(node)) return {};
+      return holder.LeafListValues(node);
+    }
+    const std::optional<Value> value = holder.SetValue(node);
+    if (!value) return {};
+    return {*value};
+  }
+
+  std::vector<Value> ConvertAll(const std::vector<Value>& values,
+                                const Node& from, const SchemaNode& old_node,
+                                const SchemaNode& new_node) {
     std::vector<Value> converted;
     std::set<Value, ByValue> seen;
     for (const Value& value : values) {
-      auto one = Carry(value, old_list, new_list,
-                       [&] { return PathOf(from, old_list); });
+      auto one = Carry(from, old_node, value, new_node);
       if (!one) continue;
       if (!seen.insert(*one).second) {
-        Lose(PathOf(from, old_list), old_list.type->Print(value),
-             "another value is the same in the new model");
+        LoseValue(from, old_node, value,
+                  "another value is the same in the new model");
         continue;
       }
       converted.push_back(std::move(*one));
     }
-    if (!converted.empty()) to.SetLeafList(new_list, converted);
+    return converted;
+  }
+
+  // The one value of a leaf or leaf-list, set or by default.
+  static std::optional<Value> OnlyValue(const Node& holder,
+                                        const SchemaNode& node) {
+    if (node.kind == NodeKind::kLeaf) return holder.LeafValue(node);
+    if (node.kind != NodeKind::kLeafList) return std::nullopt;
+    std::vector<Value> values = holder.LeafListValues(node);
+    if (values.size() != 1) return std::nullopt;
+    return std::move(values.front());
   }
 
   void LoseForKey(const Node& entry, const SchemaNode& new_key) {
     if (losses_ == nullptr) return;
     Lose(KeyPath(entry), "",
-         "it has no value for the new key \"" + new_key.name + "\"");
+         "it has not one value for the new key \"" + new_key.name + "\"");
   }
 
   // The keys that an entry has in the new model; nothing, and a loss of the
@@ -295,24 +382,21 @@ class Carrier {
       const SchemaNode& new_key = *new_list.children[i];
       const SchemaNode* old_key = Counterpart(new_key, *entry.schema);
       const std::optional<Value> value =
-          old_key != nullptr && old_key->kind == NodeKind::kLeaf
-              ? entry.LeafValue(*old_key)
-              : std::nullopt;
+          old_key != nullptr ? OnlyValue(entry, *old_key) : std::nullopt;
       if (!value) {
         LoseForKey(entry, new_key);
         return std::nullopt;
       }
       Conversion key = Convert(*value, *old_key->type, *new_key.type);
-      if (!key.loss.empty()) {
-        LoseValue(
-            [&] {
-              return key.value ? PathOf(entry, *old_key) : KeyPath(entry);
-            },
-            *value, *old_key, key.loss);
-      } else if (!key.value) {
-        LoseForKey(entry, new_key);
+      if (!key.value) {
+        if (key.loss.empty()) {
+          LoseForKey(entry, new_key);
+        } else if (losses_ != nullptr) {
+          Lose(KeyPath(entry), old_key->type->Print(*value), key.loss);
+        }
+        return std::nullopt;
       }
-      if (!key.value) return std::nullopt;
+      if (!key.loss.empty()) LoseValue(entry, *old_key, *value, key.loss);
       keys.push_back(std::move(*key.value));
     }
     return keys;

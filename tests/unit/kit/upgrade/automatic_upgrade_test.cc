@@ -59,7 +59,8 @@ TEST(AutomaticUpgradeLosses, ValuesThatAnEmptyLeafDoesNotKeepAreNamed) {
   EXPECT_EQ(
       Losses(
           "<empty-keys><flag>false</flag><text>a</text><mark/></empty-keys>"),
-      Lines({"/g/empty-keys{false a \"\"} (): it has no value for the new key "
+      Lines({"/g/empty-keys{false a \"\"} (): it has not one value for the new "
+             "key "
              "\"flag\""}));
 }
 
@@ -92,14 +93,45 @@ TEST(AutomaticUpgradeLosses, KeysThatTheNewListLacksAreNamed) {
 }
 
 TEST(AutomaticUpgradeLosses, AnotherKindOfNodeIsALoss) {
-  EXPECT_EQ(Losses("<becomes-list>x</becomes-list>"),
-            Lines({"/g/becomes-list (x): the new model has another kind of "
+  EXPECT_EQ(Losses("<leaf-to-container>x</leaf-to-container>"
+                   "<container-to-leaf><x>1</x></container-to-leaf>"),
+            Lines({"/g/leaf-to-container (x): the new model has another kind "
+                   "of node",
+                   "/g/container-to-leaf (): the new model has another kind of "
                    "node"}));
+}
+
+TEST(AutomaticUpgradeLosses, WhatBecomesOneOfSeveralIsNoLoss) {
+  EXPECT_EQ(Losses("<becomes-list>12</becomes-list>"
+                   "<empty-to-presence/>"
+                   "<container-to-list><name>5</name><size>7</size>"
+                   "</container-to-list>"),
+            Lines());
+}
+
+TEST(AutomaticUpgradeLosses, WhatHasRoomForOneIsLostWhereThereAreSeveral) {
+  EXPECT_EQ(Losses("<list-to-leaf>1</list-to-leaf>"
+                   "<list-to-container><name>5</name></list-to-container>"),
+            Lines());
+  EXPECT_EQ(Losses("<list-to-leaf>1</list-to-leaf>"
+                   "<list-to-leaf>2</list-to-leaf>"
+                   "<list-to-container><name>5</name></list-to-container>"
+                   "<list-to-container><name>6</name></list-to-container>"),
+            Lines({"/g/list-to-container (): it has 2 entries, the new model "
+                   "has room for one",
+                   "/g/list-to-leaf (1 2): the new model has room for one "
+                   "value"}));
+}
+
+TEST(AutomaticUpgradeLosses, ContainerWithoutAKeyForItsEntryIsLost) {
+  EXPECT_EQ(Losses("<container-to-list><size>7</size></container-to-list>"),
+            Lines({"/g/container-to-list (): it has not one value for the new "
+                   "key \"name\""}));
 }
 
 TEST(AutomaticUpgradeLosses, EntriesWithoutTheNewKeysAreLost) {
   EXPECT_EQ(Losses("<new-key><a>1</a></new-key>"),
-            Lines({"/g/new-key{1} (): it has no value for the new key "
+            Lines({"/g/new-key{1} (): it has not one value for the new key "
                    "\"fresh\""}));
 }
 
