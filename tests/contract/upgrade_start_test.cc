@@ -11,6 +11,20 @@ class CdbChapter : public CApiTest {
     Open("<g xmlns=\"urn:test:growth\">" + inside + "</g>", "growth/before",
          "growth/after");
   }
+  // The same with nodes of other modules.
+  void OpenGrowthBeside(const std::string& beside) {
+    Open(
+        "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
+        "<g xmlns=\"urn:test:growth\"><kept>7</kept></g>" +
+            beside + "</config>",
+        "growth/before", "growth/after");
+  }
+  std::string Saved() const {
+    std::string saved;
+    database_->Save(kit::control::Format::kXml,
+                    [&](std::string_view piece) { saved += piece; });
+    return saved;
+  }
 };
 
 TEST_F(CdbChapter, NodeInBothModelsKeepsItsValue) {
@@ -27,6 +41,28 @@ TEST_F(CdbChapter, NodeThatIsGoneIsDropped) {
   EXPECT_EQ(Count("/g/dropped"), 1);
 }
 
+TEST_F(CdbChapter, RenamedNodeAndOneMovedToAnotherLevelAreDropped) {
+  OpenGrowth("<old-name>7</old-name><moved-down>8</moved-down>");
+  EXPECT_EQ(Get("/g/new-name"), "NOEXISTS");
+  EXPECT_EQ(Get("/g/grew-presence/moved-down"), "NOEXISTS");
+}
+
+TEST_F(CdbChapter, NewMandatoryLeafMustBeSetBySomebody) {
+  OpenGrowth("<mandatory-inside><name>1</name></mandatory-inside>");
+  EXPECT_EQ(Get("/g/mandatory-inside{1}/must-have"), "NOEXISTS");
+  const auto violations = database_->Validate();
+  ASSERT_EQ(violations.size(), 1u);
+  EXPECT_EQ(violations[0].error, CONFD_ERR_NOTSET);
+  ASSERT_EQ(Set("/g/mandatory-inside{1}/must-have", Uint8(1)), "ok");
+  EXPECT_TRUE(database_->Validate().empty());
+}
+
+TEST_F(CdbChapter, NewOptionalLeafAndNewListHaveNothing) {
+  OpenGrowth("<kept>7</kept>");
+  EXPECT_EQ(Get("/g/fresh-without-default"), "NOEXISTS");
+  EXPECT_TRUE(Walk("/g/fresh-list").empty());
+}
+
 TEST_F(CdbChapter, NewLeafReadsAsItsDefault) {
   OpenGrowth("<kept>7</kept>");
   EXPECT_EQ(Get("/g/fresh"), "C_UINT8 42");
@@ -36,6 +72,56 @@ TEST_F(CdbChapter, NewLeafReadsAsItsDefault) {
 TEST_F(CdbChapter, ReorderedNodeKeepsItsValue) {
   OpenGrowth("<moved>here</moved>");
   EXPECT_EQ(Get("/g/moved"), "C_BUF here");
+}
+
+TEST_F(CdbChapter, ReorderedNodeConvertsIfItsTypeChangedToo) {
+  OpenGrowth("<moved-and-converted>12</moved-and-converted>");
+  EXPECT_EQ(Get("/g/moved-and-converted"), "C_UINT8 12");
+  OpenGrowth("<moved-and-converted>twelve</moved-and-converted>");
+  EXPECT_EQ(Get("/g/moved-and-converted"), "NOEXISTS");
+}
+
+TEST_F(CdbChapter, NodeWithANewHashIsKept) {
+  const std::string models = std::string(TEST_SOURCE_ROOT) + "/tests/models/";
+  database_.reset();
+  database_.emplace(kit::control::Database::Open(
+      {models + "growth/before", {{"growth", 1}}},
+      {models + "growth/after", {{"growth", 2}}},
+      "<g xmlns=\"urn:test:growth\"><kept>7</kept></g>", "test"));
+  const kit::control::Handles handles = database_->Attach();
+  maapi_ = handles.maapi_sock;
+  th_ = handles.thandle;
+  EXPECT_EQ(Get("/g/kept"), "C_UINT32 7");
+}
+
+TEST_F(CdbChapter, NamespaceThatIsGoneTakesItsDataAlong) {
+  OpenGrowthBeside("<leaving xmlns=\"urn:test:leaving\">1</leaving>");
+  EXPECT_EQ(Get("/leaving"), "BADPATH");
+  EXPECT_EQ(cdb_exists(cdb_, "/leaving"), 1);
+  OpenGrowth("<guest xmlns=\"urn:test:leaving\">1</guest>");
+  EXPECT_EQ(Get("/g/guest"), "BADPATH");
+  EXPECT_EQ(cdb_exists(cdb_, "/g/guest"), 1);
+}
+
+TEST_F(CdbChapter, NewNamespaceHasItsDefaults) {
+  OpenGrowth("<kept>7</kept>");
+  EXPECT_EQ(Get("/arriving"), "C_UINT8 5");
+}
+
+TEST_F(CdbChapter, ModuleWithAnotherNamespaceIsGoneAndNew) {
+  OpenGrowthBeside(
+      "<stays-by-name xmlns=\"urn:test:moving:1\">1</stays-by-name>");
+  EXPECT_EQ(Get("/stays-by-name"), "C_UINT8 9");
+}
+
+TEST_F(CdbChapter, StateThatBecomesConfigurationIsNew) {
+  OpenGrowth("<kept>7</kept>");
+  EXPECT_EQ(Get("/g/state-to-config"), "C_UINT8 3");
+}
+
+TEST_F(CdbChapter, ConfigurationThatBecomesStateIsDropped) {
+  OpenGrowth("<kept>7</kept><config-to-state>7</config-to-state>");
+  EXPECT_EQ(Saved(), "<g xmlns=\"urn:test:growth\">\n  <kept>7</kept>\n</g>\n");
 }
 
 TEST_F(CdbChapter, ValueEqualToTheOldDefaultFollowsTheNewOne) {
@@ -297,10 +383,7 @@ TEST_F(CdbChapter, OldDataIsReadUnderTheOldModel) {
 TEST_F(CdbChapter, ProgramsAndTheStartWriteIntoTheSameTransaction) {
   OpenGrowth("<kept>7</kept>");
   ASSERT_EQ(Set("/g/fresh", Uint8(43)), "ok");
-  std::string saved;
-  database_->Save(kit::control::Format::kXml,
-                  [&](std::string_view piece) { saved += piece; });
-  EXPECT_EQ(saved,
+  EXPECT_EQ(Saved(),
             "<g xmlns=\"urn:test:growth\">\n  <kept>7</kept>\n"
             "  <fresh>43</fresh>\n</g>\n");
 }
