@@ -164,6 +164,18 @@ TEST_F(CdbChapter, TypeChangeGoesThroughTheText) {
   EXPECT_EQ(Get("/g/words"), "C_LIST [C_UINT8 5, C_UINT8 6]");
 }
 
+TEST_F(CdbChapter, BitsAndIdentitiesConvertByName) {
+  OpenGrowth(
+      "<renumbered-bits>a c</renumbered-bits>"
+      "<identity>walking</identity>");
+  EXPECT_EQ(Get("/g/renumbered-bits"), "C_BIT32 " + std::to_string(1 + 32));
+  EXPECT_EQ(Get("/g/identity"), "C_IDENTITYREF");
+  OpenGrowth(
+      "<renumbered-bits>b</renumbered-bits><identity>running</identity>");
+  EXPECT_EQ(Get("/g/renumbered-bits"), "NOEXISTS");
+  EXPECT_EQ(Get("/g/identity"), "NOEXISTS");
+}
+
 TEST_F(CdbChapter, BooleanThatBecomesEmptyIsSetWhereItWasTrue) {
   OpenGrowth("<flag-to-empty>true</flag-to-empty>");
   EXPECT_EQ(Exists("/g/flag-to-empty"), 1);
