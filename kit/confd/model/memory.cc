@@ -50,7 +50,8 @@ LibyangMemory::LibyangMemory() {
 
 void LibyangMemory::Require(int result) const {
   // Its pattern matcher's failure is one of the system.
-  if (result == LY_EMEM || result == LY_ESYS || errno == ENOMEM) {
+  if (result == LY_EMEM || result == LY_ESYS ||
+      (result != LY_SUCCESS && errno == ENOMEM)) {
     NoteOutOfMemory();
   }
   RequireMemory();
