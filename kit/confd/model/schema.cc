@@ -4,6 +4,7 @@
 
 #include <atomic>
 
+#include "kit/confd/model/constraints.h"
 #include "kit/confd/model/error.h"
 #include "kit/confd/model/libyang_messages.h"
 #include "kit/confd/model/memory.h"
@@ -84,6 +85,7 @@ Schema::Schema(const std::filesystem::path& directory,
     }
   }
   FinishNode(root_);
+  MarkConstraints(root_);
 }
 
 Schema::~Schema() = default;

@@ -71,6 +71,12 @@ struct SchemaNode {
   std::vector<Value> default_values;   // leaf-list
   bool mandatory = false;              // leaf
 
+  // Of a list that stands in no other: constraints see one entry at a time, and
+  // of an entry no more than what is set in it and the values that decide. So
+  // two entries alike in these meet all constraints or none.
+  bool interchangeable = false;
+  bool decides = false;  // constraints may look at its value, not only for it
+
   // The cases that this node stands in, outermost first.
   struct CaseOf {
     const lysc_node* choice;
