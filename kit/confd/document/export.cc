@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "kit/confd/document/likeness.h"
 #include "kit/confd/document/tree_access.h"
 #include "kit/confd/model/error.h"
 #include "kit/confd/model/memory.h"
@@ -15,8 +16,8 @@ namespace {
 // which it looks for the first: last to first, that one is found at once.
 class Exporter {
  public:
-  explicit Exporter(const Schema& schema)
-      : schema_(schema), context_(schema.context()) {}
+  Exporter(const Schema& schema, Extent extent)
+      : schema_(schema), context_(schema.context()), extent_(extent) {}
 
   LibyangTree Export(const Node& root) {
     Children(root, nullptr);
@@ -67,8 +68,7 @@ class Exporter {
         if (node.IsSet(schema)) Container(*ContainerOf(node, schema), out);
         return;
       case NodeKind::kList:
-        ForEachEntry(node, schema,
-                     [&](const Node& entry) { Entry(entry, out); });
+        List(node, schema, out);
         return;
       default:
         return;
@@ -93,6 +93,14 @@ class Exporter {
     Children(container, inner);
   }
 
+  void List(const Node& node, const SchemaNode& schema, lyd_node* out) {
+    const bool takes_all = extent_ == Extent::kAll || !schema.interchangeable;
+    Likeness likeness;
+    ForEachEntry(node, schema, [&](const Node& entry) {
+      if (takes_all || likeness.IsNew(entry)) Entry(entry, out);
+    });
+  }
+
   void Entry(const Node& entry, lyd_node* out) {
     const SchemaNode& schema = *entry.schema;
     // libyang takes as many arguments as the list has keys.
@@ -113,14 +121,15 @@ class Exporter {
 
   const Schema& schema_;
   ly_ctx* context_;
+  const Extent extent_;
   const LibyangMemory memory_;
   TopLevel top_;
 };
 
 }  // namespace
 
-LibyangTree Export(const Data& data) {
-  return Exporter(data.schema()).Export(data.root());
+LibyangTree Export(const Data& data, Extent extent) {
+  return Exporter(data.schema(), extent).Export(data.root());
 }
 
 }  // namespace kit::store

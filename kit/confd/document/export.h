@@ -7,9 +7,14 @@
 
 namespace kit::store {
 
-// All that was set; null for empty data. Throws Error for a value that libyang
-// does not take.
-LibyangTree Export(const Data& data);
+enum class Extent {
+  kAll,
+  kSpecimens  // of entries that meet the same constraints, the first
+};
+
+// What was set; null for empty data. Throws Error for a value that libyang does
+// not take.
+LibyangTree Export(const Data& data, Extent extent = Extent::kAll);
 
 }  // namespace kit::store
 

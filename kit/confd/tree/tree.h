@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -60,6 +61,14 @@ class Node {
 
   // Whether no container and no list was made in it.
   bool HoldsLeavesAlone() const;
+
+  // Bytes that are the same for two nodes of one schema node in which the same
+  // children hold something. A container or list may have been made and hold
+  // nothing.
+  std::string_view Shape() const {
+    return {reinterpret_cast<const char*>(record_),
+            bitmap_words() * sizeof *record_};
+  }
 
   // The keys of a list entry; nothing for other nodes.
   std::vector<Value> Keys() const;
