@@ -8,6 +8,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "kit/confd/document/export.h"
@@ -372,30 +373,81 @@ uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
   throw DocumentError(fault.line, fault.path, fault.reason);
 }
 
-// What the text says, whether it meets the constraints or not; null if it says
-// nothing. Throws DocumentError.
+// What a text says, whether it meets the constraints or not; null if it says
+// nothing. That nothing is there twice is checked when the tree is taken over.
+LY_ERR ParsePiece(const char* text, Syntax syntax, const Schema& schema,
+                  LibyangTree& tree) {
+  ly_err_clean(schema.context(), nullptr);
+  const LibyangMemory memory;
+  lyd_node* parsed = nullptr;
+  LY_ERR result = lyd_parse_data_mem(
+      schema.context(), text, syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
+      LYD_PARSE_ONLY | LYD_PARSE_NO_NEW | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE,
+      0, &parsed);
+  tree.reset(parsed);
+  memory.Require(result);
+  return result;
+}
+
+// The same for the whole text. Throws DocumentError.
 LibyangTree Parse(const std::string& text, Syntax syntax,
                   const Schema& schema) {
   TopLevel top;
-  const LibyangMemory memory;
   CutIntoPieces(text, syntax, [&](const char* piece, size_t line) {
-    ly_err_clean(schema.context(), nullptr);
-    lyd_node* parsed = nullptr;
-    // That nothing is there twice is checked when the tree is taken over.
-    LY_ERR result = lyd_parse_data_mem(
-        schema.context(), piece, syntax == Syntax::kXml ? LYD_XML : LYD_JSON,
-        LYD_PARSE_ONLY | LYD_PARSE_NO_NEW | LYD_PARSE_STRICT |
-            LYD_PARSE_NO_STATE,
-        0, &parsed);
-    LibyangTree tree(parsed);
-    memory.Require(result);
-    if (result != LY_SUCCESS) {
+    LibyangTree tree;
+    if (ParsePiece(piece, syntax, schema, tree) != LY_SUCCESS) {
       FailToParse(text, syntax, schema.context(), line - 1);
     }
     top.Add(std::move(tree));
   });
   return top.Join(schema);
 }
+
+// Takes over one piece of a text after the other, so that libyang never has all
+// of it.
+class PieceImport {
+ public:
+  explicit PieceImport(Data& data) : data_(data) {}
+
+  // False if anything is wrong with the text, or may be. Data that are half
+  // filled then.
+  bool Run(const std::string& text, Syntax syntax) {
+    try {
+      CutIntoPieces(text, syntax, [&](const char* piece, size_t) {
+        LibyangTree tree;
+        LY_ERR result = ParsePiece(piece, syntax, data_.schema(), tree);
+        if (result != LY_SUCCESS) {
+          throw UnfitNode(nullptr, "libyang can't parse it");
+        }
+        RequireOwnNodes(tree.get());
+        Import(tree.get(), data_.root());
+      });
+    } catch (const UnfitNode&) {
+      return false;
+    }
+    return true;
+  }
+
+ private:
+  // Only of lists may entries stand in several pieces.
+  void RequireOwnNodes(const lyd_node* first) {
+    std::set<const lysc_node*> own;
+    for (const lyd_node* node = first; node != nullptr; node = node->next) {
+      const SchemaNode* schema = SchemaOf(data_.schema().root(), node);
+      const bool is_safe = schema != nullptr && schema->cases.empty();
+      if (is_safe && schema->kind == NodeKind::kList) continue;
+      if (!is_safe || earlier_.count(node->schema) > 0) {
+        throw UnfitNode(node,
+                        "other pieces may hold what it can't stand beside");
+      }
+      own.insert(node->schema);
+    }
+    earlier_.insert(own.begin(), own.end());
+  }
+
+  Data& data_;
+  std::set<const lysc_node*> earlier_;
+};
 
 void ImportTree(std::string_view text, Syntax syntax, const lyd_node* tree,
                 Node& root) {
@@ -413,17 +465,34 @@ void ImportTree(std::string_view text, Syntax syntax, const lyd_node* tree,
   }
 }
 
+// A tree that libyang has checked against all constraints. Its complaints stay
+// with the context until the next one.
+class ValidatedTree {
+ public:
+  ValidatedTree(LibyangTree tree, const Schema& schema) {
+    ly_err_clean(schema.context(), nullptr);
+    lyd_node* raw = tree.release();
+    const LibyangMemory memory;
+    LY_ERR result = lyd_validate_all(&raw, schema.context(),
+                                     LYD_VALIDATE_NO_STATE, nullptr);
+    tree_.reset(raw);
+    memory.Require(result);
+    is_valid_ = result == LY_SUCCESS;
+  }
+
+  const lyd_node* get() const { return tree_.get(); }
+  bool is_valid() const { return is_valid_; }
+
+ private:
+  LibyangTree tree_;
+  bool is_valid_;
+};
+
 // Throws DocumentError for the first constraint that the tree breaks.
 void RequireConstraints(std::string_view text, Syntax syntax, LibyangTree tree,
                         const Schema& schema) {
-  ly_err_clean(schema.context(), nullptr);
-  lyd_node* raw = tree.release();
-  const LibyangMemory memory;
-  LY_ERR result =
-      lyd_validate_all(&raw, schema.context(), LYD_VALIDATE_NO_STATE, nullptr);
-  tree.reset(raw);
-  memory.Require(result);
-  if (result == LY_SUCCESS) return;
+  const ValidatedTree validated(std::move(tree), schema);
+  if (validated.is_valid()) return;
   std::vector<Complaint> complaints = TakeComplaints(schema.context());
   if (complaints.empty()) {
     throw DocumentError(0, "",
@@ -431,11 +500,22 @@ void RequireConstraints(std::string_view text, Syntax syntax, LibyangTree tree,
   }
   Complaint& fault = complaints.front();
   if (fault.code == ErrorCode::kNotSet) {
-    auto paths = MissingNode(raw, fault.path).Paths(schema.root());
+    auto paths = MissingNode(validated.get(), fault.path).Paths(schema.root());
     if (!paths.empty()) fault.path = paths.front();
   }
-  throw DocumentError(LineOfPath(text, syntax, raw, fault.path), fault.path,
-                      fault.reason);
+  throw DocumentError(LineOfPath(text, syntax, validated.get(), fault.path),
+                      fault.path, fault.reason);
+}
+
+// Whether the data meet all constraints. What speaks against it may be that
+// libyang does not take a value.
+bool MeetsConstraints(const Data& data) {
+  try {
+    return ValidatedTree(Export(data, Extent::kSpecimens), data.schema())
+        .is_valid();
+  } catch (const Error&) {
+    return false;
+  }
 }
 
 }  // namespace
@@ -447,6 +527,13 @@ Envelope ReadDocument(std::string text, Data& data) {
   } catch (const EnvelopeError& error) {
     throw DocumentError(error.line, "", error.what());
   }
+  if (PieceImport(data).Run(text, envelope->syntax) && MeetsConstraints(data)) {
+    return *envelope;
+  }
+  // Something is wrong with it, and the whole of it tells what.
+  for (const auto& child : data.schema().root().children) {
+    data.root().Clear(*child);
+  }
   LibyangTree tree = Parse(text, envelope->syntax, data.schema());
   ImportTree(text, envelope->syntax, tree.get(), data.root());
   RequireConstraints(text, envelope->syntax, std::move(tree), data.schema());
@@ -454,18 +541,13 @@ Envelope ReadDocument(std::string text, Data& data) {
 }
 
 std::vector<BrokenConstraint> ValidateData(const Data& data) {
-  ly_ctx* context = data.schema().context();
-  ly_err_clean(context, nullptr);
-  lyd_node* tree = Export(data).release();
-  const LibyangMemory memory;
-  LY_ERR result =
-      lyd_validate_all(&tree, context, LYD_VALIDATE_NO_STATE, nullptr);
-  LibyangTree owner(tree);
-  memory.Require(result);
+  if (MeetsConstraints(data)) return {};
+  const ValidatedTree all(Export(data), data.schema());
   std::vector<BrokenConstraint> broken;
-  if (result == LY_SUCCESS) return broken;
-  for (const Complaint& complaint : TakeComplaints(context)) {
-    for (BrokenConstraint& one : ToBroken(complaint, data.schema(), tree)) {
+  if (all.is_valid()) return broken;
+  for (const Complaint& complaint : TakeComplaints(data.schema().context())) {
+    for (BrokenConstraint& one :
+         ToBroken(complaint, data.schema(), all.get())) {
       broken.push_back(std::move(one));
     }
   }
