@@ -175,7 +175,9 @@ void Import(const lyd_node* first, Node& parent) {
   CaseCheck cases;
   for (const lyd_node* node = first; node != nullptr; node = node->next) {
     const SchemaNode* schema = SchemaOf(*parent.schema, node);
-    if (schema == nullptr) throw UnfitNode(node, "it is no configuration");
+    if (schema == nullptr || schema->is_state) {
+      throw UnfitNode(node, "it is no configuration");
+    }
     cases.Add(*schema, node);
     node = ImportNode(node, *schema, parent);
   }

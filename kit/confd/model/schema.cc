@@ -79,7 +79,8 @@ Schema::Schema(const std::filesystem::path& directory,
   uint32_t index = 0;
   while (const lys_module* module =
              ly_ctx_get_module_iter(context_.get(), &index)) {
-    if (module->implemented && module->compiled != nullptr) {
+    const bool is_asked_for = brought_.count(module->name) == 0;
+    if (is_asked_for && module->implemented && module->compiled != nullptr) {
       ModuleOf(module);
       AddChildren(module->compiled->data, root_);
     }
@@ -101,6 +102,12 @@ void Schema::LoadModules(const std::filesystem::path& directory) {
   context_.reset(context);
   memory.Require(result);
   if (result != LY_SUCCESS) throw SchemaError("libyang can't be set up");
+  // libyang's own modules are no models of the device, unless they are named.
+  uint32_t index = 0;
+  while (const lys_module* own = ly_ctx_get_module_iter(context, &index)) {
+    brought_.insert(own->name);
+  }
+  for (const ModuleFile& file : folder.files()) brought_.erase(file.name);
   folder.ServeImports(context);
   static const char* all_features[] = {"*", nullptr};
   for (const ModuleFile& file : folder.files()) {
@@ -131,27 +138,38 @@ const Module* Schema::ModuleOf(const lys_module* compiled) {
 
 void Schema::AddChildren(const lysc_node* first, SchemaNode& parent) {
   for (const lysc_node* node = first; node != nullptr; node = node->next) {
-    AddNode(node, parent, {});
+    AddNode(node, parent, {}, parent.choices);
   }
 }
 
-void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
-                     std::vector<SchemaNode::CaseOf> cases) {
-  if ((compiled->flags & LYS_CONFIG_W) == 0) return;
-  if (compiled->nodetype == LYS_CHOICE) {
-    const auto* choice = reinterpret_cast<const lysc_node_choice*>(compiled);
-    const lysc_node* first =
-        choice->cases != nullptr ? &choice->cases->node : nullptr;
-    const lysc_node* by_default =
-        choice->dflt != nullptr ? &choice->dflt->node : nullptr;
-    for (const lysc_node* one = first; one != nullptr; one = one->next) {
-      auto inner = cases;
-      inner.push_back({compiled, one, one == by_default});
-      for (const lysc_node* node = lysc_node_child(one); node != nullptr;
-           node = node->next) {
-        AddNode(node, parent, inner);
-      }
+void Schema::AddChoice(const lysc_node_choice* choice, SchemaNode& parent,
+                       const std::vector<SchemaNode::CaseOf>& cases,
+                       std::vector<SchemaNode::Choice>& choices) {
+  const lysc_node* first =
+      choice->cases != nullptr ? &choice->cases->node : nullptr;
+  const lysc_node* by_default =
+      choice->dflt != nullptr ? &choice->dflt->node : nullptr;
+  SchemaNode::Choice added{choice->name, {}};
+  for (const lysc_node* one = first; one != nullptr; one = one->next) {
+    auto inner = cases;
+    inner.push_back({&choice->node, one, one == by_default});
+    added.cases.push_back(
+        {one->name, ModuleOf(one->module), one, one == by_default, {}});
+    for (const lysc_node* node = lysc_node_child(one); node != nullptr;
+         node = node->next) {
+      AddNode(node, parent, inner, added.cases.back().choices);
     }
+  }
+  choices.push_back(std::move(added));
+}
+
+void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
+                     std::vector<SchemaNode::CaseOf> cases,
+                     std::vector<SchemaNode::Choice>& choices) {
+  if ((compiled->flags & LYS_CONFIG_MASK) == 0) return;
+  if (compiled->nodetype == LYS_CHOICE) {
+    AddChoice(reinterpret_cast<const lysc_node_choice*>(compiled), parent,
+              cases, choices);
     return;
   }
   if ((compiled->nodetype & (LYS_CONTAINER | LYS_LIST | LYS_LEAF |
@@ -164,6 +182,7 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
   node->module = ModuleOf(compiled->module);
   node->parent = &parent;
   node->compiled = compiled;
+  node->is_state = (compiled->flags & LYS_CONFIG_R) != 0;
   node->cases = std::move(cases);
   if (node->kind == NodeKind::kLeaf || node->kind == NodeKind::kLeafList) {
     node->type = std::make_unique<LeafType>(compiled, hashes_);
@@ -178,6 +197,7 @@ void Schema::AddNode(const lysc_node* compiled, SchemaNode& parent,
 }
 
 void Schema::SetLeafDetails(SchemaNode& node) {
+  if (node.is_state) return;
   node.mandatory = (node.compiled->flags & LYS_MAND_TRUE) != 0;
   auto parse = [&](const lyd_value* value) {
     const LibyangMemory memory;
@@ -208,7 +228,8 @@ void Schema::FinishNode(SchemaNode& node) {
     for (const auto& child : node.children) {
       if (lysc_is_key(child->compiled)) ++node.key_count;
     }
-    if (node.key_count == 0 || node.key_count > kMaxKeys) {
+    const bool can_hold = node.key_count > 0 && node.key_count <= kMaxKeys;
+    if (!can_hold && !node.is_state) {
       throw SchemaError(
           "list " + node.Path() + " has " + std::to_string(node.key_count) +
           " keys; a configuration list has 1 to " + std::to_string(kMaxKeys));

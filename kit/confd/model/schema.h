@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,6 +20,7 @@
 struct ly_ctx;
 struct lys_module;
 struct lysc_node;
+struct lysc_node_choice;
 
 namespace kit::store {
 
@@ -48,8 +50,8 @@ struct Module {
   const lys_module* compiled;
 };
 
-// One configuration node. Choices and cases are not nodes: what they hold
-// stands in their parent.
+// One data node. Choices and cases are not nodes: what they hold stands in
+// their parent.
 struct SchemaNode {
   NodeKind kind;
   std::string name;
@@ -64,6 +66,8 @@ struct SchemaNode {
 
   size_t key_count = 0;       // list
   bool user_ordered = false;  // list, leaf-list
+  // No configuration: it has its place, but nothing ever stands there.
+  bool is_state = false;
   size_t width = 0;  // most elements of a value array of this node's children
 
   std::unique_ptr<LeafType> type;      // leaf, leaf-list
@@ -76,6 +80,21 @@ struct SchemaNode {
   // two entries alike in these meet all constraints or none.
   bool interchangeable = false;
   bool decides = false;  // constraints may look at its value, not only for it
+
+  // The choices among the children.
+  struct Choice;
+  struct Case {
+    std::string name;
+    const Module* module;
+    const lysc_node* compiled;
+    bool is_default;
+    std::vector<Choice> choices;
+  };
+  struct Choice {
+    std::string name;
+    std::vector<Case> cases;
+  };
+  std::vector<Choice> choices;
 
   // The cases that this node stands in, outermost first.
   struct CaseOf {
@@ -140,8 +159,13 @@ class Schema {
 
   void LoadModules(const std::filesystem::path& directory);
   void AddChildren(const lysc_node* first, SchemaNode& parent);
+  // `choices` are those that stand where the node does.
   void AddNode(const lysc_node* compiled, SchemaNode& parent,
-               std::vector<SchemaNode::CaseOf> cases);
+               std::vector<SchemaNode::CaseOf> cases,
+               std::vector<SchemaNode::Choice>& choices);
+  void AddChoice(const lysc_node_choice* choice, SchemaNode& parent,
+                 const std::vector<SchemaNode::CaseOf>& cases,
+                 std::vector<SchemaNode::Choice>& choices);
   void SetLeafDetails(SchemaNode& node);
   void FinishNode(SchemaNode& node);
   const Module* ModuleOf(const lys_module* compiled);
@@ -149,6 +173,7 @@ class Schema {
   const uint64_t serial_;
   LeafType::NamespaceHashes hashes_;
   std::unique_ptr<ly_ctx, ContextDeleter> context_;
+  std::set<std::string> brought_;  // modules that libyang has by itself
   std::vector<std::unique_ptr<Module>> modules_;
   SchemaNode root_;
 };

@@ -15,11 +15,13 @@ namespace kit::store {
 namespace {
 
 // The node of the other model with the same name in the same namespace.
+// Configuration and state are different nodes.
 const SchemaNode* Counterpart(const SchemaNode& node,
                               const SchemaNode& other_parent) {
   auto found = other_parent.by_name.find(node.name);
   if (found == other_parent.by_name.end()) return nullptr;
   for (const SchemaNode* other : found->second) {
+    if (other->is_state != node.is_state) continue;
     if (std::strcmp(other->module->compiled->ns, node.module->compiled->ns) ==
         0) {
       return other;

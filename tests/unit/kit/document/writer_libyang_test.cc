@@ -359,7 +359,7 @@ class Generator {
 
   void Fill(Node& node) {
     for (const auto& child : node.schema->children) {
-      if (child->is_key()) continue;
+      if (child->is_key() || child->is_state) continue;
       // Any text is one to our types, but not to libyang.
       if (child->name == "expression") continue;
       if (child->mandatory || Below(4) > 0) FillChild(node, *child);

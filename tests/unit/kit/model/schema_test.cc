@@ -212,7 +212,7 @@ TEST_F(SchemaFolderTest, WellKnownNamesOfOtherTypesStayThoseTypes) {
   EXPECT_EQ(NodeAt(schema, "/b").type->value_type(), ValueType::kUint32);
 }
 
-TEST(Schema, KeepsConfigurationOnlyInTheModelsOrder) {
+TEST(Schema, KeepsNodesInTheModelsOrder) {
   const SchemaNode& object = NodeAt(Zoo(), "/zoo:object");
   std::vector<std::string> names;
   for (const auto& child : object.children) names.push_back(child->PathName());
@@ -221,7 +221,18 @@ TEST(Schema, KeepsConfigurationOnlyInTheModelsOrder) {
                                              "zm:name", "zm:badge"}));
   EXPECT_EQ(object.key_count, 1u);
   EXPECT_EQ(object.width, 15u);
-  EXPECT_EQ(NodeAt(Zoo(), "/zoo:values").by_name.count("counter"), 0u);
+}
+
+TEST(Schema, TellsStateFromConfiguration) {
+  EXPECT_TRUE(NodeAt(Zoo(), "/zoo:values/counter").is_state);
+  EXPECT_FALSE(NodeAt(Zoo(), "/zoo:values/u32").is_state);
+  EXPECT_FALSE(NodeAt(Zoo(), "/zoo:object").is_state);
+}
+
+TEST(Schema, HasNothingOfTheModulesThatLibyangBrings) {
+  for (const auto& child : Zoo().root().children) {
+    EXPECT_FALSE(child->is_state) << child->Path();
+  }
 }
 
 TEST(Schema, KeysComeFirstInTheirStatementsOrder) {
