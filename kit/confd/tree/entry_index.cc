@@ -19,15 +19,24 @@ EntryIndex::Position EntryIndex::After(Position position) const {
   return {position.block + 1, 0};
 }
 
-Node* EntryIndex::AtRank(size_t rank) const {
-  if (!ranks_valid_) {
-    size_t first = 0;
-    for (Block& block : blocks_) {
-      block.first_rank = first;
-      first += block.rows.size();
-    }
-    ranks_valid_ = true;
+void EntryIndex::FindRanks() const {
+  if (ranks_valid_) return;
+  size_t first = 0;
+  for (Block& block : blocks_) {
+    block.first_rank = first;
+    first += block.rows.size();
   }
+  ranks_valid_ = true;
+}
+
+size_t EntryIndex::RankOf(Position position) const {
+  if (position.block >= blocks_.size()) return size_;
+  FindRanks();
+  return blocks_[position.block].first_rank + position.slot;
+}
+
+Node* EntryIndex::AtRank(size_t rank) const {
+  FindRanks();
   auto holds = [&](size_t block) {
     return block < blocks_.size() && blocks_[block].first_rank <= rank &&
            rank - blocks_[block].first_rank < blocks_[block].rows.size();

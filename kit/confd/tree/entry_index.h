@@ -30,6 +30,8 @@ class EntryIndex {
   Node* Last() const { return size_ == 0 ? nullptr : At(last_); }
   // The entry number `rank`, from 0, which must be there.
   Node* AtRank(size_t rank) const;
+  // How many entries stand before the position.
+  size_t RankOf(Position position) const;
 
   // The first position whose entry does not stand before the one looked for:
   // `compare(node)` tells, negative, zero or positive, how the entry stands to
@@ -59,6 +61,7 @@ class EntryIndex {
     if (!(row.prefix == prefix)) return row.prefix < prefix;
     return compare(*row.node) < 0;
   }
+  void FindRanks() const;
   void Split(Arena& arena, Position& position);
 
   ArenaArray<Block> blocks_;

@@ -331,14 +331,17 @@ bool Node::DefaultApplies(const SchemaNode& child) const {
   return true;
 }
 
-std::string KeyText(const Node& entry) {
+std::string KeyText(const SchemaNode& list, const std::vector<Value>& keys) {
   std::string text;
-  for (size_t i = 0; i < entry.schema->key_count; ++i) {
+  for (size_t i = 0; i < keys.size(); ++i) {
     text += i == 0 ? '{' : ' ';
-    text +=
-        keypath::QuoteKey(entry.schema->children[i]->type->Print(entry.Key(i)));
+    text += keypath::QuoteKey(list.children[i]->type->Print(keys[i]));
   }
   return text + "}";
+}
+
+std::string KeyText(const Node& entry) {
+  return KeyText(*entry.schema, entry.Keys());
 }
 
 std::string KeyPath(const Node& node) {
@@ -426,10 +429,7 @@ std::pair<Node*, bool> List::Insert(KeyView keys, const Node* like) {
     }
   }
   by_key_.Insert(own, found.position, found.prefix, node);
-  if (schema_->user_ordered) {
-    node->record_[node->bitmap_words()] = ++last_place_;
-    by_place_.Insert(own, PositionOfPlace(last_place_), {last_place_, 0}, node);
-  }
+  if (schema_->user_ordered) PutAt(*node, last_place_ += kPlaceStep);
   stamp_ = NewStamp();
   return {node, true};
 }
@@ -444,6 +444,54 @@ bool List::Erase(KeyView keys) {
   Node::Destroy(found.node);
   stamp_ = NewStamp();
   return true;
+}
+
+void List::Rename(Node& entry, KeyView keys) {
+  Arena& own = arena();
+  const std::vector<Value> before = entry.Keys();
+  by_key_.Erase(own, Search({before.data(), before.size()}).position);
+  for (size_t i = 0; i < keys.size; ++i) {
+    const SchemaNode& key = *schema_->children[i];
+    entry.Put(key, MakeCell(own, *key.type, keys.data[i]));
+  }
+  const Found found = Search(keys);
+  by_key_.Insert(own, found.position, found.prefix, &entry);
+  stamp_ = NewStamp();
+}
+
+void List::PutAt(Node& entry, uint64_t place) {
+  entry.record_[entry.bitmap_words()] = place;
+  by_place_.Insert(arena(), PositionOfPlace(place), {place, 0}, &entry);
+}
+
+std::optional<uint64_t> List::PlaceBefore(const Node& next) const {
+  const size_t rank = by_place_.RankOf(PositionOfPlace(next.place()));
+  if (rank == 0) return next.place() - kPlaceStep;
+  const uint64_t previous = by_place_.AtRank(rank - 1)->place();
+  if (next.place() - previous < 2) return std::nullopt;
+  return previous + (next.place() - previous) / 2;
+}
+
+void List::SpreadPlaces() {
+  std::vector<Node*> entries;
+  for (Node& entry : *this) entries.push_back(&entry);
+  by_place_.Release(arena());
+  last_place_ = kFirstPlace;
+  for (Node* entry : entries) PutAt(*entry, last_place_ += kPlaceStep);
+}
+
+void List::MoveBefore(Node& entry, const Node* next) {
+  if (next == &entry) return;
+  by_place_.Erase(arena(), PositionOfPlace(entry.place()));
+  std::optional<uint64_t> place;
+  if (next == nullptr) {
+    place = last_place_ += kPlaceStep;
+  } else if (place = PlaceBefore(*next); !place) {
+    SpreadPlaces();
+    place = PlaceBefore(*next);
+  }
+  PutAt(entry, *place);
+  stamp_ = NewStamp();
 }
 
 uint64_t List::NewStamp() {

@@ -124,6 +124,7 @@ class Node {
 
 // "{1 10.0.0.1}" for an entry, as it stands in a key path.
 std::string KeyText(const Node& entry);
+std::string KeyText(const SchemaNode& list, const std::vector<Value>& keys);
 // The key path of a node: "/a/b{1}/c", "" for the root.
 std::string KeyPath(const Node& node);
 
@@ -148,6 +149,11 @@ class List {
   // and outlive this list. Not for lists that the user orders.
   std::pair<Node*, bool> Insert(KeyView keys, const Node* like = nullptr);
   bool Erase(KeyView keys);
+  // Gives an entry other keys, which no entry has.
+  void Rename(Node& entry, KeyView keys);
+  // Puts an entry in front of another one, at the end without one. Only where
+  // the user orders the entries.
+  void MoveBefore(Node& entry, const Node* next);
 
   // Entries in one of the list's orders. Ends with a change of the list.
   class Iterator {
@@ -200,6 +206,10 @@ class List {
   Node* At(size_t position) const {
     return position < size() ? order().AtRank(position) : nullptr;
   }
+  // The position of an entry, from 0.
+  size_t RankOf(const Node& entry) const {
+    return order().RankOf(PositionOf(entry));
+  }
 
  private:
   friend class Node;
@@ -228,7 +238,14 @@ class List {
   EntryIndex by_key_;
   // Only where the user orders the entries. New ones go to the end.
   EntryIndex by_place_;
-  uint64_t last_place_ = 0;
+  // Places are wide apart, so that entries can be moved in between.
+  static constexpr uint64_t kPlaceStep = uint64_t{1} << 20;
+  static constexpr uint64_t kFirstPlace = uint64_t{1} << 62;
+  uint64_t last_place_ = kFirstPlace;
+  void PutAt(Node& entry, uint64_t place);
+  // A place in front of the entry, or nothing where there is no room.
+  std::optional<uint64_t> PlaceBefore(const Node& next) const;
+  void SpreadPlaces();
   // Changes with every change, so that a place can tell that it still holds.
   uint64_t stamp_ = NewStamp();
   static uint64_t NewStamp();
