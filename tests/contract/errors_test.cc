@@ -179,10 +179,10 @@ TEST_F(ErrorsTest, SocketWithoutASessionIsNoSession) {
   }
 }
 
-TEST_F(ErrorsTest, WrongTransactionHandleIsNoSession) {
+TEST_F(ErrorsTest, WrongTransactionHandleIsNoTransaction) {
   for (int th : {th_ + 1, th_ - 1, 0, -1, INT_MAX}) {
     for (const auto& [call, outcome] : AllMaapiCalls(maapi_, th)) {
-      EXPECT_EQ(outcome, "NOSESSION") << call << " in transaction " << th;
+      EXPECT_EQ(outcome, "NOTRANS") << call << " in transaction " << th;
     }
   }
   EXPECT_STREQ(confd_lasterr(), ("no transaction " + std::to_string(INT_MAX) +
@@ -297,7 +297,7 @@ TEST_F(ErrorsTest, AbsurdCountsAreErrors) {
                                     "/object")),
             "NOEXISTS");
   EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, values, INT_MAX, "/object")),
-            "PROTOUSAGE");
+            "BADTYPE");
   maapi_cursor mc = {};
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/object"), CONFD_OK);
   for (int n : {-1, 2, INT_MAX, INT_MIN}) {
@@ -334,7 +334,7 @@ TEST_F(ErrorsTest, AbsurdArgumentsAreReportedToo) {
   kit::control::SetObserver(nullptr);
   EXPECT_EQ(
       watching.calls,
-      "maapi_set_object /object n 2147483647  -> -1 error 21 '/object: "
+      "maapi_set_object /object n 2147483647  -> -1 error 5 '/object: "
       "2147483647 values for an entry that takes 15'\n"
       "maapi_set_object /object n -1  -> -1 error 21 '/object: -1 is no "
       "number of values'\n"

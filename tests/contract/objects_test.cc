@@ -203,12 +203,12 @@ TEST_F(ObjectsTest, SetObjectRemovesPresenceContainersThatAreAbsentInIt) {
 }
 
 TEST_F(ObjectsTest, SetObjectNeedsTheKeysAndNoMoreThanTheEntryTakes) {
-  EXPECT_EQ(SetObject("/lists/pair", {Uint32(8)}), "PROTOUSAGE");
-  EXPECT_EQ(SetObject("/lists/pair", {}), "PROTOUSAGE");
+  EXPECT_EQ(SetObject("/lists/pair", {Uint32(8)}), "BADTYPE");
+  EXPECT_EQ(SetObject("/lists/pair", {}), "BADTYPE");
   EXPECT_EQ(SetObject("/lists/pair", {NoExists(), Enum(1)}), "BADTYPE");
   EXPECT_EQ(
       SetObject("/lists/pair", {Uint32(8), Enum(1), Str("n"), NoExists()}),
-      "PROTOUSAGE");
+      "BADTYPE");
   // Fewer values than the largest entry, but more than this one has.
   std::vector<confd_value_t> values(15, NoExists());
   confd_value_t tag;
@@ -217,7 +217,7 @@ TEST_F(ObjectsTest, SetObjectNeedsTheKeysAndNoMoreThanTheEntryTakes) {
   values[5] = values[7] = tag;
   EXPECT_EQ(SetObject("/object", values), "ok");
   values[13] = Str("left over");
-  EXPECT_EQ(SetObject("/object", values), "PROTOUSAGE");
+  EXPECT_EQ(SetObject("/object", values), "BADTYPE");
 }
 
 TEST_F(ObjectsTest, SetObjectWithABadValueChangesNothing) {
@@ -234,7 +234,7 @@ TEST_F(ObjectsTest, SetObjectWithABadValueChangesNothing) {
 }
 
 TEST_F(ObjectsTest, SetObjectDoesNotDeleteMandatoryLeaves) {
-  EXPECT_EQ(SetObject("/strict{1}", {Uint8(1), NoExists()}), "NOTDELETABLE");
+  EXPECT_EQ(SetObject("/strict{1}", {Uint8(1), NoExists()}), "BADTYPE");
   EXPECT_EQ(Get("/strict{1}/needed"), "C_UINT8 2");
   EXPECT_EQ(SetObject("/strict{1}", {Uint8(1), Uint8(4), NoExists()}), "ok");
   EXPECT_EQ(Get("/strict{1}/free"), "NOEXISTS");
@@ -247,7 +247,8 @@ TEST_F(ObjectsTest, SetObjectBelowAMissingEntryAndOfOtherNodes) {
   EXPECT_EQ(SetObject("/object{9}/part", {Uint8(1)}), "NOEXISTS");
   EXPECT_EQ(SetObject("/shed/shelf{1}", {Uint8(1)}), "NOEXISTS");
   EXPECT_EQ(Exists("/object{9}"), 0);
-  EXPECT_EQ(SetObject("/values", {Uint8(1)}), "BADPATH");
+  EXPECT_EQ(SetObject("/shed/none", {Uint8(1)}), "BADPATH");
+  EXPECT_EQ(SetObject("/", {Uint8(1)}), "BADPATH");
   EXPECT_EQ(SetObject("/object{1}/size", {Uint8(1)}), "BADPATH");
 }
 

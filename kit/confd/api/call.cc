@@ -74,38 +74,37 @@ EnumNamer NamerOf(const Scope* scope) {
   };
 }
 
+// A path from where the program stands, which is not the root.
+bool IsRelative(const Scope& scope, std::string_view path) {
+  return !scope.session->place.text.empty() &&
+         (path.empty() || path.front() != '/');
+}
+
+// Puts a text without values in front.
+void Anchor(const std::string& front, PathDraft& draft) {
+  draft.text.insert(0, front);
+  for (PathDraft::Slot& slot : draft.values) {
+    slot.begin += front.size();
+    slot.end += front.size();
+  }
+}
+
 }  // namespace
 
 Scope CdbScope(int sock) {
   store::Session& session = store::Sessions::Instance().Cdb(sock);
-  return {&session, &session.database->running(), {true, session.selected}};
+  return {&session,
+          &session.database->running(),
+          {true, session.selected},
+          session.reads};
 }
 
 Scope MaapiScope(int sock, int thandle) {
   store::Session& session = store::Sessions::Instance().Maapi(sock, thandle);
-  return {
-      &session, &session.database->transaction(), {false, session.selected}};
-}
-
-std::optional<store::Value> ReadLeaf(Call& call, const Scope& scope,
-                                     const store::Target& target,
-                                     store::ValueType type) {
-  std::optional<store::Refusal> refusal;
-  const store::Element element = scope.data->TryGet(target, refusal);
-  if (refusal) {
-    call.Fail(*refusal);
-    return std::nullopt;
-  }
-  const bool is_leaf = element.schema->kind == store::NodeKind::kLeaf;
-  store::Value value;
-  if (is_leaf) value = element.value();
-  if (!is_leaf || value.type() != type) {
-    throw Error(ErrorCode::kBadType,
-                std::string("it holds a ") +
-                    (is_leaf ? store::TypeName(value.type()) : "C_LIST") +
-                    " where a " + store::TypeName(type) + " is read");
-  }
-  return value;
+  return {&session,
+          &session.database->transaction(),
+          {false, session.selected},
+          session.reads};
 }
 
 std::string DescribeNamespace(int hashed_ns) {
@@ -171,12 +170,24 @@ const std::string& Call::path() const {
   return path_;
 }
 
+std::string Call::AbsoluteText() const {
+  const std::string& text = path();
+  if (!IsRelative(*scope_, text)) return text;
+  return scope_->session->place.text + "/" + text;
+}
+
+keypath::Path Call::AbsolutePath() const {
+  return keypath::Parse(AbsoluteText());
+}
+
 const store::Target* Call::Resolve() {
   store::Target& target = scratch_->target;
+  if (IsRelative(*scope_, scratch_->draft.text)) {
+    Anchor(scope_->session->place.text + "/", scratch_->draft);
+  }
   const store::Data& data = *scope_->data;
   if (!ResolveDraft(data, scope_->rules, scratch_->draft, target)) {
-    const auto refusal =
-        data.TryFind(keypath::Parse(path()), scope_->rules, target);
+    const auto refusal = data.TryFind(AbsolutePath(), scope_->rules, target);
     if (refusal) {
       Fail(*refusal);
       return nullptr;

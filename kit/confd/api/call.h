@@ -30,6 +30,7 @@ struct Scope {
   store::Session* session;
   const store::Data* data;
   store::PathRules rules;
+  store::ReadRules reads;
 };
 
 Scope CdbScope(int sock);
@@ -91,6 +92,9 @@ class Call {
   // Where that path leads; null, and the call's failure, where it does not fit
   // the model. Throws keypath::SyntaxError and Error for a bad key.
   const store::Target* Resolve();
+  // That path as it is from the root. Throws keypath::SyntaxError.
+  keypath::Path AbsolutePath() const;
+  std::string AbsoluteText() const;
   bool wants_values() const { return wants_values_; }
   // Throws the error of a fault that says the call fails.
   void MeetFault();
@@ -161,12 +165,6 @@ int RunCall(const char* function, const Prepare& prepare, const Body& body) {
   }
   return result;
 }
-
-// The value of a leaf of this type; nothing, and the call's failure, without
-// one. Throws Error.
-std::optional<store::Value> ReadLeaf(Call& call, const Scope& scope,
-                                     const store::Target& target,
-                                     store::ValueType type);
 
 // For calls that take nothing but a path.
 inline std::string NoInput(const Call&, const Scope&) { return {}; }

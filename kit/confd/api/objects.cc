@@ -1,3 +1,4 @@
+// Whole entries and containers as arrays of values.
 #include <confd_cdb.h>
 #include <confd_maapi.h>
 
@@ -27,14 +28,37 @@ namespace {
 using kit::store::Error;
 using kit::store::ErrorCode;
 
+size_t RequireCount(int n) {
+  if (n < 0) {
+    throw Error(ErrorCode::kProtoUsage,
+                std::to_string(n) + " is no number of values");
+  }
+  return static_cast<size_t>(n);
+}
+
+int ReadObject(Call& call, const Scope& scope, const store::Target& target,
+               confd_value_t* values, int n) {
+  const size_t room = RequireCount(n);
+  if (room > 0) RequirePointer(values, "the values");
+  const std::vector<store::Element> elements =
+      scope.data->GetObject(target, scope.reads);
+  const size_t count = std::min(room, elements.size());
+  for (size_t i = 0; i < count; ++i) values[i] = ToC(elements[i]);
+  call.Output(values, count);
+  return static_cast<int>(elements.size());
+}
+
+auto DescribeRoom(int n) {
+  return [n](const Call&, const Scope&) { return "n " + std::to_string(n); };
+}
+
 // How many values of an array of n that a program gives may be looked at: no
 // more than the path's entries take.
 size_t ReadableValues(const Call& call, const Scope& scope,
                       const confd_value_t* values, int n) {
   if (values == nullptr || n < 0) return 0;
   try {
-    store::Target target =
-        scope.data->Find(keypath::Parse(call.path()), scope.rules);
+    store::Target target = scope.data->Find(call.AbsolutePath(), scope.rules);
     auto count = static_cast<size_t>(n);
     store::Data::RequireObjectSize(target, count);
     return count;
@@ -50,15 +74,42 @@ size_t ReadableValues(const Call& call, const Scope& scope,
 
 extern "C" {
 
-int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj,
-                    const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = CdbCall(
+int cdb_vget_object(int sock, confd_value_t* values, int n, const char* fmt,
+                    va_list args) {
+  return CdbCall(
+      "cdb_get_object", sock, fmt, args,
+      [&](Call& call, Scope& scope, const store::Target& target) {
+        // No number but this one is listed for the call.
+        if (!scope.data->Exists(target)) {
+          throw Error(ErrorCode::kBadPath, "it does not exist");
+        }
+        return ReadObject(call, scope, target, values, n);
+      },
+      DescribeRoom(n));
+}
+KIT_TWIN(cdb_get_object, cdb_vget_object,
+         (int sock, confd_value_t* values, int n), (sock, values, n))
+
+int maapi_vget_object(int sock, int thandle, confd_value_t* values, int n,
+                      const char* fmt, va_list args) {
+  return MaapiCall(
+      "maapi_get_object", sock, thandle, fmt, args,
+      [&](Call& call, Scope& scope, const store::Target& target) {
+        return ReadObject(call, scope, target, values, n);
+      },
+      DescribeRoom(n));
+}
+KIT_TWIN(maapi_get_object, maapi_vget_object,
+         (int sock, int thandle, confd_value_t* values, int n),
+         (sock, thandle, values, n))
+
+int cdb_vget_objects(int sock, confd_value_t* values, int n, int ix, int nobj,
+                     const char* fmt, va_list args) {
+  return CdbCall(
       "cdb_get_objects", sock, fmt, args,
       [&](Call& call, Scope& scope, const store::Target& target) {
         const store::List* list = store::Data::ListOf(target);
-        size_t count = scope.data->Count(target);
+        const size_t count = list == nullptr ? 0 : list->size();
         if (n < 0 || ix < 0 || nobj < 0) {
           throw Error(ErrorCode::kProtoUsage, "a negative count or position");
         }
@@ -77,7 +128,7 @@ int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj,
         for (size_t i = 0; i < static_cast<size_t>(nobj); ++i) {
           elements.clear();
           store::Data::ReadObject(*list->At(static_cast<size_t>(ix) + i),
-                                  elements);
+                                  scope.reads, elements);
           most = std::max(most, elements.size());
           filled.push_back(std::min(width, elements.size()));
           for (size_t k = 0; k < filled.back(); ++k) {
@@ -91,45 +142,18 @@ int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj,
         return "n " + std::to_string(n) + " ix " + std::to_string(ix) +
                " nobj " + std::to_string(nobj);
       });
-  va_end(args);
-  return result;
 }
+KIT_TWIN(cdb_get_objects, cdb_vget_objects,
+         (int sock, confd_value_t* values, int n, int ix, int nobj),
+         (sock, values, n, ix, nobj))
 
-int maapi_get_object(int sock, int thandle, confd_value_t* values, int n,
-                     const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = MaapiCall(
-      "maapi_get_object", sock, thandle, fmt, args,
-      [&](Call& call, Scope& scope, const store::Target& target) {
-        if (n < 0) {
-          throw Error(ErrorCode::kProtoUsage, "a negative number of values");
-        }
-        if (n > 0) RequirePointer(values, "the values");
-        std::vector<store::Element> elements = scope.data->GetObject(target);
-        size_t count = std::min(static_cast<size_t>(n), elements.size());
-        for (size_t i = 0; i < count; ++i) values[i] = ToC(elements[i]);
-        call.Output(values, count);
-        return static_cast<int>(elements.size());
-      },
-      [&](const Call&, const Scope&) { return "n " + std::to_string(n); });
-  va_end(args);
-  return result;
-}
-
-int maapi_set_object(int sock, int thandle, const confd_value_t* values, int n,
-                     const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result = MaapiCall(
+int maapi_vset_object(int sock, int thandle, const confd_value_t* values, int n,
+                      const char* fmt, va_list args) {
+  return MaapiCall(
       "maapi_set_object", sock, thandle, fmt, args,
       [&](Call&, Scope& scope, const store::Target& target) {
-        if (n < 0) {
-          throw Error(ErrorCode::kProtoUsage,
-                      std::to_string(n) + " is no number of values");
-        }
+        const size_t count = RequireCount(n);
         if (n > 0) RequirePointer(values, "the values");
-        auto count = static_cast<size_t>(n);
         // Before the values are looked at: there may be fewer than it says.
         store::Data::RequireObjectSize(target, count);
         std::vector<store::NewElement> elements;
@@ -144,8 +168,9 @@ int maapi_set_object(int sock, int thandle, const confd_value_t* values, int n,
         return "n " + std::to_string(n) + " " +
                Describe(values, ReadableValues(call, scope, values, n));
       });
-  va_end(args);
-  return result;
 }
+KIT_TWIN(maapi_set_object, maapi_vset_object,
+         (int sock, int thandle, const confd_value_t* values, int n),
+         (sock, thandle, values, n))
 
 }  // extern "C"

@@ -7,6 +7,20 @@
 
 #include "kit/confd/api/call.h"
 
+// Defines `name(PARAMETERS, fmt, ...)` by its twin that takes a va_list:
+//
+//   int cdb_vindex(int sock, const char* fmt, va_list args) { ... }
+//   KIT_TWIN(cdb_index, cdb_vindex, (int sock), (sock))
+#define KIT_TWIN(name, twin, parameters, arguments)         \
+  int name(KIT_OPEN parameters, const char* fmt, ...) {     \
+    va_list args;                                           \
+    va_start(args, fmt);                                    \
+    const int result = twin(KIT_OPEN arguments, fmt, args); \
+    va_end(args);                                           \
+    return result;                                          \
+  }
+#define KIT_OPEN(...) __VA_ARGS__
+
 namespace kit::api {
 
 template <typename Body,

@@ -266,6 +266,10 @@ confd_value_t ToC(const Element& element) {
   confd_value_t c{};
   c.type = C_NOEXISTS;
   if (!element.exists()) return c;
+  if (element.by_default) {
+    c.type = C_DEFAULT;
+    return c;
+  }
   if (element.schema->kind == store::NodeKind::kLeaf) {
     return ToC(element.value());
   }

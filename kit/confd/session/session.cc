@@ -30,13 +30,20 @@ int Sessions::Open(Session session) {
 
 int Sessions::OpenCdb(Database& database) {
   std::lock_guard<std::mutex> lock(mutex_);
-  return Open({Session::Kind::kCdb, &database, 0, nullptr, {}});
+  Session session;
+  session.kind = Session::Kind::kCdb;
+  session.database = &database;
+  return Open(std::move(session));
 }
 
 int Sessions::OpenMaapi(Database& database, int* thandle) {
   std::lock_guard<std::mutex> lock(mutex_);
   *thandle = ++last_thandle_;
-  return Open({Session::Kind::kMaapi, &database, *thandle, nullptr, {}});
+  Session session;
+  session.kind = Session::Kind::kMaapi;
+  session.database = &database;
+  session.thandle = *thandle;
+  return Open(std::move(session));
 }
 
 void Sessions::Close(int socket) {
@@ -66,7 +73,7 @@ Session& Sessions::Maapi(int socket, int thandle) {
                 "no MAAPI session on socket " + std::to_string(socket));
   }
   if (session->thandle != thandle) {
-    throw Error(ErrorCode::kNoSession,
+    throw Error(ErrorCode::kNoTrans,
                 "no transaction " + std::to_string(thandle) + " on socket " +
                     std::to_string(socket));
   }

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "kit/confd/keypath/keypath.h"
@@ -25,6 +26,12 @@ struct Cursor {
   std::shared_ptr<void> attachment;
 };
 
+// Where relative paths of a program begin.
+struct Place {
+  std::vector<PathElement> elements;  // none: the root
+  std::string text;                   // "" for the root
+};
+
 // A CDB read session, or a MAAPI socket with its transaction.
 struct Session {
   enum class Kind { kCdb, kMaapi };
@@ -32,6 +39,9 @@ struct Session {
   Database* database;
   int thandle = 0;  // of a MAAPI socket
   const Module* selected = nullptr;
+  ReadRules reads;
+  Place place;
+  std::vector<Place> pushed;
   std::map<const void*, std::unique_ptr<Cursor>> cursors;
 };
 
@@ -47,7 +57,8 @@ class Sessions {
   int OpenMaapi(Database& database, int* thandle);
   void Close(int socket);
 
-  // Throw Error with kNoSession for a number that is none of theirs.
+  // Throw Error: kNoSession for a socket that is none of theirs, kNoTrans for a
+  // handle that is not the socket's.
   Session& Cdb(int socket);
   Session& Maapi(int socket, int thandle);
 

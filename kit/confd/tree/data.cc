@@ -24,14 +24,29 @@ std::string Count(size_t number, const char* noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
-void AppendChildren(const Node& node, std::vector<Element>& elements) {
+bool IsByDefault(const Node& holder, const SchemaNode& leaf) {
+  return !leaf.is_key() && !holder.IsSet(leaf);
+}
+
+Element LeafElement(const Node& holder, const SchemaNode& leaf,
+                    ReadRules rules) {
+  return {&holder, &leaf, rules.no_defaults && IsByDefault(holder, leaf)};
+}
+
+void AppendChildren(const Node& node, ReadRules rules,
+                    std::vector<Element>& elements) {
   for (const auto& child : node.schema->children) {
+    const bool is_shown = !child->is_state || !rules.config_only;
     const Node* container =
-        child->IsContainer() ? node.Container(*child) : nullptr;
-    const bool exists =
-        container != nullptr || (IsLeafKind(*child) && node.HasValue(*child));
-    elements.push_back(exists ? Element{&node, child.get()} : Element{});
-    if (container != nullptr) AppendChildren(*container, elements);
+        child->IsContainer() && is_shown ? node.Container(*child) : nullptr;
+    if (container != nullptr) {
+      elements.push_back({&node, child.get()});
+      AppendChildren(*container, rules, elements);
+    } else if (IsLeafKind(*child) && node.HasValue(*child)) {
+      elements.push_back(LeafElement(node, *child, rules));
+    } else {
+      elements.emplace_back();
+    }
   }
 }
 
@@ -68,9 +83,9 @@ class ObjectWriter {
     for (; next_ < elements_.size(); ++next_) {
       const NewElement& left = elements_[next_];
       if (left.value || left.items || left.is_container) {
-        Fail(ErrorCode::kProtoUsage, "value " + std::to_string(next_) +
-                                         " of the array stands behind the "
-                                         "entry's last node");
+        Fail(ErrorCode::kBadType, Value(next_) +
+                                      " stands behind the last node of what "
+                                      "is written");
       }
     }
   }
@@ -99,6 +114,13 @@ class ObjectWriter {
 
   void CheckElement(const SchemaNode& child, NewElement& element,
                     const Node* node) const {
+    const bool deletes =
+        !element.value && !element.items && !element.is_container;
+    if (child.is_state) {
+      if (deletes) return;
+      Fail(ErrorCode::kNotWritable, Value(next_ - 1) + " is for \"" +
+                                        child.name + "\", which is state data");
+    }
     bool is_leaf = child.kind == NodeKind::kLeaf;
     bool is_leaf_list = child.kind == NodeKind::kLeafList;
     bool is_container = child.kind == NodeKind::kContainer;
@@ -106,18 +128,19 @@ class ObjectWriter {
     if ((element.value && !is_leaf) || (element.items && !is_leaf_list) ||
         (element.is_container && !child.IsContainer()) ||
         (is_container && !element.is_container)) {
-      Fail(ErrorCode::kBadType, "value " + std::to_string(next_ - 1) +
-                                    " of the array does not fit the node \"" +
-                                    child.name + "\"");
+      Fail(ErrorCode::kBadType,
+           Value(next_ - 1) + " does not fit the node \"" + child.name + "\"");
     }
     if (element.value) element.value = Checked(child, *element.value);
     if (element.items) element.items = Checked(child, *element.items);
-    bool deletes = !element.value && !element.items && !element.is_container;
     if (deletes && child.mandatory && node != nullptr && node->IsSet(child)) {
-      Fail(ErrorCode::kNotDeletable, "value " + std::to_string(next_ - 1) +
-                                         " of the array deletes \"" +
-                                         child.name + "\", which is mandatory");
+      Fail(ErrorCode::kBadType, Value(next_ - 1) + " deletes \"" + child.name +
+                                    "\", which is mandatory");
     }
+  }
+
+  static std::string Value(size_t number) {
+    return "value " + std::to_string(number) + " of the array";
   }
 
   static void WriteElement(const SchemaNode& child, NewElement& element,
@@ -128,7 +151,7 @@ class ObjectWriter {
       node.SetLeafList(child, *element.items);
     } else if (element.is_container) {
       node.MakeContainer(child);
-    } else if (child.kind != NodeKind::kList) {
+    } else if (child.kind != NodeKind::kList && !child.is_state) {
       node.Clear(child);
     }
   }
@@ -147,8 +170,57 @@ Refusal NoHolder(const Target& target) {
               " above it does not exist"};
 }
 
+Refusal StateRefusal() {
+  return {ErrorCode::kNotWritable, "it is state data, no configuration"};
+}
+
 void RequireHolder(const Target& target) {
   if (target.holder == nullptr) ThrowIf(NoHolder(target));
+}
+
+// The list of an entry that is to move.
+List& ListOfEntry(const Target& target) {
+  if (target.schema->is_state) ThrowIf(StateRefusal());
+  if (!target.is_entry) {
+    Fail(ErrorCode::kNotMovable, "it is no list entry");
+  }
+  RequireHolder(target);
+  if (target.entry == nullptr) {
+    Fail(ErrorCode::kNoExists, "the list entry does not exist");
+  }
+  return *target.holder->ListAt(*target.schema);
+}
+
+std::vector<Value> KeysToMoveTo(const SchemaNode& list,
+                                const std::vector<Value>& keys) {
+  if (keys.size() != list.key_count) {
+    Fail(ErrorCode::kNotMovable, Count(keys.size(), "key") +
+                                     " for a list with " +
+                                     std::to_string(list.key_count));
+  }
+  std::vector<Value> checked;
+  for (size_t i = 0; i < keys.size(); ++i) {
+    try {
+      checked.push_back(list.children[i]->type->Check(keys[i]));
+    } catch (const Error& error) {
+      Fail(ErrorCode::kNotMovable,
+           "key \"" + list.children[i]->name + "\": " + error.what());
+    }
+  }
+  return checked;
+}
+
+// Whether a leaf or leaf-list may be given a value.
+void RequireSettable(const Target& target) {
+  const SchemaNode& schema = *target.schema;
+  if (schema.is_state) ThrowIf(StateRefusal());
+  if (!IsLeafKind(schema)) {
+    Fail(ErrorCode::kNotWritable, "it is not a leaf and takes no value");
+  }
+  if (schema.is_key()) {
+    Fail(ErrorCode::kNotWritable, "it is a key, set when its entry is created");
+  }
+  RequireHolder(target);
 }
 
 }  // namespace
@@ -165,12 +237,12 @@ void Data::ShareWith(Data& other) const {
 }
 
 std::vector<Value> Data::ParseKeys(const SchemaNode& list,
-                                   const std::vector<std::string>& keys) const {
-  if (keys.size() != list.key_count) {
+                                   const std::vector<std::string>& keys,
+                                   size_t given) {
+  if (given != list.key_count) {
     Fail(ErrorCode::kBadPath, "list \"" + list.name + "\" has " +
                                   store::Count(list.key_count, "key") +
-                                  ", the path gives " +
-                                  std::to_string(keys.size()));
+                                  ", the path gives " + std::to_string(given));
   }
   std::vector<Value> values;
   values.reserve(keys.size());
@@ -267,7 +339,7 @@ std::optional<Refusal> Data::TryFind(const keypath::Path& path,
       return bad_path("\"" + child->name + "\" is not a list");
     }
     if (step.selector == keypath::Selector::kKeys) {
-      target.keys = ParseKeys(*child, step.keys);
+      target.keys = ParseKeys(*child, step.keys, step.keys.size());
       walk.ChooseByKeys();
       continue;
     }
@@ -278,6 +350,41 @@ std::optional<Refusal> Data::TryFind(const keypath::Path& path,
     walk.ChooseByPosition(step.position);
   }
   return std::nullopt;
+}
+
+std::vector<PathElement> Data::ElementsOf(const keypath::Path& path,
+                                          const PathRules& rules) const {
+  std::vector<PathElement> elements;
+  keypath::Path start{path.absolute, {}};
+  for (const keypath::Step& step : path.steps) {
+    start.steps.push_back(step);
+    const Target target = Find(start, rules);
+    PathElement element{target.schema, target.keys};
+    if (target.is_entry && element.keys.empty()) {
+      if (target.entry == nullptr) {
+        Fail(ErrorCode::kBadPath,
+             "there is no entry at position " + std::to_string(step.position));
+      }
+      element.keys = target.entry->Keys();
+    }
+    elements.push_back(std::move(element));
+  }
+  if (!elements.empty()) {
+    const PathElement& last = elements.back();
+    if (!last.schema->IsContainer() && last.keys.empty()) {
+      Fail(ErrorCode::kBadPath, "it names neither a container nor an entry");
+    }
+  }
+  return elements;
+}
+
+std::string TextOf(const std::vector<PathElement>& elements) {
+  std::string path;
+  for (const PathElement& element : elements) {
+    path += "/" + element.schema->PathName();
+    if (!element.keys.empty()) path += KeyText(*element.schema, element.keys);
+  }
+  return path;
 }
 
 bool Data::Exists(const Target& target) const {
@@ -311,39 +418,51 @@ List* Data::ListOf(const Target& target) {
 }
 
 size_t Data::Count(const Target& target) const {
+  if (target.schema->kind == NodeKind::kLeafList) {
+    return target.holder == nullptr
+               ? 0
+               : target.holder->LeafListValues(*target.schema).size();
+  }
   const List* list = ListOf(target);
   return list == nullptr ? 0 : list->size();
 }
 
 Element Data::Get(const Target& target) const {
   std::optional<Refusal> refusal;
-  const Element element = TryGet(target, refusal);
+  const Element element = TryGet(target, {}, refusal);
   ThrowIf(refusal);
   return element;
 }
 
-Element Data::TryGet(const Target& target,
+Element Data::TryGet(const Target& target, ReadRules rules,
                      std::optional<Refusal>& refusal) const {
   const SchemaNode& schema = *target.schema;
   if (!IsLeafKind(schema)) {
-    refusal = {ErrorCode::kUnavailable, "it is not a leaf and has no value"};
+    refusal = {ErrorCode::kBadPath, "it is not a leaf and has no value"};
   } else if (target.holder == nullptr) {
     refusal = NoHolder(target);
   } else if (!target.holder->HasValue(schema)) {
     refusal = {ErrorCode::kNoExists, "the leaf has no value and no default"};
   } else {
-    return {target.holder, &schema};
+    return LeafElement(*target.holder, schema, rules);
   }
   return {};
 }
 
-void Data::ReadObject(const Node& entry, std::vector<Element>& elements) {
-  AppendChildren(entry, elements);
+bool Data::IsDefault(const Target& target) const {
+  Get(target);
+  return IsByDefault(*target.holder, *target.schema);
 }
 
-std::vector<Element> Data::GetObject(const Target& target) const {
+void Data::ReadObject(const Node& entry, ReadRules rules,
+                      std::vector<Element>& elements) {
+  AppendChildren(entry, rules, elements);
+}
+
+const Node& Data::NodeAt(const Target& target) const {
   const SchemaNode& schema = *target.schema;
-  bool is_container = schema.IsContainer();
+  if (schema.kind == NodeKind::kRoot) return *root_;
+  const bool is_container = schema.IsContainer();
   if (!target.is_entry && !is_container) {
     Fail(ErrorCode::kBadPath, "it names neither a list entry nor a container");
   }
@@ -352,9 +471,18 @@ std::vector<Element> Data::GetObject(const Target& target) const {
     node = target.holder->Container(schema);
   }
   if (node == nullptr) Fail(ErrorCode::kNoExists, "it does not exist");
+  return *node;
+}
+
+std::vector<Element> Data::GetObject(const Target& target,
+                                     ReadRules rules) const {
+  if (target.schema->kind == NodeKind::kRoot) {
+    Fail(ErrorCode::kBadPath, "it names neither a list entry nor a container");
+  }
+  const Node& node = NodeAt(target);
   std::vector<Element> elements;
-  elements.reserve(schema.width);
-  ReadObject(*node, elements);
+  elements.reserve(node.schema->width);
+  ReadObject(node, rules, elements);
   return elements;
 }
 
@@ -362,6 +490,7 @@ void Data::Create(const Target& target) { ThrowIf(TryCreate(target)); }
 
 std::optional<Refusal> Data::TryCreate(const Target& target) {
   const SchemaNode& schema = *target.schema;
+  if (schema.is_state) return StateRefusal();
   bool is_empty_leaf = schema.kind == NodeKind::kLeaf &&
                        schema.type->value_type() == ValueType::kEmpty;
   if (!target.is_entry && schema.kind != NodeKind::kPresenceContainer &&
@@ -389,6 +518,7 @@ void Data::Delete(const Target& target) { ThrowIf(TryDelete(target)); }
 
 std::optional<Refusal> Data::TryDelete(const Target& target) {
   const SchemaNode& schema = *target.schema;
+  if (schema.is_state) return StateRefusal();
   if (schema.kind == NodeKind::kList) {
     if (!target.is_entry) {
       return Refusal{ErrorCode::kNotDeletable,
@@ -420,13 +550,7 @@ std::optional<Refusal> Data::TryDelete(const Target& target) {
 
 void Data::Set(const Target& target, NewElement element) {
   const SchemaNode& schema = *target.schema;
-  if (!IsLeafKind(schema)) {
-    Fail(ErrorCode::kNotWritable, "it is not a leaf and takes no value");
-  }
-  if (schema.is_key()) {
-    Fail(ErrorCode::kNotWritable, "it is a key, set when its entry is created");
-  }
-  RequireHolder(target);
+  RequireSettable(target);
   if (schema.kind == NodeKind::kLeaf && element.value) {
     target.holder->SetLeaf(schema, Checked(schema, *element.value));
   } else if (schema.kind == NodeKind::kLeafList && element.items) {
@@ -436,20 +560,65 @@ void Data::Set(const Target& target, NewElement element) {
   }
 }
 
+void Data::SetText(const Target& target, std::string_view text) {
+  RequireSettable(target);
+  if (target.schema->kind != NodeKind::kLeaf) {
+    Fail(ErrorCode::kBadType, "a leaf-list is not set by a text");
+  }
+  target.holder->SetLeaf(*target.schema, target.schema->type->Parse(text));
+}
+
+void Data::Move(const Target& target, const std::vector<Value>& keys) {
+  List& list = ListOfEntry(target);
+  const std::vector<Value> checked = KeysToMoveTo(list.schema(), keys);
+  const KeyView view{checked.data(), checked.size()};
+  if (list.Find(view) != nullptr) {
+    Fail(ErrorCode::kAlreadyExists,
+         "the entry " + KeyText(list.schema(), checked) + " exists already");
+  }
+  list.Rename(*target.entry, view);
+}
+
+void Data::MoveWithin(const Target& target, Where where,
+                      const std::vector<Value>& keys) {
+  List& list = ListOfEntry(target);
+  if (!list.schema().user_ordered) {
+    Fail(ErrorCode::kNotMovable, "the list is ordered by its keys");
+  }
+  if (where == Where::kFirst || where == Where::kLast) {
+    list.MoveBefore(*target.entry,
+                    where == Where::kFirst ? list.First() : nullptr);
+    return;
+  }
+  const std::vector<Value> checked = KeysToMoveTo(list.schema(), keys);
+  const Node* other = list.Find({checked.data(), checked.size()});
+  if (other == nullptr) {
+    Fail(ErrorCode::kNoExists, "there is no entry " +
+                                   KeyText(list.schema(), checked) +
+                                   " to move it to");
+  }
+  if (where == Where::kAfter) {
+    other = list.At(list.RankOf(*other) + 1);
+  }
+  list.MoveBefore(*target.entry, other);
+}
+
 void Data::RequireObjectSize(const Target& target, size_t count) {
   const SchemaNode& schema = *target.schema;
-  if (schema.kind != NodeKind::kList) {
-    Fail(ErrorCode::kBadPath, "it names neither a list nor a list entry");
+  if (schema.kind != NodeKind::kList && !schema.IsContainer()) {
+    Fail(ErrorCode::kBadPath, "it names no list, list entry or container");
   }
+  if (schema.is_state) ThrowIf(StateRefusal());
   if (count < schema.key_count) {
-    Fail(ErrorCode::kProtoUsage, store::Count(count, "value") +
-                                     " can't hold the list's " +
-                                     store::Count(schema.key_count, "key"));
+    Fail(ErrorCode::kBadType, store::Count(count, "value") +
+                                  " can't hold the list's " +
+                                  store::Count(schema.key_count, "key"));
   }
   if (count > schema.width) {
-    Fail(ErrorCode::kProtoUsage, store::Count(count, "value") +
-                                     " for an entry that takes " +
-                                     std::to_string(schema.width));
+    Fail(ErrorCode::kBadType,
+         store::Count(count, "value") +
+             (schema.IsContainer() ? " for a container" : " for an entry") +
+             " that takes " + std::to_string(schema.width));
   }
 }
 
@@ -457,6 +626,12 @@ void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
   const SchemaNode& schema = *target.schema;
   RequireObjectSize(target, elements.size());
   RequireHolder(target);
+  ObjectWriter writer(elements);
+  if (schema.IsContainer()) {
+    writer.Check(schema, target.holder->Container(schema));
+    writer.Write(target.holder->MakeContainer(schema));
+    return;
+  }
   std::vector<Value> keys = target.keys;
   if (!target.is_entry) {
     for (size_t i = 0; i < schema.key_count; ++i) {
@@ -468,7 +643,6 @@ void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
       keys.push_back(Checked(*schema.children[i], *elements[i].value));
     }
   }
-  ObjectWriter writer(elements);
   List* existing = target.holder->ListAt(schema);
   writer.Check(schema, existing == nullptr
                            ? nullptr

@@ -24,11 +24,21 @@ struct PathRules {
   const Module* selected = nullptr;
 };
 
+// How a program wants to read.
+struct ReadRules {
+  // A default that holds is told apart from a value that was set.
+  bool no_defaults = false;
+  // State nodes have one empty element each in value arrays, whatever they are.
+  bool config_only = false;
+};
+
 // One element of a value array: a leaf, a leaf-list or the start of a container
 // that has something to read, or nothing.
 struct Element {
   const Node* holder = nullptr;
   const SchemaNode* schema = nullptr;
+  // Only the default holds, and the program wants to know.
+  bool by_default = false;
   bool exists() const { return schema != nullptr; }
   // Of a leaf, of a leaf-list.
   Value value() const { return *holder->LeafValue(*schema); }
@@ -57,6 +67,16 @@ struct Target {
   Node* entry = nullptr;
   bool is_entry = false;
 };
+
+// A step of a path as the data has it: a node, and the keys of an entry.
+struct PathElement {
+  const SchemaNode* schema = nullptr;
+  std::vector<Value> keys;
+};
+
+// The key path in its shortest form that leads there whatever namespace is
+// selected; "" for the root.
+std::string TextOf(const std::vector<PathElement>& elements);
 
 // Goes to a target step by step; the target is that of the steps so far. It
 // must outlive the walk.
@@ -102,26 +122,58 @@ class Data {
   std::optional<Refusal> TryFind(const keypath::Path& path,
                                  const PathRules& rules, Target& target) const;
 
+  // The steps of a path to something that may hold nodes, whether that is there
+  // or not. kBadPath: it can't hold any, or a position past the end.
+  std::vector<PathElement> ElementsOf(const keypath::Path& path,
+                                      const PathRules& rules) const;
+
+  // Keys of a list by their texts, of which there may be fewer than `given`,
+  // the number that the list must have. kBadPath: they do not fit the list.
+  static std::vector<Value> ParseKeys(const SchemaNode& list,
+                                      const std::vector<std::string>& texts,
+                                      size_t given);
+
+  // The root, the container or the entry. kBadPath: another node; kNoExists: it
+  // is not there.
+  const Node& NodeAt(const Target& target) const;
+
   bool Exists(const Target& target) const;
-  // kBadPath: not a list.
+  // Of entries, of values. kBadPath: neither a list nor a leaf-list.
   size_t Count(const Target& target) const;
-  // kNoExists: no value and no default, or no such entry; kUnavailable: not a
-  // leaf.
+  // kNoExists: no value and no default, or no such entry; kBadPath: not a leaf
+  // or leaf-list.
   Element Get(const Target& target) const;
-  Element TryGet(const Target& target, std::optional<Refusal>& refusal) const;
-  // kBadPath: not a list entry.
-  std::vector<Element> GetObject(const Target& target) const;
+  Element TryGet(const Target& target, ReadRules rules,
+                 std::optional<Refusal>& refusal) const;
+  // kBadPath: neither a list entry nor a container.
+  std::vector<Element> GetObject(const Target& target,
+                                 ReadRules rules = {}) const;
   // The elements of an entry that is at hand.
-  static void ReadObject(const Node& entry, std::vector<Element>& elements);
+  static void ReadObject(const Node& entry, ReadRules rules,
+                         std::vector<Element>& elements);
+  // Whether a leaf has no value but its default. kNoExists: neither; kBadPath:
+  // not a leaf or leaf-list.
+  bool IsDefault(const Target& target) const;
 
   void Create(const Target& target);
   std::optional<Refusal> TryCreate(const Target& target);
   void Delete(const Target& target);
   std::optional<Refusal> TryDelete(const Target& target);
   void Set(const Target& target, NewElement element);
+  // The same with the value's text.
+  void SetText(const Target& target, std::string_view text);
+  // Gives an entry other keys. kNoExists: there is no such entry;
+  // kAlreadyExists: one with these keys; kNotMovable: not keys of the list.
+  void Move(const Target& target, const std::vector<Value>& keys);
+  // Moves an entry within the order that the user gave the list; `keys` are
+  // those of the entry to stand before or behind. kNoExists: one of them is not
+  // there; kNotMovable: not such a list, or not its keys.
+  enum class Where { kFirst, kBefore, kAfter, kLast };
+  void MoveWithin(const Target& target, Where where,
+                  const std::vector<Value>& keys);
   void SetObject(const Target& target, std::vector<NewElement> elements);
-  // Whether SetObject may be given so many elements. kBadPath: neither a list
-  // nor an entry; kProtoUsage: too few or too many.
+  // Whether SetObject may be given so many elements. kBadPath: no list, entry
+  // or container; kBadType: too few or too many; kNotWritable: state data.
   static void RequireObjectSize(const Target& target, size_t count);
 
   // The list that a path without keys names; null when it has no entries.
@@ -130,9 +182,6 @@ class Data {
 
  private:
   friend class PathWalk;
-
-  std::vector<Value> ParseKeys(const SchemaNode& list,
-                               const std::vector<std::string>& keys) const;
 
   const Schema* schema_;
   // Its own, and those that others share with it.

@@ -45,7 +45,7 @@ TEST_F(SessionTest, TransactionsHaveHandlesOfTheirOwn) {
   EXPECT_NE(first, second);
   EXPECT_GT(first, 0);
   EXPECT_EQ(ErrorOf([&] { sessions_.Maapi(a, second); }),
-            "22: no transaction " + std::to_string(second) + " on socket " +
+            "61: no transaction " + std::to_string(second) + " on socket " +
                 std::to_string(a));
   sessions_.Close(a);
   sessions_.Close(b);
