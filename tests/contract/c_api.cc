@@ -31,6 +31,7 @@ std::string TypeText(const confd_value_t& value) {
       {C_BIT32, "C_BIT32"},
       {C_BIT64, "C_BIT64"},
       {C_LIST, "C_LIST"},
+      {C_DEFAULT, "C_DEFAULT"},
       {C_OBJECTREF, "C_OBJECTREF"},
       {C_BINARY, "C_BINARY"},
       {C_IPV4PREFIX, "C_IPV4PREFIX"},
@@ -65,6 +66,7 @@ std::string Show(const confd_value_t& value) {
   switch (value.type) {
     case C_NOEXISTS:
     case C_XMLTAG:
+    case C_DEFAULT:
     case C_EMPTY:
     case C_IDENTITYREF:
       return text;
@@ -111,6 +113,12 @@ std::string ErrorName(int error) {
       return "NOSESSION";
     case CONFD_ERR_UNAVAILABLE:
       return "UNAVAILABLE";
+    case CONFD_ERR_NOSTACK:
+      return "NOSTACK";
+    case CONFD_ERR_NOTMOVABLE:
+      return "NOTMOVABLE";
+    case CONFD_ERR_NOTRANS:
+      return "NOTRANS";
     default:
       return "error " + std::to_string(error);
   }
@@ -145,21 +153,16 @@ void CApiTest::Open(const std::string& config, const std::string& before,
   th_ = handles.thandle;
 }
 
-void CApiTest::OpenZoo(const std::string& inside, const std::string& beside) {
-  std::string config =
-      "<config xmlns=\"http://tail-f.com/ns/config/1.0\" "
-      "xmlns:zoo=\"urn:test:zoo\" xmlns:zt=\"urn:test:zoo-types\" "
-      "xmlns:zm=\"urn:test:zoo-more\">";
-  // The elements at the top are in the zoo's namespace.
+std::string InNamespace(const std::string& elements, const std::string& ns) {
   size_t at = 0;
   int depth = 0;
-  std::string body = inside;
+  std::string body = elements;
   while ((at = body.find('<', at)) != std::string::npos) {
     size_t end = body.find('>', at);
     bool closes = body[at + 1] == '/';
     bool empty = body[end - 1] == '/';
     if (!closes && depth == 0) {
-      body.insert(empty ? end - 1 : end, " xmlns=\"urn:test:zoo\"");
+      body.insert(empty ? end - 1 : end, " xmlns=\"" + ns + "\"");
       end = body.find('>', at);
     }
     if (closes) {
@@ -169,7 +172,16 @@ void CApiTest::OpenZoo(const std::string& inside, const std::string& beside) {
     }
     at = end;
   }
-  Open(config + body + beside + "</config>", "zoo", "zoo");
+  return body;
+}
+
+void CApiTest::OpenZoo(const std::string& inside, const std::string& beside) {
+  const std::string config =
+      "<config xmlns=\"http://tail-f.com/ns/config/1.0\" "
+      "xmlns:zoo=\"urn:test:zoo\" xmlns:zt=\"urn:test:zoo-types\" "
+      "xmlns:zm=\"urn:test:zoo-more\">";
+  Open(config + InNamespace(inside, "urn:test:zoo") + beside + "</config>",
+       "zoo", "zoo");
 }
 
 std::string CApiTest::Get(const std::string& path) const {

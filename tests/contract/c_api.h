@@ -34,6 +34,9 @@ kit::control::Database OpenDatabase(const std::string& config,
                                     const std::string& before,
                                     const std::string& after);
 
+// Puts the elements at the top of a text into a namespace.
+std::string InNamespace(const std::string& elements, const std::string& ns);
+
 class CApiTest : public testing::Test {
  protected:
   // Opens a configuration of the zoo models; `inside` stands in its
