@@ -1,10 +1,10 @@
 /*
  * Reading and writing the upgrade transaction (MAAPI).
  *
- * Every call takes the MAAPI socket and the transaction handle first and a
- * printf-like key path last; all return CONFD_OK on success and CONFD_ERR with
- * confd_errno set on failure unless said otherwise. A path with a position
- * ("[n]") is BADPATH here.
+ * Every call takes the MAAPI socket and the transaction handle first and, where
+ * it has one, a printf-like key path last; all return CONFD_OK on success and
+ * CONFD_ERR with confd_errno set on failure unless said otherwise. A path with
+ * a position ("[n]") is BADPATH here.
  * Threads: see confd_lib.h.
  */
 #ifndef CONFD_MAAPI_H_
@@ -15,6 +15,138 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/*
+ * Declares a call with a key path, and its twin with a v that takes the
+ * arguments of the format as a va_list:
+ *
+ *   int maapi_create(int sock, int thandle, const char *fmt, ...);
+ *   int maapi_vcreate(int sock, int thandle, const char *fmt, va_list args);
+ */
+#define CONFD_KIT_MAAPI(name, ...)                                      \
+  CONFD_KIT_EXPORT int maapi_##name(__VA_ARGS__, const char *fmt, ...); \
+  CONFD_KIT_EXPORT int maapi_v##name(__VA_ARGS__, const char *fmt, va_list args)
+
+/* ---- Paths -------------------------------------------------------------- */
+
+/* Selects the namespace for the paths that follow. NOEXISTS: unknown hash. */
+CONFD_KIT_EXPORT int maapi_set_namespace(int sock, int thandle, int hashed_ns);
+
+/* As cdb_cd and its kin. */
+CONFD_KIT_MAAPI(cd, int sock, int thandle);
+CONFD_KIT_MAAPI(pushd, int sock, int thandle);
+CONFD_KIT_EXPORT int maapi_popd(int sock, int thandle);
+CONFD_KIT_EXPORT int maapi_getcwd(int sock, int thandle, size_t strsz,
+                                  char *curdir);
+/* *strsz becomes the length of the path, whether that fits or not. */
+CONFD_KIT_EXPORT int maapi_getcwd2(int sock, int thandle, size_t *strsz,
+                                   char *curdir);
+
+/* ---- Reading ------------------------------------------------------------ */
+
+/* Entries are read in bulk: no change here. */
+#define MAAPI_FLAG_HINT_BULK 1
+/* C_DEFAULT where a leaf has no value and its default holds. */
+#define MAAPI_FLAG_NO_DEFAULTS 2
+/* C_NOEXISTS for state nodes in arrays, and nothing for what is below them. */
+#define MAAPI_FLAG_CONFIG_ONLY 4
+
+/* How the transaction is read from now on; PROTOUSAGE: an unknown flag. */
+CONFD_KIT_EXPORT int maapi_set_flags(int sock, int thandle, int flags);
+
+/* 1 or 0; for a list path without keys 1, for the model has it. */
+CONFD_KIT_MAAPI(exists, int sock, int thandle);
+
+/* Entries of a list or values of a leaf-list. BADPATH: the model has none. */
+CONFD_KIT_MAAPI(num_instances, int sock, int thandle);
+
+/* As cdb_get_case. */
+CONFD_KIT_MAAPI(get_case, int sock, int thandle, const char *choice,
+                confd_value_t *rcase);
+
+/* One leaf, as cdb_get and its kin. */
+CONFD_KIT_MAAPI(get_elem, int sock, int thandle, confd_value_t *v);
+CONFD_KIT_MAAPI(get_int8_elem, int sock, int thandle, int8_t *rval);
+CONFD_KIT_MAAPI(get_int16_elem, int sock, int thandle, int16_t *rval);
+CONFD_KIT_MAAPI(get_int32_elem, int sock, int thandle, int32_t *rval);
+CONFD_KIT_MAAPI(get_int64_elem, int sock, int thandle, int64_t *rval);
+CONFD_KIT_MAAPI(get_u_int8_elem, int sock, int thandle, uint8_t *rval);
+CONFD_KIT_MAAPI(get_u_int16_elem, int sock, int thandle, uint16_t *rval);
+CONFD_KIT_MAAPI(get_u_int32_elem, int sock, int thandle, uint32_t *rval);
+CONFD_KIT_MAAPI(get_u_int64_elem, int sock, int thandle, uint64_t *rval);
+CONFD_KIT_MAAPI(get_bool_elem, int sock, int thandle, int *rval);
+CONFD_KIT_MAAPI(get_double_elem, int sock, int thandle, double *rval);
+CONFD_KIT_MAAPI(get_enum_value_elem, int sock, int thandle, int32_t *rval);
+CONFD_KIT_MAAPI(get_bit32_elem, int sock, int thandle, uint32_t *rval);
+CONFD_KIT_MAAPI(get_bit64_elem, int sock, int thandle, uint64_t *rval);
+CONFD_KIT_MAAPI(get_ipv4_elem, int sock, int thandle, struct in_addr *rval);
+CONFD_KIT_MAAPI(get_ipv6_elem, int sock, int thandle, struct in6_addr *rval);
+CONFD_KIT_MAAPI(get_dquad_elem, int sock, int thandle,
+                struct confd_dotted_quad *rval);
+CONFD_KIT_MAAPI(get_ipv4prefix_elem, int sock, int thandle,
+                struct confd_ipv4_prefix *rval);
+CONFD_KIT_MAAPI(get_ipv6prefix_elem, int sock, int thandle,
+                struct confd_ipv6_prefix *rval);
+CONFD_KIT_MAAPI(get_ipv4_and_plen_elem, int sock, int thandle,
+                struct confd_ipv4_prefix *rval);
+CONFD_KIT_MAAPI(get_ipv6_and_plen_elem, int sock, int thandle,
+                struct confd_ipv6_prefix *rval);
+CONFD_KIT_MAAPI(get_datetime_elem, int sock, int thandle,
+                struct confd_datetime *rval);
+CONFD_KIT_MAAPI(get_date_elem, int sock, int thandle, struct confd_date *rval);
+CONFD_KIT_MAAPI(get_time_elem, int sock, int thandle, struct confd_time *rval);
+CONFD_KIT_MAAPI(get_duration_elem, int sock, int thandle,
+                struct confd_duration *rval);
+CONFD_KIT_MAAPI(get_decimal64_elem, int sock, int thandle,
+                struct confd_decimal64 *rval);
+CONFD_KIT_MAAPI(get_identityref_elem, int sock, int thandle,
+                struct confd_identityref *rval);
+CONFD_KIT_MAAPI(get_buf_elem, int sock, int thandle, unsigned char **rval,
+                int *bufsiz);
+CONFD_KIT_MAAPI(get_binary_elem, int sock, int thandle, unsigned char **rval,
+                int *bufsiz);
+CONFD_KIT_MAAPI(get_hexstr_elem, int sock, int thandle, unsigned char **rval,
+                int *bufsiz);
+CONFD_KIT_MAAPI(get_bitbig_elem, int sock, int thandle, unsigned char **rval,
+                int *bufsiz);
+CONFD_KIT_MAAPI(get_qname_elem, int sock, int thandle, unsigned char **prefix,
+                int *prefixsz, unsigned char **name, int *namesz);
+CONFD_KIT_MAAPI(get_list_elem, int sock, int thandle, confd_value_t **values,
+                int *n);
+/* Copies a string with its NUL into n bytes. PROTOUSAGE: it does not fit. */
+CONFD_KIT_MAAPI(get_str_elem, int sock, int thandle, char *rval, int n);
+
+/*
+ * Reads an entry or container. Returns the number of values that it has; only
+ * the first n are stored. NOEXISTS: it is not there.
+ */
+CONFD_KIT_MAAPI(get_object, int sock, int thandle, confd_value_t *values,
+                int n);
+
+/* ---- Writing ------------------------------------------------------------ */
+
+/*
+ * Creates a list entry, presence container or empty leaf. ALREADY_EXISTS: it
+ * is there. NOEXISTS: a parent is missing.
+ */
+CONFD_KIT_EXPORT int maapi_create(int sock, int thandle, const char *fmt, ...);
+
+/* Deletes what can be created, or an optional leaf. NOEXISTS: it is absent. */
+CONFD_KIT_EXPORT int maapi_delete(int sock, int thandle, const char *fmt, ...);
+
+/* BADTYPE: not the leaf's type. NOEXISTS: a parent is missing. */
+CONFD_KIT_EXPORT int maapi_set_elem(int sock, int thandle, confd_value_t *v,
+                                    const char *fmt, ...);
+
+/*
+ * Writes an entry or container. With the path of a list the keys are taken
+ * from the values; with the path of an entry the keys among the values are
+ * ignored. Creates what is missing; a C_NOEXISTS value deletes that leaf.
+ */
+CONFD_KIT_MAAPI(set_object, int sock, int thandle, const confd_value_t *values,
+                int n);
+
+/* ---- Walking over a list ------------------------------------------------ */
 
 enum confd_find_next_type { CONFD_FIND_NEXT = 0, CONFD_FIND_SAME_OR_NEXT = 1 };
 
@@ -31,46 +163,6 @@ struct maapi_cursor {
   int thandle;
   void *impl;
 };
-
-/* 1 or 0; for a list path without keys 1, for the model has it. */
-CONFD_KIT_EXPORT int maapi_exists(int sock, int thandle, const char *fmt, ...);
-
-/* ALREADY_EXISTS: the entry is there. NOEXISTS: a parent entry is missing. */
-CONFD_KIT_EXPORT int maapi_create(int sock, int thandle, const char *fmt, ...);
-
-/* Deletes a list entry or an optional leaf. NOEXISTS: it is absent. */
-CONFD_KIT_EXPORT int maapi_delete(int sock, int thandle, const char *fmt, ...);
-
-/* The value belongs to the caller: confd_free_value releases it. */
-CONFD_KIT_EXPORT int maapi_get_elem(int sock, int thandle, confd_value_t *v,
-                                    const char *fmt, ...);
-CONFD_KIT_EXPORT int maapi_get_u_int32_elem(int sock, int thandle,
-                                            uint32_t *rval, const char *fmt,
-                                            ...);
-
-/*
- * Reads one entry. Returns the number of values that the entry needs; only the
- * first n are stored.
- */
-CONFD_KIT_EXPORT int maapi_get_object(int sock, int thandle,
-                                      confd_value_t *values, int n,
-                                      const char *fmt, ...);
-
-/* BADTYPE: not the leaf's type. NOEXISTS: the entry is missing. */
-CONFD_KIT_EXPORT int maapi_set_elem(int sock, int thandle, confd_value_t *v,
-                                    const char *fmt, ...);
-
-/*
- * Writes one entry. With the path of a list the keys are taken from the values;
- * with the path of an entry the keys among the values are ignored. Creates what
- * is missing; a C_NOEXISTS value deletes that leaf.
- */
-CONFD_KIT_EXPORT int maapi_set_object(int sock, int thandle,
-                                      const confd_value_t *values, int n,
-                                      const char *fmt, ...);
-
-/* Selects the namespace for the paths that follow. NOEXISTS: unknown hash. */
-CONFD_KIT_EXPORT int maapi_set_namespace(int sock, int thandle, int hashed_ns);
 
 /* Places a cursor before the first entry of a list. */
 CONFD_KIT_EXPORT int maapi_init_cursor(int sock, int thandle,
