@@ -8,11 +8,53 @@ void PageTest::OpenFarm(const std::string& inside) {
        "farm", "farm");
 }
 
+std::string PageTest::CdbObject(const std::string& path) const {
+  confd_value_t values[64];
+  const int count = cdb_get_object(cdb_, values, 64, "%s", path.c_str());
+  if (count < 0) return ErrorName(confd_errno);
+  std::string text = Show(values, count);
+  for (int i = 0; i < count; ++i) confd_free_value(&values[i]);
+  return text;
+}
+
+std::string PageTest::CdbGet(const std::string& path) const {
+  confd_value_t value;
+  if (cdb_get(cdb_, &value, "%s", path.c_str()) != CONFD_OK) {
+    return ErrorName(confd_errno);
+  }
+  std::string text = Show(value);
+  confd_free_value(&value);
+  return text;
+}
+
 std::string PageTest::SetObject(const std::string& path,
                                 std::vector<confd_value_t> values) const {
   return Outcome(maapi_set_object(maapi_, th_, values.data(),
                                   static_cast<int>(values.size()), "%s",
                                   path.c_str()));
+}
+
+std::string PageTest::CaseName(const confd_value_t& value) const {
+  if (value.type == C_DEFAULT) return "default";
+  const char* names[] = {"dry", "wet", "water", "milk", "dark", "bright"};
+  confd_value_t tags[6];
+  EXPECT_EQ(maapi_get_object(maapi_, th_, tags, 6, "/names"), 6);
+  for (int i = 0; i < 6; ++i) {
+    if (CONFD_GET_XMLTAG(&tags[i]) == CONFD_GET_XMLTAG(&value) &&
+        CONFD_GET_XMLTAG_NS(&tags[i]) == CONFD_GET_XMLTAG_NS(&value)) {
+      return names[i];
+    }
+  }
+  return "?";
+}
+
+int ByList(const std::function<int(const char*, va_list)>& twin,
+           const char* fmt, ...) {
+  va_list args;
+  va_start(args, fmt);
+  const int result = twin(fmt, args);
+  va_end(args);
+  return result;
 }
 
 confd_value_t XmlTag() {

@@ -11,16 +11,16 @@ constexpr char kBarn[] =
 
 TEST_F(ConfdLibCdbPage, StateNodesHaveTheirPlacesInArrays) {
   OpenFarm("<barn><doors>2</doors></barn>");
-  EXPECT_EQ(Object("/barn"), kBarn);
+  EXPECT_EQ(CdbObject("/barn"), kBarn);
   OpenFarm("<barn><loft><hay>3</hay></loft></barn>");
   // Also in a presence container.
-  EXPECT_EQ(Object("/barn/loft"), "C_UINT16 3, C_NOEXISTS");
+  EXPECT_EQ(CdbObject("/barn/loft"), "C_UINT16 3, C_NOEXISTS");
 }
 
 TEST_F(ConfdLibCdbPage, StateLeavesHaveNoDefaultInAConfigurationSession) {
   OpenFarm("<barn/>");
-  EXPECT_EQ(Get("/barn/warmth"), "NOEXISTS");
-  EXPECT_EQ(Get("/barn/roof"), "C_BUF straw");
+  EXPECT_EQ(CdbGet("/barn/warmth"), "NOEXISTS");
+  EXPECT_EQ(CdbGet("/barn/roof"), "C_BUF straw");
   EXPECT_EQ(cdb_exists(cdb_, "/barn/warmth"), 0);
 }
 
@@ -36,6 +36,14 @@ TEST_F(ConfdLibMaapiPage, StateNodesHaveTheirPlacesInArrays) {
   OpenFarm("<barn><doors>2</doors></barn>");
   EXPECT_EQ(Object("/barn"), kBarn);
   EXPECT_EQ(Object("/barn/meter"), "C_NOEXISTS, C_NOEXISTS");
+}
+
+TEST_F(ConfdLibMaapiPage, ConfigOnlyMakesStateContainersOneElement) {
+  OpenFarm("<barn><doors>2</doors></barn>");
+  ASSERT_EQ(maapi_set_flags(maapi_, th_, MAAPI_FLAG_CONFIG_ONLY), CONFD_OK);
+  EXPECT_EQ(Object("/barn"),
+            "C_UINT8 2, C_NOEXISTS, C_NOEXISTS, C_BUF straw, C_NOEXISTS, "
+            "C_NOEXISTS, C_NOEXISTS, C_NOEXISTS, C_NOEXISTS");
 }
 
 TEST_F(ConfdLibMaapiPage, StateNodesAreNotWritable) {
@@ -70,6 +78,20 @@ TEST_F(ConfdLibMaapiPage, SetObjectRefusesValuesForStateNodes) {
   EXPECT_EQ(SetObject("/barn", {Uint8(4), NoExists(), XmlTag()}),
             "NOT_WRITABLE");
   EXPECT_EQ(Get("/barn/doors"), "NOEXISTS");
+}
+
+TEST_F(ConfdLibMaapiPage, ArraysReadAsConfigurationAloneCanBeWrittenBack) {
+  OpenFarm("<barn><doors>2</doors><loft><hay>3</hay></loft></barn>");
+  ASSERT_EQ(maapi_set_flags(maapi_, th_, MAAPI_FLAG_CONFIG_ONLY), CONFD_OK);
+  confd_value_t values[16];
+  const int n = maapi_get_object(maapi_, th_, values, 16, "/barn");
+  ASSERT_GT(n, 0);
+  ASSERT_EQ(Delete("/barn/doors"), "ok");
+  ASSERT_EQ(Delete("/barn/loft"), "ok");
+  EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, values, n, "/barn")), "ok");
+  EXPECT_EQ(Get("/barn/doors"), "C_UINT8 2");
+  EXPECT_EQ(Get("/barn/loft/hay"), "C_UINT16 3");
+  for (int i = 0; i < n; ++i) confd_free_value(&values[i]);
 }
 
 TEST_F(ConfdLibMaapiPage, StateDataOfAConfigurationIsRefused) {
