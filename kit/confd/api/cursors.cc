@@ -1,3 +1,4 @@
+// Walks over the entries of a list.
 #include <confd_maapi.h>
 
 #include <algorithm>
@@ -81,10 +82,34 @@ const store::List* ListOf(const Scope& scope, const store::Cursor& cursor) {
   return store::Data::ListOf(target);
 }
 
+// What would have to be obeyed and can't: a walk that went on without it would
+// meet other entries than on a device.
+void RequireKeyOrder(const maapi_cursor& mc) {
+  if (mc.secondary_index == nullptr) return;
+  throw Error(ErrorCode::kUnavailable,
+              "this library walks by no secondary index");
+}
+void RequireNoFilter(const maapi_cursor& mc) {
+  if (mc.xpath_expr == nullptr) return;
+  throw Error(ErrorCode::kUnavailable, "this library filters by no expression");
+}
+
+// The entry that comes next; null at the end.
+const store::Node* EntryBehind(const store::Cursor& cursor,
+                               const store::List* list) {
+  if (list == nullptr) return nullptr;
+  return cursor.started ? list->After(cursor.place) : list->First();
+}
+
+void ShowKeys(const store::Cursor& cursor, maapi_cursor& mc) {
+  auto& visible = *static_cast<VisibleKeys*>(cursor.attachment.get());
+  visible.Set(cursor.place.keys);
+  visible.Show(mc);
+}
+
 // Moves to an entry, or past the end without one, and shows its keys.
 int MoveCursor(Call& call, store::Cursor& cursor, const store::List* list,
                const store::Node* entry, maapi_cursor& mc) {
-  auto& visible = *static_cast<VisibleKeys*>(cursor.attachment.get());
   cursor.started = true;
   cursor.ended = entry == nullptr;
   if (entry == nullptr) {
@@ -92,11 +117,21 @@ int MoveCursor(Call& call, store::Cursor& cursor, const store::List* list,
     return CONFD_OK;
   }
   list->SetPlace(*entry, cursor.place);
-  visible.Set(cursor.place.keys);
-  visible.Show(mc);
+  ShowKeys(cursor, mc);
   call.Output(mc.keys, cursor.place.keys.size());
   call.KeepOwnership();
   return CONFD_OK;
+}
+
+// No number but BADPATH is listed for keys that can't be any.
+store::Value KeyFromC(const store::SchemaNode& key,
+                      const confd_value_t& value) {
+  try {
+    return key.type->Check(FromC(value));
+  } catch (const Error& error) {
+    throw Error(ErrorCode::kBadPath,
+                "key \"" + key.name + "\": " + error.what());
+  }
 }
 
 // A call on a cursor: body(call, scope, cursor). A failed call leaves n at 0,
@@ -123,48 +158,93 @@ int CursorCall(const char* function, maapi_cursor* mc, const Body& body) {
 
 extern "C" {
 
-int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc,
-                      const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  int result =
-      MaapiCall("maapi_init_cursor", sock, thandle, fmt, args,
-                [&](Call& call, Scope& scope, const store::Target& target) {
-                  RequirePointer(mc, "the cursor");
-                  store::Data::ListOf(target);  // it must be a list
-                  auto cursor = std::make_unique<store::Cursor>();
-                  cursor->list_path = keypath::Parse(call.path());
-                  cursor->path_text = call.path();
-                  cursor->selected = scope.rules.selected;
-                  cursor->attachment = std::make_shared<VisibleKeys>();
-                  *mc = {};
-                  for (confd_value_t& key : mc->keys) key.type = C_NOEXISTS;
-                  mc->n = static_cast<int>(target.schema->key_count);
-                  mc->sock = sock;
-                  mc->thandle = thandle;
-                  mc->impl = cursor.get();
-                  scope.session->cursors[cursor.get()] = std::move(cursor);
-                  return CONFD_OK;
-                });
-  va_end(args);
-  return result;
+int maapi_vinit_cursor(int sock, int thandle, struct maapi_cursor* mc,
+                       const char* fmt, va_list args) {
+  return MaapiCall("maapi_init_cursor", sock, thandle, fmt, args,
+                   [&](Call& call, Scope& scope, const store::Target& target) {
+                     RequirePointer(mc, "the cursor");
+                     store::Data::ListOf(target);  // it must be a list
+                     auto cursor = std::make_unique<store::Cursor>();
+                     cursor->path_text = call.AbsoluteText();
+                     cursor->list_path = keypath::Parse(cursor->path_text);
+                     cursor->selected = scope.rules.selected;
+                     cursor->attachment = std::make_shared<VisibleKeys>();
+                     *mc = {};
+                     for (confd_value_t& key : mc->keys) key.type = C_NOEXISTS;
+                     mc->n = static_cast<int>(target.schema->key_count);
+                     mc->sock = sock;
+                     mc->thandle = thandle;
+                     mc->impl = cursor.get();
+                     scope.session->cursors[cursor.get()] = std::move(cursor);
+                     return CONFD_OK;
+                   });
 }
+KIT_TWIN(maapi_init_cursor, maapi_vinit_cursor,
+         (int sock, int thandle, struct maapi_cursor* mc), (sock, thandle, mc))
 
 int maapi_get_next(struct maapi_cursor* mc) {
   return CursorCall("maapi_get_next", mc,
                     [&](Call& call, Scope& scope, store::Cursor& cursor) {
+                      RequireKeyOrder(*mc);
+                      RequireNoFilter(*mc);
                       if (cursor.ended) {
                         mc->n = 0;
                         return CONFD_OK;
                       }
                       const store::List* list = ListOf(scope, cursor);
-                      const store::Node* entry = nullptr;
-                      if (list != nullptr) {
-                        entry = cursor.started ? list->After(cursor.place)
-                                               : list->First();
-                      }
+                      const store::Node* entry = EntryBehind(cursor, list);
                       return MoveCursor(call, cursor, list, entry, *mc);
                     });
+}
+
+int maapi_get_objects(struct maapi_cursor* mc, confd_value_t* values, int n,
+                      int* nobj) {
+  size_t most = 0;
+  const int result = CursorCall(
+      "maapi_get_objects", mc,
+      [&](Call& call, Scope& scope, store::Cursor& cursor) {
+        RequireKeyOrder(*mc);
+        RequireNoFilter(*mc);
+        RequirePointer(nobj, "the number of objects");
+        call.Input([&] {
+          return "n " + std::to_string(n) + " nobj " + std::to_string(*nobj);
+        });
+        if (n < 0 || *nobj < 0) {
+          throw Error(ErrorCode::kProtoUsage, "a negative count");
+        }
+        if (n > 0 && *nobj > 0) RequirePointer(values, "the values");
+        const auto width = static_cast<size_t>(n);
+        const store::List* list = ListOf(scope, cursor);
+        std::vector<size_t> filled;
+        std::vector<store::Element> elements;
+        const store::Node* last = nullptr;
+        while (filled.size() < static_cast<size_t>(*nobj) && !cursor.ended) {
+          const store::Node* entry = EntryBehind(cursor, list);
+          cursor.ended = entry == nullptr;
+          if (entry == nullptr) break;
+          last = entry;
+          cursor.started = true;
+          list->SetPlace(*entry, cursor.place);
+          elements.clear();
+          store::Data::ReadObject(*entry, scope.reads, elements);
+          most = std::max(most, elements.size());
+          confd_value_t* const object = values + filled.size() * width;
+          filled.push_back(std::min(width, elements.size()));
+          for (size_t k = 0; k < filled.back(); ++k) {
+            object[k] = ToC(elements[k]);
+          }
+        }
+        const bool has_all = filled.size() == static_cast<size_t>(*nobj);
+        *nobj = static_cast<int>(filled.size());
+        if (!has_all) {
+          mc->n = 0;
+        } else if (last != nullptr) {
+          ShowKeys(cursor, *mc);
+        }
+        call.Output(values, width, std::move(filled));
+        return CONFD_OK;
+      });
+  return result == CONFD_OK ? static_cast<int>(most) : result;
 }
 
 int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
@@ -175,10 +255,15 @@ int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
         const store::SchemaNode& list =
             *scope.data->Find(cursor.list_path, {false, cursor.selected})
                  .schema;
-        if (n_inkeys < 0 || static_cast<size_t>(n_inkeys) > list.key_count) {
+        RequireKeyOrder(*mc);
+        if (n_inkeys < 0) {
           throw Error(ErrorCode::kProtoUsage,
-                      std::to_string(n_inkeys) + " keys for a list with " +
-                          std::to_string(list.key_count));
+                      std::to_string(n_inkeys) + " is no number of keys");
+        }
+        if (static_cast<size_t>(n_inkeys) > list.key_count) {
+          throw Error(ErrorCode::kBadPath, std::to_string(n_inkeys) +
+                                               " keys for a list with " +
+                                               std::to_string(list.key_count));
         }
         if (n_inkeys > 0) RequirePointer(inkeys, "the keys");
         if (type != CONFD_FIND_NEXT && type != CONFD_FIND_SAME_OR_NEXT) {
@@ -193,7 +278,7 @@ int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
         std::vector<store::Value> from;
         from.reserve(count);
         for (size_t i = 0; i < count; ++i) {
-          from.push_back(list.children[i]->type->Check(FromC(inkeys[i])));
+          from.push_back(KeyFromC(*list.children[i], inkeys[i]));
         }
         const store::List* entries = ListOf(scope, cursor);
         const store::Node* entry = nullptr;

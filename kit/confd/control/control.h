@@ -157,7 +157,7 @@ KIT_CONTROL_EXPORT void CloseCalls();
 // One finished call of the C API. The views live as long as the callback.
 struct Call {
   uint64_t number;            // counts from 1 since the last SetObserver
-  std::string_view function;  // "maapi_set_elem"
+  std::string_view function;  // "maapi_set_elem"; of a v twin its call's name
   std::string_view path;      // formatted key path, "" for calls without one
   std::string_view input;     // other arguments: "C_UINT32 1", "hash 448085882"
   std::string_view output;    // what was handed out: "C_UINT32 7"

@@ -129,14 +129,15 @@ CONFD_KIT_MAAPI(get_object, int sock, int thandle, confd_value_t *values,
  * Creates a list entry, presence container or empty leaf. ALREADY_EXISTS: it
  * is there. NOEXISTS: a parent is missing.
  */
-CONFD_KIT_EXPORT int maapi_create(int sock, int thandle, const char *fmt, ...);
+CONFD_KIT_MAAPI(create, int sock, int thandle);
 
 /* Deletes what can be created, or an optional leaf. NOEXISTS: it is absent. */
-CONFD_KIT_EXPORT int maapi_delete(int sock, int thandle, const char *fmt, ...);
+CONFD_KIT_MAAPI(delete, int sock, int thandle);
 
 /* BADTYPE: not the leaf's type. NOEXISTS: a parent is missing. */
-CONFD_KIT_EXPORT int maapi_set_elem(int sock, int thandle, confd_value_t *v,
-                                    const char *fmt, ...);
+CONFD_KIT_MAAPI(set_elem, int sock, int thandle, confd_value_t *v);
+/* The same with the value's text. */
+CONFD_KIT_MAAPI(set_elem2, int sock, int thandle, const char *strval);
 
 /*
  * Writes an entry or container. With the path of a list the keys are taken
@@ -146,6 +147,26 @@ CONFD_KIT_EXPORT int maapi_set_elem(int sock, int thandle, confd_value_t *v,
 CONFD_KIT_MAAPI(set_object, int sock, int thandle, const confd_value_t *values,
                 int n);
 
+/*
+ * Gives an entry other keys. ALREADY_EXISTS: an entry has them. NOTMOVABLE:
+ * they can't be keys of the list.
+ */
+CONFD_KIT_MAAPI(move, int sock, int thandle, confd_value_t *tokey, int n);
+
+enum maapi_move_where {
+  MAAPI_MOVE_FIRST = 1,
+  MAAPI_MOVE_BEFORE = 2,
+  MAAPI_MOVE_AFTER = 3,
+  MAAPI_MOVE_LAST = 4
+};
+
+/*
+ * Moves an entry of a list that the user orders: to the front, to the end, or
+ * next to the entry with the n keys. NOTMOVABLE: the list has another order.
+ */
+CONFD_KIT_MAAPI(move_ordered, int sock, int thandle,
+                enum maapi_move_where where, confd_value_t *tokey, int n);
+
 /* ---- Walking over a list ------------------------------------------------ */
 
 enum confd_find_next_type { CONFD_FIND_NEXT = 0, CONFD_FIND_SAME_OR_NEXT = 1 };
@@ -153,11 +174,15 @@ enum confd_find_next_type { CONFD_FIND_NEXT = 0, CONFD_FIND_SAME_OR_NEXT = 1 };
 /*
  * Walks the entries of one list. Programs read keys[0 .. n-1]; the library owns
  * the keys, and n is 0 once there is no further entry. After a successful
- * maapi_init_cursor n is the number of keys that the list has.
+ * maapi_init_cursor n is the number of keys that the list has, and the other
+ * public members are NULL.
  */
 struct maapi_cursor {
   confd_value_t keys[MAXKEYLEN];
   int n;
+  /* To be set before the first step. UNAVAILABLE: this library has neither. */
+  char *secondary_index;
+  char *xpath_expr;
   /* Private. */
   int sock;
   int thandle;
@@ -165,9 +190,7 @@ struct maapi_cursor {
 };
 
 /* Places a cursor before the first entry of a list. */
-CONFD_KIT_EXPORT int maapi_init_cursor(int sock, int thandle,
-                                       struct maapi_cursor *mc, const char *fmt,
-                                       ...);
+CONFD_KIT_MAAPI(init_cursor, int sock, int thandle, struct maapi_cursor *mc);
 /* Moves to the next entry. */
 CONFD_KIT_EXPORT int maapi_get_next(struct maapi_cursor *mc);
 /*
@@ -178,6 +201,14 @@ CONFD_KIT_EXPORT int maapi_get_next(struct maapi_cursor *mc);
 CONFD_KIT_EXPORT int maapi_find_next(struct maapi_cursor *mc,
                                      enum confd_find_next_type type,
                                      confd_value_t *inkeys, int n_inkeys);
+/*
+ * Reads the entries behind the cursor, at most *nobj, and moves it to the last
+ * of them; object i starts at values[i * n] and takes at most n values. Returns
+ * the highest number of values that one of them has. Where fewer are left,
+ * *nobj becomes their number and mc->n 0.
+ */
+CONFD_KIT_EXPORT int maapi_get_objects(struct maapi_cursor *mc,
+                                       confd_value_t *values, int n, int *nobj);
 CONFD_KIT_EXPORT void maapi_destroy_cursor(struct maapi_cursor *mc);
 
 #ifdef __cplusplus
