@@ -134,9 +134,9 @@ TEST_F(CursorsTest, FewerKeysStandBeforeEveryEntryWithThatPrefix) {
 
 TEST_F(CursorsTest, FindNextChecksItsKeys) {
   Start("/object");
-  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint8(1)}), "BADTYPE");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint8(1)}), "BADPATH");
   EXPECT_EQ(mc_.n, 0);
-  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint32(1), Uint32(1)}), "PROTOUSAGE");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint32(1), Uint32(1)}), "BADPATH");
   maapi_destroy_cursor(&mc_);
 }
 

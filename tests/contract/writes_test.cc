@@ -228,7 +228,7 @@ TEST_F(WritesTest, BytesThatAreNoTextDoNotGetIn) {
       struct maapi_cursor cursor;
       ASSERT_EQ(maapi_init_cursor(maapi_, th_, &cursor, "%s", list), CONFD_OK);
       EXPECT_EQ(Outcome(maapi_find_next(&cursor, CONFD_FIND_NEXT, &key, 1)),
-                "BADTYPE")
+                "BADPATH")
           << list;
       maapi_destroy_cursor(&cursor);
     }
