@@ -134,11 +134,9 @@ kit::control::Database OpenDatabase(const std::string& config,
                                     const std::string& before,
                                     const std::string& after) {
   const std::string models = std::string(TEST_SOURCE_ROOT) + "/tests/models/";
-  const std::map<std::string, uint32_t> hashes = {{"zoo", 1001},
-                                                  {"alpha", 0x80000001},
-                                                  {"beta", 1003},
-                                                  {"absent", 1004},
-                                                  {"zoo-more", 1005}};
+  const std::map<std::string, uint32_t> hashes = {
+      {"zoo", 1001},    {"alpha", 0x80000001}, {"beta", 1003},
+      {"absent", 1004}, {"zoo-more", 1005},    {"types", 1006}};
   return kit::control::Database::Open({models + before, hashes},
                                       {models + after, hashes}, config, "test");
 }

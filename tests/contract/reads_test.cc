@@ -69,7 +69,7 @@ TEST_F(ReadsTest, EachTypeOfTheModelsHasItsTag) {
       {"bitbig", "C_BITBIG of 9 bytes"},
       {"dec", "C_DECIMAL64 -1.50"},
       {"bin", "C_BINARY AAEC"},
-      {"flag", "C_EMPTY"},
+      {"flag", "BADTYPE"},  // it has none
       {"kin", "C_IDENTITYREF"},
       {"ip4", "C_IPV4 10.0.0.1"},
       {"ip4-bare", "C_IPV4 10.0.0.2"},

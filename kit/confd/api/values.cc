@@ -270,10 +270,11 @@ confd_value_t ToC(const Element& element) {
     c.type = C_DEFAULT;
     return c;
   }
-  if (element.schema->kind == store::NodeKind::kLeaf) {
+  const bool is_flag = element.schema->is_flag;
+  if (element.schema->kind == store::NodeKind::kLeaf && !is_flag) {
     return ToC(element.value());
   }
-  if (element.schema->IsContainer()) {
+  if (is_flag || element.schema->IsContainer()) {
     c.type = C_XMLTAG;
     c.val.xmltag = {TagOf(*element.schema), element.schema->module->hash};
     return c;
@@ -318,7 +319,7 @@ Value FromC(const confd_value_t& value) {
 NewElement ElementFromC(const confd_value_t& value) {
   NewElement element;
   if (value.type == C_XMLTAG) {
-    element.is_container = true;
+    element.is_present = true;
   } else if (value.type == C_LIST) {
     element.items.emplace();
     if (SizeOf(value.val.list) != value.val.list.size) FailForNull("C_LIST");

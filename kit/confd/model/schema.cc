@@ -239,6 +239,8 @@ void Schema::FinishNode(SchemaNode& node) {
     SchemaNode& child = *node.children[i];
     child.slot = i;
     child.in_choice = node.in_choice || !child.cases.empty();
+    child.is_flag = child.kind == NodeKind::kLeaf && !child.is_key() &&
+                    child.type->value_type() == ValueType::kEmpty;
     node.by_name[child.name].push_back(&child);
   }
   for (const auto& child_node : node.children) {

@@ -74,6 +74,8 @@ struct SchemaNode {
   std::optional<Value> default_value;  // leaf
   std::vector<Value> default_values;   // leaf-list
   bool mandatory = false;              // leaf
+  // A leaf of type empty that is no key: there or not, but without a value.
+  bool is_flag = false;
 
   // Of a list that stands in no other: constraints see one entry at a time, and
   // of an entry no more than what is set in it and the values that decide. So

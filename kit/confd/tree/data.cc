@@ -50,6 +50,11 @@ void AppendChildren(const Node& node, ReadRules rules,
   }
 }
 
+// A leaf of type empty has none to be read or set.
+bool HasAValue(const SchemaNode& leaf) {
+  return leaf.kind == NodeKind::kLeaf && !leaf.is_flag;
+}
+
 Value Checked(const SchemaNode& leaf, const Value& value) {
   try {
     return leaf.type->Check(value);
@@ -82,7 +87,7 @@ class ObjectWriter {
     Walk(schema, entry);
     for (; next_ < elements_.size(); ++next_) {
       const NewElement& left = elements_[next_];
-      if (left.value || left.items || left.is_container) {
+      if (left.value || left.items || left.is_present) {
         Fail(ErrorCode::kBadType, Value(next_) +
                                       " stands behind the last node of what "
                                       "is written");
@@ -106,7 +111,7 @@ class ObjectWriter {
       } else {
         CheckElement(child, element, node);
       }
-      if (element.is_container) {
+      if (element.is_present && !child.is_flag) {
         Walk(child, node == nullptr ? nullptr : node->Container(child));
       }
     }
@@ -115,19 +120,19 @@ class ObjectWriter {
   void CheckElement(const SchemaNode& child, NewElement& element,
                     const Node* node) const {
     const bool deletes =
-        !element.value && !element.items && !element.is_container;
+        !element.value && !element.items && !element.is_present;
     if (child.is_state) {
       if (deletes) return;
       Fail(ErrorCode::kNotWritable, Value(next_ - 1) + " is for \"" +
                                         child.name + "\", which is state data");
     }
-    bool is_leaf = child.kind == NodeKind::kLeaf;
     bool is_leaf_list = child.kind == NodeKind::kLeafList;
     bool is_container = child.kind == NodeKind::kContainer;
     // A list inside takes one empty element and is written by itself.
-    if ((element.value && !is_leaf) || (element.items && !is_leaf_list) ||
-        (element.is_container && !child.IsContainer()) ||
-        (is_container && !element.is_container)) {
+    if ((element.value && !HasAValue(child)) ||
+        (element.items && !is_leaf_list) ||
+        (element.is_present && !child.IsContainer() && !child.is_flag) ||
+        (is_container && !element.is_present)) {
       Fail(ErrorCode::kBadType,
            Value(next_ - 1) + " does not fit the node \"" + child.name + "\"");
     }
@@ -149,7 +154,9 @@ class ObjectWriter {
       node.SetLeaf(child, *element.value);
     } else if (element.items) {
       node.SetLeafList(child, *element.items);
-    } else if (element.is_container) {
+    } else if (element.is_present && child.is_flag) {
+      node.SetLeaf(child, Value::Number(ValueType::kEmpty, 0));
+    } else if (element.is_present) {
       node.MakeContainer(child);
     } else if (child.kind != NodeKind::kList && !child.is_state) {
       node.Clear(child);
@@ -441,6 +448,9 @@ Element Data::TryGet(const Target& target, ReadRules rules,
     refusal = {ErrorCode::kBadPath, "it is not a leaf and has no value"};
   } else if (target.holder == nullptr) {
     refusal = NoHolder(target);
+  } else if (schema.is_flag) {
+    refusal = {ErrorCode::kBadType,
+               "a leaf of type empty is there or not, it has no value"};
   } else if (!target.holder->HasValue(schema)) {
     refusal = {ErrorCode::kNoExists, "the leaf has no value and no default"};
   } else {
@@ -450,6 +460,10 @@ Element Data::TryGet(const Target& target, ReadRules rules,
 }
 
 bool Data::IsDefault(const Target& target) const {
+  if (target.schema->is_flag) {
+    if (!Exists(target)) Fail(ErrorCode::kNoExists, "the leaf is not there");
+    return false;
+  }
   Get(target);
   return IsByDefault(*target.holder, *target.schema);
 }
@@ -491,10 +505,8 @@ void Data::Create(const Target& target) { ThrowIf(TryCreate(target)); }
 std::optional<Refusal> Data::TryCreate(const Target& target) {
   const SchemaNode& schema = *target.schema;
   if (schema.is_state) return StateRefusal();
-  bool is_empty_leaf = schema.kind == NodeKind::kLeaf &&
-                       schema.type->value_type() == ValueType::kEmpty;
   if (!target.is_entry && schema.kind != NodeKind::kPresenceContainer &&
-      !is_empty_leaf) {
+      !schema.is_flag) {
     return Refusal{ErrorCode::kNotCreatable,
                    "only list entries, presence containers and leaves of type "
                    "empty can be created"};
@@ -506,7 +518,7 @@ std::optional<Refusal> Data::TryCreate(const Target& target) {
   if (target.is_entry) {
     target.holder->MakeList(schema).Insert(
         {target.keys.data(), target.keys.size()});
-  } else if (is_empty_leaf) {
+  } else if (schema.is_flag) {
     target.holder->SetLeaf(schema, Value::Number(ValueType::kEmpty, 0));
   } else {
     target.holder->MakeContainer(schema);
@@ -551,7 +563,7 @@ std::optional<Refusal> Data::TryDelete(const Target& target) {
 void Data::Set(const Target& target, NewElement element) {
   const SchemaNode& schema = *target.schema;
   RequireSettable(target);
-  if (schema.kind == NodeKind::kLeaf && element.value) {
+  if (HasAValue(schema) && element.value) {
     target.holder->SetLeaf(schema, Checked(schema, *element.value));
   } else if (schema.kind == NodeKind::kLeafList && element.items) {
     target.holder->SetLeafList(schema, Checked(schema, *element.items));
@@ -562,8 +574,9 @@ void Data::Set(const Target& target, NewElement element) {
 
 void Data::SetText(const Target& target, std::string_view text) {
   RequireSettable(target);
-  if (target.schema->kind != NodeKind::kLeaf) {
-    Fail(ErrorCode::kBadType, "a leaf-list is not set by a text");
+  if (!HasAValue(*target.schema)) {
+    Fail(ErrorCode::kBadType,
+         "a leaf-list or a leaf of type empty is not set by a text");
   }
   target.holder->SetLeaf(*target.schema, target.schema->type->Parse(text));
 }

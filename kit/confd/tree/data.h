@@ -49,7 +49,7 @@ struct Element {
 struct NewElement {
   std::optional<Value> value;
   std::optional<std::vector<Value>> items;
-  bool is_container = false;
+  bool is_present = false;  // a container or a leaf of type empty
 };
 
 // Where a path leads.
