@@ -35,8 +35,17 @@ void AppendNumber(std::string* out, Integer number) {
   out->append(digits, end);
 }
 
-// The shortest text that reads back the same.
+// "0.5", "1e+300", "INF", "-INF", "NaN". The shortest text that reads back the
+// same is printed.
+std::optional<double> ParseDouble(std::string_view text);
 void AppendDouble(std::string* out, double number);
+// The same without exponents, infinity and the like.
+std::optional<double> ParsePlainDouble(std::string_view text);
+std::string PrintPlainDouble(double number);
+
+// "S1G8M7K956B": a number of bytes in powers of 1024, parts may be missing.
+std::optional<uint64_t> ParseSize(std::string_view text);
+std::string PrintSize(uint64_t bytes);
 
 // A number with `fraction_digits` digits after the point, scaled by
 // 10^fraction_digits. The text must be canonical.

@@ -85,5 +85,45 @@ TEST(AppendDouble, WritesTheShortestTextThatReadsBackTheSame) {
   }
 }
 
+TEST(Double, RoundTrips) {
+  for (const char* text :
+       {"0", "-0", "0.5", "-1.25", "1e+300", "5e-324", "INF", "-INF", "NaN"}) {
+    const auto number = ParseDouble(text);
+    ASSERT_TRUE(number) << text;
+    std::string printed;
+    AppendDouble(&printed, *number);
+    EXPECT_EQ(printed, text);
+  }
+  EXPECT_EQ(ParseDouble("+1.50E2"), 150);
+  for (const char* text : {"", "+", "-", "inf", "nan", "infinity", "0x1", "1 ",
+                           " 1", "1e", "--1", "+-1", "1e999", "1,5", "."}) {
+    EXPECT_EQ(ParseDouble(text), std::nullopt) << text;
+  }
+}
+
+TEST(PlainDouble, HasNoExponent) {
+  EXPECT_EQ(PrintPlainDouble(1e20), "100000000000000000000");
+  EXPECT_EQ(PrintPlainDouble(-0.00000025), "-0.00000025");
+  EXPECT_EQ(PrintPlainDouble(std::numeric_limits<double>::max()).size(), 309u);
+  EXPECT_EQ(ParsePlainDouble("-1.50"), -1.5);
+  for (const char* text : {"", "1e2", "1E2", "INF", "-INF", "NaN"}) {
+    EXPECT_EQ(ParsePlainDouble(text), std::nullopt) << text;
+  }
+}
+
+TEST(Size, RoundTripsInPowersOf1024) {
+  EXPECT_EQ(ParseSize("S1G8M7K956B"),
+            (uint64_t{1} << 30) + (8 << 20) + (7 << 10) + 956);
+  for (const char* text :
+       {"S1G8M7K956B", "S1G", "S2M5B", "S0B", "S17179869183G1023M1023K1023B"}) {
+    EXPECT_EQ(PrintSize(ParseSize(text).value_or(7)), text);
+  }
+  EXPECT_EQ(ParseSize("S2048K"), 2 << 20);
+  for (const char* text : {"", "S", "1K", "S1", "S1K1M", "S1k", "SK", "S1K ",
+                           "S-1K", "S17179869184G", "S1B1B"}) {
+    EXPECT_EQ(ParseSize(text), std::nullopt) << text;
+  }
+}
+
 }  // namespace
 }  // namespace kit::text
