@@ -1,5 +1,4 @@
 // What confd_types(3) says of values, and of the types that models give them.
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -114,6 +113,86 @@ TEST_F(ConfdTypesPage, TypeEmptyAsAKeyIsAValue) {
                                  &keys[1])),
             "ok");
   EXPECT_EQ(Get("/flags/way{3 \"\"}/n"), "C_UINT8 3");
+}
+
+// ---- Decimal64 --------------------------------------------------------------
+
+confd_value_t Decimal(int64_t value, uint8_t fraction_digits) {
+  confd_decimal64 decimal = {};
+  decimal.value = value;
+  decimal.fraction_digits = fraction_digits;
+  confd_value_t v;
+  CONFD_SET_DECIMAL64(&v, decimal);
+  return v;
+}
+
+TEST_F(ConfdTypesPage, DecimalsMayBeGivenWithoutTheirFractionDigits) {
+  EXPECT_EQ(Set("/numbers/price", Decimal(150, 2)), "ok");
+  EXPECT_EQ(Set("/numbers/price", Decimal(275, 0)), "ok");
+  confd_value_t read;
+  ASSERT_EQ(maapi_get_elem(maapi_, th_, &read, "/numbers/price"), CONFD_OK);
+  EXPECT_EQ(CONFD_GET_DECIMAL64(&read).value, 275);
+  EXPECT_EQ(CONFD_GET_DECIMAL64(&read).fraction_digits, 2);
+  EXPECT_EQ(Set("/numbers/price", Decimal(15, 1)), "BADTYPE");
+  EXPECT_EQ(Set("/numbers/price", Decimal(1500, 3)), "BADTYPE");
+}
+
+TEST_F(ConfdTypesPage, DecimalKeysMayBeGivenWithoutTheirFractionDigits) {
+  confd_value_t key = Decimal(150, 0);
+  ASSERT_EQ(maapi_create(maapi_, th_, "/numbers/by-price{%x}", &key), CONFD_OK);
+  EXPECT_EQ(Get("/numbers/by-price{1.5}/k"), "C_DECIMAL64 1.50");
+}
+
+TEST_F(ConfdTypesPage, DecimalsOfUnionsMayBeGivenWithoutTheirFractionDigits) {
+  EXPECT_EQ(Set("/numbers/narrow-or-wide", Decimal(1500, 0)), "ok");
+  EXPECT_EQ(Get("/numbers/narrow-or-wide"), "C_DECIMAL64 1.500");
+}
+
+// ---- Unions -----------------------------------------------------------------
+
+confd_value_t Int64(int64_t number) {
+  confd_value_t v;
+  CONFD_SET_INT64(&v, number);
+  return v;
+}
+
+TEST_F(ConfdTypesPage, UnionsKeepTheTagThatAValueWasSetWith) {
+  EXPECT_EQ(Set("/numbers/wide", Int64(2)), "ok");
+  EXPECT_EQ(Get("/numbers/wide"), "C_INT64 2");
+  EXPECT_EQ(Set("/numbers/wide", Int32(2)), "ok");
+  EXPECT_EQ(Get("/numbers/wide"), "C_INT32 2");
+}
+
+TEST_F(ConfdTypesPage, UnionsTakeATextForTheFirstMemberThatHasIt) {
+  OpenWith("numbers", "<wide>2</wide>");
+  EXPECT_EQ(Get("/numbers/wide"), "C_INT32 2");
+  OpenWith("numbers", "<wide>2147483648</wide>");
+  EXPECT_EQ(Get("/numbers/wide"), "C_INT64 2147483648");
+}
+
+TEST_F(ConfdTypesPage, UnionsTakeNoValueThatNoMemberOfItsTypeHas) {
+  EXPECT_EQ(Set("/numbers/narrow-or-wide", Uint8(9)), "ok");
+  EXPECT_EQ(Set("/numbers/narrow-or-wide", Uint8(20)), "ok");
+  EXPECT_EQ(Get("/numbers/narrow-or-wide"), "C_UINT8 20");
+  EXPECT_EQ(Set("/numbers/narrow-or-wide", Uint8(10)), "BADTYPE");
+  EXPECT_EQ(Set("/numbers/narrow-or-wide", Uint16(9)), "BADTYPE");
+  EXPECT_EQ(Set("/numbers/narrow-or-wide", Str("9")), "BADTYPE");
+}
+
+// ---- Bits -------------------------------------------------------------------
+
+TEST_F(ConfdTypesPage, LongBitSetsMayBeGivenShorterThanTheTypeButNotLonger) {
+  unsigned char mask[10] = {};
+  CONFD_BITBIG_SET_BIT(mask, 0);
+  confd_value_t value;
+  CONFD_SET_BITBIG(&value, mask, 1);
+  EXPECT_EQ(Set("/numbers/rights", value), "ok");
+  CONFD_SET_BITBIG(&value, mask, 10);
+  EXPECT_EQ(Set("/numbers/rights", value), "BADTYPE");
+  CONFD_BITBIG_SET_BIT(mask, 70);
+  CONFD_SET_BITBIG(&value, mask, 9);
+  EXPECT_EQ(Set("/numbers/rights", value), "ok");
+  EXPECT_EQ(Get("/numbers/rights"), "C_BITBIG of 9 bytes");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "kit/confd/model/leaf_type.h"
 
 #include <libyang/libyang.h>
+#include <libyang/plugins_types.h>
 
 #include <algorithm>
 
@@ -473,42 +474,50 @@ void LeafType::RejectBytes(std::string_view text) const {
   Reject(text, "it is not UTF-8 text without control characters");
 }
 
+std::string LeafType::Canonical(std::string_view text) const {
+  ly_ctx* context = node_->module->ctx;
+  lyd_value stored{};
+  ly_err_item* fault = nullptr;
+  const LibyangMemory memory;
+  const LY_ERR result = compiled_->plugin->store(
+      context, compiled_, text.data(), text.size(), 0, LY_VALUE_JSON, nullptr,
+      LYD_HINT_DATA, node_, &stored, nullptr, &fault);
+  std::string why;
+  if (fault != nullptr && fault->msg != nullptr) why = fault->msg;
+  ly_err_free(fault);
+  memory.Require(result);
+  if (result != LY_SUCCESS && result != LY_EINCOMPLETE) Reject(text, why);
+  const char* canonical = lyd_value_get_canonical(context, &stored);
+  const std::string owned =
+      canonical != nullptr ? canonical : std::string(text);
+  compiled_->plugin->free(context, &stored);
+  memory.Require(LY_SUCCESS);
+  return owned;
+}
+
 Value LeafType::Parse(std::string_view text) const {
   if (IsKnownString(text)) return Value::Text(value_type_, text);
   if (const auto number = ParseInRange(text)) return *number;
   // libyang would keep it with a NUL inside and then look for what stands
   // before that.
   if (!text::IsYangText(text)) RejectBytes(text);
+  if (!members_.empty()) return ParseMember(text);
   if (unrestricted_) return ParseCanonical(text);
-  ly_ctx* context = node_->module->ctx;
-  const lysc_type* real_type = nullptr;
-  const char* canonical = nullptr;
-  const LibyangMemory memory;
-  LY_ERR result = lyd_value_validate(context, node_, text.data(), text.size(),
-                                     nullptr, &real_type, &canonical);
-  memory.Require(result);
-  if (result != LY_SUCCESS && result != LY_EINCOMPLETE) {
-    const char* message = ly_errmsg(context);
-    std::string why = message != nullptr ? message : "";
-    // libyang would keep every message of a long run.
-    ly_err_clean(context, nullptr);
-    Reject(text, why);
-  }
-  std::string owned = canonical != nullptr ? canonical : std::string(text);
-  lydict_remove(context, canonical);
-  if (members_.empty()) {
-    RememberString(owned);
-    return ParseCanonical(owned);
-  }
+  const std::string canonical = Canonical(text);
+  RememberString(canonical);
+  return ParseCanonical(canonical);
+}
+
+// The first that takes it.
+Value LeafType::ParseMember(std::string_view text) const {
   for (const LeafType& member : members_) {
-    if (real_type == nullptr || member.compiled_ == real_type) {
-      return member.ParseCanonical(owned);
-    }
-    for (const LeafType& nested : member.members_) {
-      if (nested.compiled_ == real_type) return nested.ParseCanonical(owned);
+    try {
+      return member.Parse(text);
+    } catch (const Error&) {
+      // The next may.
     }
   }
-  Reject(text);
+  Reject(text, "no member of the union takes it");
 }
 
 Value LeafType::ParseValidated(std::string_view text) const {
@@ -626,6 +635,10 @@ std::string LeafType::PrintBits(const Value& value) const {
     if (!text.empty()) text += ' ';
     text += name;
   }
+  const auto highest = static_cast<size_t>(names_.names.rbegin()->first);
+  if (value.text().size() > highest / 8 + 1) {
+    Reject(text::PrintHex(value.text()), "it is longer than the type needs");
+  }
   bool unknown = value.type() == ValueType::kBitbig
                      ? left.find_first_not_of('\0') != std::string::npos
                      : (value.bits() & ~known) != 0;
@@ -638,18 +651,7 @@ std::string LeafType::PrintBits(const Value& value) const {
 }
 
 std::string LeafType::Print(const Value& value) const {
-  if (!members_.empty()) {
-    for (const LeafType& member : members_) {
-      if (!member.members_.empty() || member.value_type_ == value.type()) {
-        try {
-          return member.Print(value);
-        } catch (const Error&) {
-          // Another member of the same machine type may have it.
-        }
-      }
-    }
-    Reject(TypeName(value.type()));
-  }
+  if (!members_.empty()) return PrintMember(value);
   if (value.type() != value_type_) Reject(TypeName(value.type()));
   switch (RowOf(value_type_).text) {
     case TextForm::kNumber:
@@ -695,8 +697,38 @@ std::string LeafType::Print(const Value& value) const {
   }
 }
 
+std::string LeafType::PrintMember(const Value& value) const {
+  const auto may_have = [&value](const LeafType& member) {
+    return member.MayHave(value);
+  };
+  const bool is_clear =
+      std::count_if(members_.begin(), members_.end(), may_have) == 1;
+  for (const LeafType& member : members_) {
+    if (!may_have(member)) continue;
+    try {
+      return member.Print(is_clear ? value : member.Check(value));
+    } catch (const Error&) {
+      // Another member of the same machine type may have it.
+    }
+  }
+  Reject(TypeName(value.type()));
+}
+
+Value LeafType::CheckMember(const Value& value) const {
+  for (const LeafType& member : members_) {
+    if (!member.MayHave(value)) continue;
+    try {
+      return member.Check(value);
+    } catch (const Error&) {
+      // Another member of the same machine type may have it.
+    }
+  }
+  Reject(TypeName(value.type()));
+}
+
 Value LeafType::Check(const Value& value) const {
-  if (members_.empty() && value.type() != value_type_) {
+  if (!members_.empty()) return CheckMember(value);
+  if (value.type() != value_type_) {
     throw Error(ErrorCode::kBadType,
                 std::string("a ") + TypeName(value.type()) +
                     " value was given for a leaf of type " + name_ + " (" +
@@ -707,11 +739,15 @@ Value LeafType::Check(const Value& value) const {
   }
   bool is_named = value_type_ == ValueType::kEnum;
   if (unrestricted_ && !is_named) return value;
-  if (members_.empty() && (IsInRange(value) || IsKnownString(value.text()))) {
-    return value;
-  }
-  std::string text = Print(value);
+  if (IsInRange(value) || IsKnownString(value.text())) return value;
+  std::string text = Print(WithFractionDigits(value));
   return is_named ? value : Parse(text);
+}
+
+// The type's own digits, which a program need not give.
+Value LeafType::WithFractionDigits(const Value& value) const {
+  if (value_type_ != ValueType::kDecimal64 || value.length() != 0) return value;
+  return Value::Number(value_type_, value.bits(), fraction_digits_);
 }
 
 std::optional<std::string> LeafType::EnumName(int32_t number) const {

@@ -50,7 +50,8 @@ class LeafType {
   // tell says no: a union, one with a leafref's or an identifier's targets.
   bool HasValuesOf(const LeafType& other) const;
 
-  // The value if the type has it (with what a program can't know filled in).
+  // The value if the type has it (with what a program can't know filled in). Of
+  // a union a member of its type has to have it, whichever would take its text.
   // Throws Error with kBadType for one of another type or out of its limits.
   Value Check(const Value& value) const;
 
@@ -84,7 +85,18 @@ class LeafType {
   // Whether libyang need not be asked.
   bool IsKnownString(std::string_view text) const;
   void RememberString(std::string_view text) const;
+  // The text as libyang writes it. Throws Error with kBadType for one that is
+  // no value of the type.
+  std::string Canonical(std::string_view text) const;
   Value ParseCanonical(std::string_view text) const;
+  Value ParseMember(std::string_view text) const;
+  Value CheckMember(const Value& value) const;
+  // Of a union's member: whether values of the value's type are among its own.
+  bool MayHave(const Value& value) const {
+    return !members_.empty() || value_type_ == value.type();
+  }
+  Value WithFractionDigits(const Value& value) const;
+  std::string PrintMember(const Value& value) const;
   Value ParseBits(std::string_view text) const;
   std::string PrintBits(const Value& value) const;
   [[noreturn]] void Reject(std::string_view text,

@@ -27,6 +27,9 @@ class Value {
     return value;
   }
 
+  // A double, with `bits` that order as doubles do.
+  static Value Double(ValueType type, double number);
+
   // Strings and binary data as they are, IPv6 addresses as their 16 bytes,
   // date and time as text, identities as "module:name" with namespace hash and
   // name hash in the upper and lower half of `bits`.
@@ -37,6 +40,7 @@ class Value {
   bool exists() const { return type_ != ValueType::kNoExists; }
   uint64_t bits() const { return bits_; }
   int64_t signed_bits() const { return static_cast<int64_t>(bits_); }
+  double as_double() const;
   uint8_t length() const { return length_; }
   const std::string& text() const { return text_; }
 
@@ -49,7 +53,8 @@ class Value {
 
 // The natural order of the type, as negative, zero or positive: numbers by
 // value, addresses and strings by their bytes, enumerations by number. Values
-// of different types are ordered by type.
+// of different types, which a union may have, are ordered by type, but that
+// strings, durations and the common integers come last, the latter mixed.
 int Compare(const Value& a, const Value& b);
 
 inline bool operator==(const Value& a, const Value& b) {

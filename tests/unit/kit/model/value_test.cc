@@ -59,9 +59,34 @@ TEST(ValueOrder, StringsByTheirBytes) {
        Value::Text(ValueType::kBuf, "\xc3\xa4")});
 }
 
-TEST(ValueOrder, OfDifferentTypesByType) {
-  ExpectAscending({Value(), Value::Text(ValueType::kBuf, "z"),
-                   Value::Number(ValueType::kUint8, 0)});
+TEST(ValueOrder, DoublesByValue) {
+  const auto number = [](double value) {
+    return Value::Double(ValueType::kDouble, value);
+  };
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  ExpectAscending({number(-kInfinity), number(-1e300), number(-2), number(-0.5),
+                   number(0), number(5e-324), number(0.5), number(2),
+                   number(kInfinity)});
+  EXPECT_EQ(number(-0.0), number(0.0));
+  EXPECT_EQ(number(-2.5).as_double(), -2.5);
+  EXPECT_EQ(number(2.5).as_double(), 2.5);
+}
+
+// Those that a union may mix.
+TEST(ValueOrder, OfDifferentTypesByTypeWithStringsAndCommonIntegersLast) {
+  ExpectAscending(
+      {Value(), Signed(ValueType::kInt8, 9), Signed(ValueType::kInt64, -1),
+       Value::Number(ValueType::kUint32, 0), Value::Number(ValueType::kBool, 1),
+       Value::Number(ValueType::kIpv4AndPlen, 1, 8),
+       Value::Number(ValueType::kEmpty, 0), Value::Text(ValueType::kBuf, "z"),
+       Value::Text(ValueType::kDuration, "P1D"), Signed(ValueType::kInt32, -3),
+       Value::Number(ValueType::kUint8, 2),
+       Value::Number(ValueType::kUint16, 3), Signed(ValueType::kInt32, 4),
+       Value::Number(ValueType::kUint16, 65535)});
+  // Equal numbers are different keys.
+  ExpectAscending({Signed(ValueType::kInt32, 5),
+                   Value::Number(ValueType::kUint8, 5),
+                   Value::Number(ValueType::kUint16, 5)});
 }
 
 TEST(KeyOrder, IsLexicographicWithPrefixesFirst) {
