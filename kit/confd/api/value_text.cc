@@ -198,28 +198,22 @@ void AppendKey(FormConstant<TextForm::kAddressAndLength>, std::string* out,
 
 void AppendKey(FormConstant<TextForm::kDateTime>, std::string* out, ValueType,
                const confd_datetime& date_time) {
-  text::AppendDay(out, DayOf(date_time));
-  out->push_back('T');
-  text::AppendClock(out, ClockOf(date_time));
-  text::AppendShortZone(out, ZoneOf(date_time));
+  out->append(text::PrintShortDateTime(DateTimeOf(date_time)));
 }
 
 void AppendKey(FormConstant<TextForm::kDate>, std::string* out, ValueType,
                const confd_date& date) {
-  text::AppendDay(out, DayOf(date));
-  text::AppendShortZone(out, ZoneOf(date));
+  out->append(text::PrintDate(DateOf(date)));
 }
 
 void AppendKey(FormConstant<TextForm::kTime>, std::string* out, ValueType,
                const confd_time& time) {
-  text::AppendClock(out, ClockOf(time));
-  text::AppendShortZone(out, ZoneOf(time));
+  out->append(text::PrintTime(TimeOf(time)));
 }
 
 void AppendKey(FormConstant<TextForm::kDuration>, std::string* out, ValueType,
-               const confd_duration& all) {
-  text::AppendDuration(out, {all.years, all.months, all.days, all.hours,
-                             all.mins, all.secs, all.micros});
+               const confd_duration& duration) {
+  out->append(text::PrintDuration(DurationOf(duration)));
 }
 
 // ---- Descriptions: keys, but for the forms below ---------------------------
@@ -328,6 +322,19 @@ std::string Describe(const confd_value_t* values, size_t count) {
 
 text::DateTime DateTimeOf(const confd_datetime& from) {
   return {DayOf(from), ClockOf(from), ZoneOf(from)};
+}
+
+text::Date DateOf(const confd_date& from) {
+  return {DayOf(from), ZoneOf(from)};
+}
+
+text::Time TimeOf(const confd_time& from) {
+  return {ClockOf(from), ZoneOf(from)};
+}
+
+text::Duration DurationOf(const confd_duration& from) {
+  return {from.years, from.months, from.days,  from.hours,
+          from.mins,  from.secs,   from.micros};
 }
 
 }  // namespace kit::api

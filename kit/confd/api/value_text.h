@@ -24,6 +24,9 @@ std::string Describe(const confd_value_t& value);
 std::string Describe(const confd_value_t* values, size_t count);
 
 text::DateTime DateTimeOf(const confd_datetime& from);
+text::Date DateOf(const confd_date& from);
+text::Time TimeOf(const confd_time& from);
+text::Duration DurationOf(const confd_duration& from);
 
 }  // namespace kit::api
 

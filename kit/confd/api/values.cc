@@ -206,7 +206,7 @@ struct Carrier<StoredAs::kBytes> {
 template <>
 struct Carrier<StoredAs::kDateTime> {
   static void Put(const Value& value, confd_datetime& member) {
-    member = ToC(text::ParseDateTime(std::string(value.text())));
+    member = ToC(*text::ParseDateTime(value.text()));
   }
   static Value Take(ValueType type, const confd_datetime& member) {
     return Value::Text(type, text::PrintDateTime(DateTimeOf(member)));

@@ -1,9 +1,13 @@
-// Dates, times and durations as text, in the forms of ISO 8601.
+// Dates, times and durations as text, in the forms of ISO 8601. Parsers give
+// nullopt for a text that is not of their form; digits behind the microseconds
+// are cut off. Nothing is ever converted to another zone.
 #ifndef KIT_CONFD_TEXT_DATE_H_
 #define KIT_CONFD_TEXT_DATE_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace kit::text {
 
@@ -20,14 +24,29 @@ struct Clock {
   uint32_t micros;
 };
 
-// Difference from Greenwich, positive to its east; both parts of one sign.
+// Difference from Greenwich, positive to its east. Hours other than 0 have the
+// sign of both, and the minutes are not negative; with 0 hours the minutes have
+// it.
 struct Zone {
   int hours;
   int minutes;
 };
 
+// No place on earth has these hours: the zone is not known.
+constexpr Zone kUnknownZone = {-111, 0};
+
 struct DateTime {
   Day day;
+  Clock clock;
+  Zone zone;
+};
+
+struct Date {
+  Day day;
+  Zone zone;
+};
+
+struct Time {
   Clock clock;
   Zone zone;
 };
@@ -42,21 +61,22 @@ struct Duration {
   uint32_t micros;
 };
 
-// "2026-11-20T21:47:00.5+01:00". Of a text that is no date and time, whatever
-// can be read; digits behind the microseconds are cut off.
-DateTime ParseDateTime(const std::string& text);
+// "2026-11-20T21:47:00.5+01:00"; "-00:00" is the unknown zone.
+std::optional<DateTime> ParseDateTime(std::string_view text);
 std::string PrintDateTime(const DateTime& date_time);
 
-// "2026-11-20", "21:47:00.500000".
-void AppendDay(std::string* out, const Day& day);
-void AppendClock(std::string* out, const Clock& clock);
-
-// "Z" for Greenwich, "" for hours that no place on earth has, which stand for
-// an unknown zone, else "+01:00".
-void AppendShortZone(std::string* out, const Zone& zone);
+// "2026-11-20", "21:47:00", with a zone behind it where one is known.
+std::optional<Date> ParseDate(std::string_view text);
+std::string PrintDate(const Date& date);
+std::optional<Time> ParseTime(std::string_view text);
+std::string PrintTime(const Time& time);
 
 // "P1DT2H".
-void AppendDuration(std::string* out, const Duration& duration);
+std::optional<Duration> ParseDuration(std::string_view text);
+std::string PrintDuration(const Duration& duration);
+
+// As PrintDateTime, with "Z" for Greenwich.
+std::string PrintShortDateTime(const DateTime& date_time);
 
 }  // namespace kit::text
 
