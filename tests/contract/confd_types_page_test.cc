@@ -1,5 +1,8 @@
 // What confd_types(3) says of values, and of the types that models give them.
+#include <cstdio>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/contract/c_api.h"
@@ -21,6 +24,34 @@ class ConfdTypesPage : public CApiTest {
   void OpenWith(const std::string& container, const std::string& inside) {
     OpenTypes("<" + container + " xmlns=\"urn:test:types\">" + inside + "</" +
               container + ">");
+  }
+
+  // Like Get, but the bytes of a C_BINARY one by one.
+  std::string GetBytes(const std::string& path) const {
+    confd_value_t value;
+    if (maapi_get_elem(maapi_, th_, &value, "%s", path.c_str()) != CONFD_OK) {
+      return ErrorName(confd_errno);
+    }
+    std::string text = Show(value);
+    if (value.type == C_BINARY) {
+      text = "C_BINARY of";
+      for (unsigned i = 0; i < CONFD_GET_BINARY_SIZE(&value); ++i) {
+        char byte[8];
+        std::snprintf(byte, sizeof byte, " %02x",
+                      CONFD_GET_BINARY_PTR(&value)[i]);
+        text += byte;
+      }
+    }
+    confd_free_value(&value);
+    return text;
+  }
+
+  // The transaction as a document.
+  std::string Saved() const {
+    std::string text;
+    database_->Save(database_->input_format(),
+                    [&](std::string_view piece) { text.append(piece); });
+    return text;
   }
 };
 
@@ -179,6 +210,28 @@ TEST_F(ConfdTypesPage, UnionsTakeNoValueThatNoMemberOfItsTypeHas) {
   EXPECT_EQ(Set("/numbers/narrow-or-wide", Str("9")), "BADTYPE");
 }
 
+TEST_F(ConfdTypesPage, UnionKeysGoByTagWithStringsDurationsAndIntegersLast) {
+  confd_value_t keys[9];
+  keys[0] = Int32(3);
+  keys[1] = Uint8(2);
+  keys[2] = Uint16(300);
+  keys[3] = Int32(-1);
+  CONFD_SET_DURATION(&keys[4], (confd_duration{0, 0, 1, 0, 0, 0, 0}));
+  keys[5] = Str("a word");
+  keys[6] = Ipv4("1.2.3.4");
+  CONFD_SET_BOOL(&keys[7], 1);
+  keys[8] = Int64(int64_t{1} << 40);
+  for (confd_value_t& key : keys) {
+    ASSERT_EQ(maapi_create(maapi_, th_, "/numbers/by-anything{%x}", &key),
+              CONFD_OK)
+        << Show(key) << ": " << confd_lasterr();
+  }
+  EXPECT_EQ(
+      Walk("/numbers/by-anything"),
+      (std::vector<std::string>{"1099511627776", "1.2.3.4", "true",
+                                "\"a word\"", "P1D", "-1", "2", "3", "300"}));
+}
+
 // ---- Bits -------------------------------------------------------------------
 
 TEST_F(ConfdTypesPage, LongBitSetsMayBeGivenShorterThanTheTypeButNotLonger) {
@@ -193,6 +246,203 @@ TEST_F(ConfdTypesPage, LongBitSetsMayBeGivenShorterThanTheTypeButNotLonger) {
   CONFD_SET_BITBIG(&value, mask, 9);
   EXPECT_EQ(Set("/numbers/rights", value), "ok");
   EXPECT_EQ(Get("/numbers/rights"), "C_BITBIG of 9 bytes");
+}
+
+// ---- Dates ------------------------------------------------------------------
+
+std::string Text(const confd_datetime& date) {
+  char text[80];
+  std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d.%u %d %d", date.year,
+                date.month, date.day, date.hour, date.min, date.sec, date.micro,
+                date.timezone, date.timezone_minutes);
+  return text;
+}
+
+TEST_F(ConfdTypesPage, DatesOfImpossibleFieldsAreBadTypes) {
+  confd_value_t value;
+  const confd_datetime good = {2024, 2, 29, 23, 59, 59, 999999, -14, 0};
+  CONFD_SET_DATETIME(&value, good);
+  EXPECT_EQ(Set("/dates/moment", value), "ok");
+  for (const confd_datetime& bad :
+       {confd_datetime{2026, 2, 29, 0, 0, 0, 0, 0, 0},
+        confd_datetime{2026, 13, 1, 0, 0, 0, 0, 0, 0},
+        confd_datetime{2026, 1, 1, 24, 0, 0, 0, 0, 0},
+        confd_datetime{2026, 1, 1, 0, 60, 0, 0, 0, 0},
+        confd_datetime{2026, 1, 1, 0, 0, 0, 1000000, 0, 0},
+        confd_datetime{2026, 1, 1, 0, 0, 0, 0, 15, 0},
+        confd_datetime{2026, 1, 1, 0, 0, 0, 0, 0, 60},
+        confd_datetime{2026, 1, 1, 0, 0, 0, 0, -5, -30}}) {
+    CONFD_SET_DATETIME(&value, bad);
+    EXPECT_EQ(Set("/dates/moment", value), "BADTYPE") << Text(bad);
+  }
+}
+
+TEST_F(ConfdTypesPage, DatesTimesAndDurationsHaveStructsOfTheirOwn) {
+  OpenWith("dates",
+           "<date>2026-07-03-05:30</date><time>04:05:06.25+00:30</time>"
+           "<duration>P1Y2M3DT4H5M6.000007S</duration>");
+  confd_value_t value;
+  ASSERT_EQ(maapi_get_elem(maapi_, th_, &value, "/dates/date"), CONFD_OK);
+  const confd_date date = CONFD_GET_DATE(&value);
+  EXPECT_EQ(date.year, 2026);
+  EXPECT_EQ(date.month, 7);
+  EXPECT_EQ(date.day, 3);
+  EXPECT_EQ(date.timezone, -5);
+  EXPECT_EQ(date.timezone_minutes, 30);
+  EXPECT_EQ(Set("/dates/date", value), "ok");
+  ASSERT_EQ(maapi_get_elem(maapi_, th_, &value, "/dates/time"), CONFD_OK);
+  const confd_time time = CONFD_GET_TIME(&value);
+  EXPECT_EQ(time.hour, 4);
+  EXPECT_EQ(time.min, 5);
+  EXPECT_EQ(time.sec, 6);
+  EXPECT_EQ(time.micro, 250000u);
+  EXPECT_EQ(time.timezone, 0);
+  EXPECT_EQ(time.timezone_minutes, 30);
+  EXPECT_EQ(Set("/dates/time", value), "ok");
+  ASSERT_EQ(maapi_get_elem(maapi_, th_, &value, "/dates/duration"), CONFD_OK);
+  const confd_duration duration = CONFD_GET_DURATION(&value);
+  EXPECT_EQ(duration.years, 1u);
+  EXPECT_EQ(duration.months, 2u);
+  EXPECT_EQ(duration.days, 3u);
+  EXPECT_EQ(duration.hours, 4u);
+  EXPECT_EQ(duration.mins, 5u);
+  EXPECT_EQ(duration.secs, 6u);
+  EXPECT_EQ(duration.micros, 7u);
+  EXPECT_EQ(Set("/dates/duration", value), "ok");
+}
+
+// ---- YANG types -------------------------------------------------------------
+
+struct NamedType {
+  const char* leaf;
+  const char* text;   // in a document
+  const char* value;  // as the tests show it
+};
+
+constexpr NamedType kNamedTypes[] = {
+    {"counter32", "7", "C_UINT32 7"},
+    {"zero-based-counter32", "7", "C_UINT32 7"},
+    {"gauge32", "7", "C_UINT32 7"},
+    {"timeticks", "7", "C_UINT32 7"},
+    {"timestamp", "7", "C_UINT32 7"},
+    {"ipv6-flow-label", "7", "C_UINT32 7"},
+    {"as-number", "7", "C_UINT32 7"},
+    {"counter64", "7", "C_UINT64 7"},
+    {"zero-based-counter64", "7", "C_UINT64 7"},
+    {"gauge64", "7", "C_UINT64 7"},
+    {"size", "S1G8M7K956B", "C_UINT64 1082138556"},
+    {"dscp", "7", "C_UINT8 7"},
+    {"port-number", "7", "C_UINT16 7"},
+    {"ip-version", "ipv4", "C_ENUM_VALUE 1"},
+    {"object-identifier", "1.3.6.1.4", "C_OID 1.3.6.1.4"},
+    {"object-identifier-128", "1.3.6.1.4", "C_OID 1.3.6.1.4"},
+    {"dotted-quad", "1.2.3.4", "C_DQUAD 1.2.3.4"},
+    {"hex-string", "0a:0b", "C_HEXSTR 0a:0b"},
+    {"phys-address", "00:01:02", "C_BINARY of 00 01 02"},
+    {"mac-address", "00:01:02:03:04:ff", "C_BINARY of 00 01 02 03 04 ff"},
+    {"octet-list", "192.168.255.1.0", "C_BINARY of c0 a8 ff 01 00"},
+    {"hex-list", "4F:4C:41:71", "C_BINARY of 4f 4c 41 71"},
+    {"hexBinary", "0FB7", "C_BINARY of 0f b7"},
+    {"ip-address", "2001:db8::1", "C_IPV6 2001:db8::1"},
+    {"ip-prefix", "10.0.0.0/8", "C_IPV4PREFIX 10.0.0.0/8"},
+    {"ip-and-plen", "10.1.2.3/8", "C_IPV4_AND_PLEN 10.1.2.3/8"},
+    {"host", "10.1.2.3", "C_IPV4 10.1.2.3"},
+    {"uuid", "f81d4fae-7dec-11d0-a765-00a0c91e6bf6",
+     "C_BUF f81d4fae-7dec-11d0-a765-00a0c91e6bf6"},
+    {"yang-identifier", "name", "C_BUF name"},
+    {"domain-name", "a.example", "C_BUF a.example"},
+    {"uri", "urn:a", "C_BUF urn:a"},
+    {"token", "a b", "C_BUF \"a b\""},
+    {"md5", "$1$x", "C_BUF $1$x"},
+    {"node-instance", "/a", "C_BUF /a"},
+    {"qname", "p:name", "C_QNAME p:name"},
+    {"decimal", "-1.5", "C_DOUBLE -1.5"},
+    {"float", "1e+300", "C_DOUBLE 1e+300"},
+    {"double", "INF", "C_DOUBLE INF"},
+};
+
+TEST_F(ConfdTypesPage, NamedTypesHaveTheirTagInAnyModule) {
+  std::string config;
+  for (const auto& [leaf, text, value] : kNamedTypes) {
+    config += std::string("<") + leaf + ">" + text + "</" + leaf + ">";
+  }
+  OpenWith("named", config);
+  for (const auto& [leaf, text, value] : kNamedTypes) {
+    EXPECT_EQ(GetBytes(std::string("/named/") + leaf), value);
+  }
+}
+
+TEST_F(ConfdTypesPage, NamedTypesAreWrittenAsTheyAreRead) {
+  std::string config;
+  for (const auto& [leaf, text, value] : kNamedTypes) {
+    config += std::string("<") + leaf + ">" + text + "</" + leaf + ">";
+  }
+  OpenWith("named", config);
+  for (const auto& [leaf, text, value] : kNamedTypes) {
+    const std::string path = std::string("/named/") + leaf;
+    confd_value_t read;
+    ASSERT_EQ(maapi_get_elem(maapi_, th_, &read, "%s", path.c_str()), CONFD_OK);
+    ASSERT_EQ(Delete(path), "ok");
+    EXPECT_EQ(Set(path, read), "ok") << leaf << ": " << confd_lasterr();
+    EXPECT_EQ(GetBytes(path), value);
+    confd_free_value(&read);
+  }
+  const std::string saved = Saved();
+  for (const auto& [leaf, text, value] : kNamedTypes) {
+    const std::string element =
+        std::string("<") + leaf + ">" + text + "</" + leaf + ">";
+    EXPECT_NE(saved.find(element), std::string::npos) << element << "\n"
+                                                      << saved;
+  }
+}
+
+TEST_F(ConfdTypesPage, MacAddressesAlwaysHave6Bytes) {
+  confd_value_t value;
+  CONFD_SET_BINARY(&value, "\1\2\3\4\5\6\7", 6);
+  EXPECT_EQ(Set("/named/mac-address", value), "ok");
+  CONFD_SET_BINARY(&value, "\1\2\3\4\5\6\7", 5);
+  EXPECT_EQ(Set("/named/mac-address", value), "BADTYPE");
+  CONFD_SET_BINARY(&value, "\1\2\3\4\5\6\7", 7);
+  EXPECT_EQ(Set("/named/mac-address", value), "BADTYPE");
+  EXPECT_EQ(Set("/named/phys-address", value), "ok");
+}
+
+TEST_F(ConfdTypesPage, BytesOfAUnionAreOfTheFirstMemberThatHasThem) {
+  confd_value_t value;
+  CONFD_SET_BINARY(&value, "\1\2\3\4\5\6", 6);
+  ASSERT_EQ(Set("/named/any-bytes", value), "ok");
+  EXPECT_NE(Saved().find(">01:02:03:04:05:06<"), std::string::npos);
+  CONFD_SET_BINARY(&value, "\xab\xcd", 2);
+  ASSERT_EQ(Set("/named/any-bytes", value), "ok");
+  EXPECT_NE(Saved().find(">AB:CD<"), std::string::npos);
+}
+
+TEST_F(ConfdTypesPage, AddressesHaveNoZoneIndex) {
+  // Nor do documents hold any that a value could not carry.
+  EXPECT_ANY_THROW(OpenWith("named", "<ip-address>fe80::1%eth0</ip-address>"));
+}
+
+TEST_F(ConfdTypesPage, KeysOfNamedTypesAreFoundByTheirValues) {
+  OpenWith("named",
+           "<by-oid><k>1.3.10</k></by-oid><by-oid><k>1.3.9</k></by-oid>"
+           "<by-double><k>10</k></by-double><by-double><k>-9.5</k></by-double>"
+           "<by-mac><k>00:01:02:03:04:05</k></by-mac>");
+  EXPECT_EQ(Walk("/named/by-oid"),
+            (std::vector<std::string>{"1.3.9", "1.3.10"}));
+  EXPECT_EQ(Walk("/named/by-double"), (std::vector<std::string>{"-9.5", "10"}));
+  confd_snmp_oid oid = {};
+  oid.len = 3;
+  oid.oid[0] = 1;
+  oid.oid[1] = 3;
+  oid.oid[2] = 10;
+  confd_value_t key;
+  CONFD_SET_OID(&key, &oid);
+  EXPECT_EQ(maapi_exists(maapi_, th_, "/named/by-oid{%x}", &key), 1);
+  CONFD_SET_DOUBLE(&key, -9.5);
+  EXPECT_EQ(maapi_exists(maapi_, th_, "/named/by-double{%x}", &key), 1);
+  CONFD_SET_BINARY(&key, "\0\1\2\3\4\5", 6);
+  EXPECT_EQ(maapi_exists(maapi_, th_, "/named/by-mac{%x}", &key), 1);
+  EXPECT_EQ(Exists("/named/by-mac{00:01:02:03:04:05}"), 1);
 }
 
 }  // namespace

@@ -216,6 +216,14 @@ void AppendKey(FormConstant<TextForm::kDuration>, std::string* out, ValueType,
   out->append(text::PrintDuration(DurationOf(duration)));
 }
 
+void AppendKey(FormConstant<TextForm::kOid>, std::string* out, ValueType type,
+               confd_snmp_oid* oid) {
+  if (oid == nullptr) Reject(type, "null object identifier");
+  const auto bytes = OidBytes(*oid);
+  if (!bytes) Reject(type, "length out of range");
+  out->append(text::PrintOid(*bytes));
+}
+
 // ---- Descriptions: keys, but for the forms below ---------------------------
 
 std::string Quote(std::string_view bytes) {
@@ -335,6 +343,18 @@ text::Time TimeOf(const confd_time& from) {
 text::Duration DurationOf(const confd_duration& from) {
   return {from.years, from.months, from.days,  from.hours,
           from.mins,  from.secs,   from.micros};
+}
+
+std::optional<std::string> OidBytes(const confd_snmp_oid& oid) {
+  if (oid.len < 1 || oid.len > static_cast<int>(std::size(oid.oid))) {
+    return std::nullopt;
+  }
+  std::string bytes;
+  for (int i = 0; i < oid.len; ++i) {
+    const uint32_t number = htonl(oid.oid[i]);
+    bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+  }
+  return bytes;
 }
 
 }  // namespace kit::api

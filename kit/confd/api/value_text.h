@@ -5,6 +5,7 @@
 #include <confd_lib.h>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "kit/confd/text/date.h"
@@ -27,6 +28,9 @@ text::DateTime DateTimeOf(const confd_datetime& from);
 text::Date DateOf(const confd_date& from);
 text::Time TimeOf(const confd_time& from);
 text::Duration DurationOf(const confd_duration& from);
+
+// As text::PrintOid takes them; nothing for a number of them that none has.
+std::optional<std::string> OidBytes(const confd_snmp_oid& oid);
 
 }  // namespace kit::api
 

@@ -45,18 +45,25 @@ confd_buf_t CopyBytes(std::string_view bytes) {
       "a value of type number " + std::to_string(number) + " can't be written");
 }
 
-confd_datetime ToC(const text::DateTime& from) {
-  confd_datetime to{};
-  to.year = static_cast<int16_t>(from.day.year);
-  to.month = static_cast<uint8_t>(from.day.month);
-  to.day = static_cast<uint8_t>(from.day.day);
-  to.hour = static_cast<uint8_t>(from.clock.hour);
-  to.min = static_cast<uint8_t>(from.clock.minute);
-  to.sec = static_cast<uint8_t>(from.clock.second);
-  to.micro = from.clock.micros;
-  to.timezone = static_cast<int8_t>(from.zone.hours);
-  to.timezone_minutes = static_cast<int8_t>(from.zone.minutes);
-  return to;
+template <typename T>
+void PutDay(const text::Day& from, T& to) {
+  to.year = static_cast<int16_t>(from.year);
+  to.month = static_cast<uint8_t>(from.month);
+  to.day = static_cast<uint8_t>(from.day);
+}
+
+template <typename T>
+void PutClock(const text::Clock& from, T& to) {
+  to.hour = static_cast<uint8_t>(from.hour);
+  to.min = static_cast<uint8_t>(from.minute);
+  to.sec = static_cast<uint8_t>(from.second);
+  to.micro = from.micros;
+}
+
+template <typename T>
+void PutZone(const text::Zone& from, T& to) {
+  to.timezone = static_cast<int8_t>(from.hours);
+  to.timezone_minutes = static_cast<int8_t>(from.minutes);
 }
 
 // How C members carry values that are stored in some way: Put fills a member,
@@ -204,12 +211,101 @@ struct Carrier<StoredAs::kBytes> {
 };
 
 template <>
-struct Carrier<StoredAs::kDateTime> {
+struct Carrier<StoredAs::kDouble> {
+  static void Put(const Value& value, double& member) {
+    member = value.as_double();
+  }
+  static Value Take(ValueType type, double member) {
+    return Value::Double(type, member);
+  }
+};
+
+// The texts of values are well formed.
+template <>
+struct Carrier<StoredAs::kDate> {
   static void Put(const Value& value, confd_datetime& member) {
-    member = ToC(*text::ParseDateTime(value.text()));
+    const auto parsed = text::ParseDateTime(value.text());
+    PutDay(parsed->day, member);
+    PutClock(parsed->clock, member);
+    PutZone(parsed->zone, member);
+  }
+  static void Put(const Value& value, confd_date& member) {
+    const auto parsed = text::ParseDate(value.text());
+    PutDay(parsed->day, member);
+    PutZone(parsed->zone, member);
+  }
+  static void Put(const Value& value, confd_time& member) {
+    const auto parsed = text::ParseTime(value.text());
+    PutClock(parsed->clock, member);
+    PutZone(parsed->zone, member);
+  }
+  static void Put(const Value& value, confd_duration& member) {
+    const auto parsed = text::ParseDuration(value.text());
+    member = {parsed->years,   parsed->months,  parsed->days,  parsed->hours,
+              parsed->minutes, parsed->seconds, parsed->micros};
   }
   static Value Take(ValueType type, const confd_datetime& member) {
     return Value::Text(type, text::PrintDateTime(DateTimeOf(member)));
+  }
+  static Value Take(ValueType type, const confd_date& member) {
+    return Value::Text(type, text::PrintDate(DateOf(member)));
+  }
+  static Value Take(ValueType type, const confd_time& member) {
+    return Value::Text(type, text::PrintTime(TimeOf(member)));
+  }
+  static Value Take(ValueType type, const confd_duration& member) {
+    return Value::Text(type, text::PrintDuration(DurationOf(member)));
+  }
+};
+
+template <>
+struct Carrier<StoredAs::kQname> {
+  static void Put(const Value& value, confd_qname& member) {
+    const std::string_view text = value.text();
+    const size_t colon = text.find(':');
+    member.prefix = {};
+    if (colon != std::string_view::npos) {
+      member.prefix = CopyBytes(text.substr(0, colon));
+    }
+    try {
+      member.name = CopyBytes(text.substr(colon + 1));
+    } catch (...) {
+      std::free(member.prefix.ptr);
+      throw;
+    }
+  }
+  static Value Take(ValueType type, const confd_qname& member) {
+    const auto& [prefix, name] = member;
+    if (name.ptr == nullptr || (prefix.ptr == nullptr && prefix.size != 0)) {
+      FailForNull(store::TypeName(type));
+    }
+    std::string text(BytesOf(prefix));
+    if (!text.empty()) text.push_back(':');
+    return Value::Text(type, text.append(BytesOf(name)));
+  }
+};
+
+template <>
+struct Carrier<StoredAs::kOid> {
+  static void Put(const Value& value, confd_snmp_oid*& member) {
+    member = static_cast<confd_snmp_oid*>(std::calloc(1, sizeof *member));
+    if (member == nullptr) throw std::bad_alloc();
+    const std::string& bytes = value.text();
+    member->len = static_cast<int>(bytes.size() / sizeof member->oid[0]);
+    std::memcpy(member->oid, bytes.data(), bytes.size());
+    for (int i = 0; i < member->len; ++i) {
+      member->oid[i] = ntohl(member->oid[i]);
+    }
+  }
+  static Value Take(ValueType type, const confd_snmp_oid* member) {
+    if (member == nullptr) FailForNull(store::TypeName(type));
+    const auto bytes = OidBytes(*member);
+    if (!bytes) {
+      throw Error(ErrorCode::kBadType, "an object identifier of " +
+                                           std::to_string(member->len) +
+                                           " numbers");
+    }
+    return Value::Text(type, *bytes);
   }
 };
 
@@ -235,6 +331,11 @@ void ReleaseMember(confd_buf_t& member) {
 void ReleaseMember(confd_qname& member) {
   ReleaseMember(member.prefix);
   ReleaseMember(member.name);
+}
+
+void ReleaseMember(confd_snmp_oid*& member) {
+  std::free(member);
+  member = nullptr;
 }
 
 void ReleaseMember(confd_list& member) {

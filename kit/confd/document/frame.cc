@@ -10,7 +10,8 @@
 namespace kit::store {
 namespace {
 
-Form FormOf(ValueType type) {
+Form FormOf(const LeafType& leaf_type, ValueType type) {
+  if (leaf_type.text_form() == TextForm::kSize) return Form::kPrinted;
   switch (type) {
     case ValueType::kEnum:
     case ValueType::kBool:
@@ -90,7 +91,7 @@ Frame FrameOf(const SchemaNode& schema, size_t depth, Syntax syntax) {
   frame.schema = &schema;
   if (schema.type) {
     const auto type = schema.type->value_type();
-    frame.form = type ? FormOf(*type) : Form::kMixed;
+    frame.form = type ? FormOf(*schema.type, *type) : Form::kMixed;
     frame.has_prefixes = syntax == Syntax::kXml &&
                          (!type || MayNameModules(*type)) &&
                          NamesModules(schema);

@@ -9,6 +9,7 @@
 #include "kit/confd/model/memory.h"
 #include "kit/confd/model/typedef_chain.h"
 #include "kit/confd/text/address.h"
+#include "kit/confd/text/date.h"
 #include "kit/confd/text/encoding.h"
 #include "kit/confd/text/number.h"
 #include "kit/confd/text/utf8.h"
@@ -120,6 +121,30 @@ std::optional<Value> TextValue(ValueType type,
                                const std::optional<std::string>& bytes) {
   if (!bytes) return std::nullopt;
   return Value::Text(type, *bytes);
+}
+
+std::optional<Value> DoubleValue(ValueType type,
+                                 const std::optional<double>& number) {
+  if (!number) return std::nullopt;
+  return Value::Double(type, *number);
+}
+
+// Equal values have equal texts, however they were written.
+template <typename Parsed, typename Print>
+std::optional<Value> Reprinted(ValueType type,
+                               const std::optional<Parsed>& parsed,
+                               const Print& print) {
+  if (!parsed) return std::nullopt;
+  return Value::Text(type, print(*parsed));
+}
+
+// "prefix:name" or "name".
+bool IsQname(std::string_view text) {
+  const size_t colon = text.find(':');
+  const std::string_view name =
+      colon == std::string_view::npos ? text : text.substr(colon + 1);
+  return colon != 0 && !name.empty() &&
+         name.find_first_of(": \t\r\n") == std::string_view::npos;
 }
 
 uint64_t IdentityBits(uint32_t ns, uint32_t id) {
@@ -253,9 +278,11 @@ void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
   TypedefChain chain{std::nullopt, false, nullptr, nullptr};
   if (parsed != nullptr) chain = FollowTypedefs(parsed, scope);
   value_type_ = TypeOfBase(compiled);
+  text_form_ = RowOf(value_type_).text;
   // A model may use a well-known name for something else that is no string.
   if (chain.well_known && compiled->basetype == LY_TYPE_STRING) {
-    value_type_ = *chain.well_known;
+    value_type_ = chain.well_known->type;
+    text_form_ = chain.well_known->text;
   }
 
   LY_ARRAY_COUNT_TYPE i;
@@ -360,6 +387,7 @@ std::string LeafType::DescribeValues() const {
   };
   add(static_cast<int>(compiled_->basetype));
   add(static_cast<int>(value_type_));
+  add(static_cast<int>(text_form_));
   add(static_cast<int>(fraction_digits_));
   switch (compiled_->basetype) {
     case LY_TYPE_BOOL:
@@ -411,7 +439,7 @@ bool LeafType::HasValuesOf(const LeafType& other) const {
 void LeafType::AddRanges() {
   const bool is_integer = value_type_ >= ValueType::kInt8 &&
                           value_type_ <= ValueType::kUint64 &&
-                          compiled_->basetype != LY_TYPE_UNION;
+                          text_form_ == TextForm::kNumber;
   if (!is_integer) return;
   const lysc_range* range =
       reinterpret_cast<const lysc_type_num*>(compiled_)->range;
@@ -542,7 +570,7 @@ Value LeafType::ParseKey(std::string_view text) const {
 
 Value LeafType::ParseCanonical(std::string_view text) const {
   std::optional<Value> value;
-  switch (RowOf(value_type_).text) {
+  switch (text_form_) {
     case TextForm::kNumber:
       value = ParseInteger(value_type_, text);
       break;
@@ -579,7 +607,45 @@ Value LeafType::ParseCanonical(std::string_view text) const {
       value = TextValue(value_type_, text::ParseBase64(text));
       break;
     case TextForm::kHex:
+    case TextForm::kUpperHex:
       value = TextValue(value_type_, text::ParseHex(text));
+      break;
+    case TextForm::kBareHex:
+      value = TextValue(value_type_, text::ParseBareHex(text));
+      break;
+    case TextForm::kOctets:
+      value = TextValue(value_type_, text::ParseOctets(text));
+      break;
+    case TextForm::kOid:
+      value = TextValue(value_type_, text::ParseOid(text));
+      break;
+    case TextForm::kDouble:
+      value = DoubleValue(value_type_, text::ParseDouble(text));
+      break;
+    case TextForm::kPlainDouble:
+      value = DoubleValue(value_type_, text::ParsePlainDouble(text));
+      break;
+    case TextForm::kSize:
+      if (auto size = text::ParseSize(text)) {
+        value = Value::Number(value_type_, *size);
+      }
+      break;
+    case TextForm::kDateTime:
+      value = Reprinted(value_type_, text::ParseDateTime(text),
+                        text::PrintDateTime);
+      break;
+    case TextForm::kDate:
+      value = Reprinted(value_type_, text::ParseDate(text), text::PrintDate);
+      break;
+    case TextForm::kTime:
+      value = Reprinted(value_type_, text::ParseTime(text), text::PrintTime);
+      break;
+    case TextForm::kDuration:
+      value = Reprinted(value_type_, text::ParseDuration(text),
+                        text::PrintDuration);
+      break;
+    case TextForm::kQname:
+      if (IsQname(text)) value = Value::Text(value_type_, text);
       break;
     case TextForm::kEmpty:
       if (text.empty()) value = Value::Number(value_type_, 0);
@@ -653,7 +719,8 @@ std::string LeafType::PrintBits(const Value& value) const {
 std::string LeafType::Print(const Value& value) const {
   if (!members_.empty()) return PrintMember(value);
   if (value.type() != value_type_) Reject(TypeName(value.type()));
-  switch (RowOf(value_type_).text) {
+  std::string text;
+  switch (text_form_) {
     case TextForm::kNumber:
       return IsSigned(value_type_) ? std::to_string(value.signed_bits())
                                    : std::to_string(value.bits());
@@ -690,6 +757,21 @@ std::string LeafType::Print(const Value& value) const {
       return text::PrintBase64(value.text());
     case TextForm::kHex:
       return text::PrintHex(value.text());
+    case TextForm::kUpperHex:
+      return text::PrintUpperHex(value.text());
+    case TextForm::kBareHex:
+      return text::PrintBareHex(value.text());
+    case TextForm::kOctets:
+      return text::PrintOctets(value.text());
+    case TextForm::kOid:
+      return text::PrintOid(value.text());
+    case TextForm::kDouble:
+      text::AppendDouble(&text, value.as_double());
+      return text;
+    case TextForm::kPlainDouble:
+      return text::PrintPlainDouble(value.as_double());
+    case TextForm::kSize:
+      return text::PrintSize(value.bits());
     case TextForm::kEmpty:
       return "";
     default:

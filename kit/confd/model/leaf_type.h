@@ -31,6 +31,9 @@ class LeafType {
   // pointers to the parsed nodes: only those know typedefs by name.
   LeafType(const lysc_node* node, const NamespaceHashes& hashes);
 
+  // How its values read; of a union, kNone.
+  TextForm text_form() const { return text_form_; }
+
   // What values of this type carry as a tag; of a union, nothing.
   std::optional<ValueType> value_type() const {
     if (!members_.empty()) return std::nullopt;
@@ -106,6 +109,7 @@ class LeafType {
   const lysc_node* node_ = nullptr;
   const lysc_type* compiled_ = nullptr;
   ValueType value_type_ = ValueType::kNoExists;
+  TextForm text_form_ = TextForm::kNone;
   std::string name_;  // as the model writes it, for messages
   bool unrestricted_ = false;
   std::string values_;  // which ones there are, "" where that can't be told

@@ -3,28 +3,51 @@
 #include <libyang/libyang.h>
 
 #include <string_view>
-#include <utility>
 
 namespace kit::store {
 namespace {
 
-constexpr std::pair<std::string_view, ValueType> kWellKnownTypedefs[] = {
-    {"ipv4-address", ValueType::kIpv4},
-    {"ipv4-address-no-zone", ValueType::kIpv4},
-    {"ipv6-address", ValueType::kIpv6},
-    {"ipv6-address-no-zone", ValueType::kIpv6},
-    {"ipv4-prefix", ValueType::kIpv4Prefix},
-    {"ipv6-prefix", ValueType::kIpv6Prefix},
-    {"ipv4-address-and-prefix-length", ValueType::kIpv4AndPlen},
-    {"ipv6-address-and-prefix-length", ValueType::kIpv6AndPlen},
-    {"dotted-quad", ValueType::kDquad},
-    {"date-and-time", ValueType::kDatetime},
-    {"hex-string", ValueType::kHexstr},
+struct WellKnownTypedef {
+  std::string_view name;
+  ValueType type;
+  TextForm text;
 };
 
-std::optional<ValueType> WellKnown(std::string_view name) {
-  for (const auto& [known, type] : kWellKnownTypedefs) {
-    if (name == known) return type;
+// In any module. Typedefs that are not here are what they are made of.
+constexpr WellKnownTypedef kWellKnownTypedefs[] = {
+    {"ipv4-address", ValueType::kIpv4, TextForm::kAddress},
+    {"ipv4-address-no-zone", ValueType::kIpv4, TextForm::kAddress},
+    {"ipv6-address", ValueType::kIpv6, TextForm::kAddress},
+    {"ipv6-address-no-zone", ValueType::kIpv6, TextForm::kAddress},
+    {"ipv4-prefix", ValueType::kIpv4Prefix, TextForm::kPrefix},
+    {"ipv6-prefix", ValueType::kIpv6Prefix, TextForm::kPrefix},
+    {"ipv4-address-and-prefix-length", ValueType::kIpv4AndPlen,
+     TextForm::kAddressAndLength},
+    {"ipv6-address-and-prefix-length", ValueType::kIpv6AndPlen,
+     TextForm::kAddressAndLength},
+    {"dotted-quad", ValueType::kDquad, TextForm::kAddress},
+    {"date-and-time", ValueType::kDatetime, TextForm::kDateTime},
+    {"date", ValueType::kDate, TextForm::kDate},
+    {"time", ValueType::kTime, TextForm::kTime},
+    {"duration", ValueType::kDuration, TextForm::kDuration},
+    {"QName", ValueType::kQname, TextForm::kQname},
+    {"decimal", ValueType::kDouble, TextForm::kPlainDouble},
+    {"float", ValueType::kDouble, TextForm::kDouble},
+    {"double", ValueType::kDouble, TextForm::kDouble},
+    {"size", ValueType::kUint64, TextForm::kSize},
+    {"object-identifier", ValueType::kOid, TextForm::kOid},
+    {"object-identifier-128", ValueType::kOid, TextForm::kOid},
+    {"hex-string", ValueType::kHexstr, TextForm::kHex},
+    {"phys-address", ValueType::kBinary, TextForm::kHex},
+    {"mac-address", ValueType::kBinary, TextForm::kHex},
+    {"hex-list", ValueType::kBinary, TextForm::kUpperHex},
+    {"hexBinary", ValueType::kBinary, TextForm::kBareHex},
+    {"octet-list", ValueType::kBinary, TextForm::kOctets},
+};
+
+std::optional<WellKnownType> WellKnown(std::string_view name) {
+  for (const WellKnownTypedef& known : kWellKnownTypedefs) {
+    if (name == known.name) return WellKnownType{known.type, known.text};
   }
   return std::nullopt;
 }

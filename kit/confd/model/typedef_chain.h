@@ -12,9 +12,15 @@ struct lysp_type;
 
 namespace kit::store {
 
+// What values of a typedef that is known by its name are and look like.
+struct WellKnownType {
+  ValueType type;
+  TextForm text;
+};
+
 struct TypedefChain {
-  // Type of the first well-known typedef on the way to the built-in type.
-  std::optional<ValueType> well_known;
+  // The first well-known typedef on the way to the built-in type.
+  std::optional<WellKnownType> well_known;
   // Whether lengths or patterns are added to that typedef.
   bool restricted;
   // The built-in type's use (or the last one that could be followed) and the

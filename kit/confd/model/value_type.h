@@ -22,17 +22,23 @@ enum class StoredAs : uint8_t {
   kIpv6,        // text: the 16 bytes
   kIpv6Prefix,  // the same; length: of the prefix, in bits
   kBytes,       // text: as they are
-  kDateTime,    // text: as documents have it
+  kDouble,      // number: that orders as the double does
+  kDate,        // text: as documents have it
+  kQname,       // text: "prefix:name"
+  kOid,         // text: four bytes for each number, the highest first
   kIdentity,    // text: "module:name"; number: namespace hash, name hash
 };
 
-// How values read in documents, key paths and traces.
+// How values read in documents, key paths and traces. A well-known typedef may
+// read otherwise than its type.
 enum class TextForm : uint8_t {
   kNone,
   kEmpty,
   kNumber,
   kDecimal,
   kDouble,
+  kPlainDouble,  // without exponents
+  kSize,         // "S1G8M7K956B"
   kBool,
   kEnum,      // by name; in keys by number too
   kBits,      // by names; in keys by number
@@ -40,8 +46,12 @@ enum class TextForm : uint8_t {
   kPlain,
   kPath,  // an instance identifier: plain, but no key
   kBase64,
-  kHex,
-  kQname,  // "prefix:name"
+  kHex,       // "0a:1b"
+  kUpperHex,  // "0A:1B"
+  kBareHex,   // "0A1B"
+  kOctets,    // "10.27"
+  kOid,       // "1.3.6.1"
+  kQname,     // "prefix:name"
   kAddress,
   kPrefix,            // "ADDRESS/LENGTH", the bits behind the length clear
   kAddressAndLength,  // "ADDRESS/LENGTH"
@@ -70,20 +80,21 @@ enum class TextForm : uint8_t {
   ROW(kUint16,      C_UINT16,            11, kUnsigned,     16, kNumber,           val.u16)    \
   ROW(kUint32,      C_UINT32,            12, kUnsigned,     32, kNumber,           val.u32)    \
   ROW(kUint64,      C_UINT64,            13, kUnsigned,     64, kNumber,           val.u64)    \
-  ROW(kDouble,      C_DOUBLE,            14, kNothing,       0, kDouble,           val.d)      \
+  ROW(kDouble,      C_DOUBLE,            14, kDouble,       64, kDouble,           val.d)      \
   ROW(kIpv4,        C_IPV4,              15, kIpv4,         32, kAddress,          val.ip)     \
   ROW(kIpv6,        C_IPV6,              16, kIpv6,        128, kAddress,          val.ip6)    \
   ROW(kBool,        C_BOOL,              17, kBool,          1, kBool,             val.boolean)\
-  ROW(kQname,       C_QNAME,             18, kNothing,       0, kQname,            val.qname)  \
-  ROW(kDatetime,    C_DATETIME,          19, kDateTime,      0, kDateTime,         val.datetime)\
-  ROW(kDate,        C_DATE,              20, kNothing,       0, kDate,             val.date)   \
-  ROW(kTime,        C_TIME,              23, kNothing,       0, kTime,             val.time)   \
-  ROW(kDuration,    C_DURATION,          27, kNothing,       0, kDuration,         val.duration)\
+  ROW(kQname,       C_QNAME,             18, kQname,         0, kQname,            val.qname)  \
+  ROW(kDatetime,    C_DATETIME,          19, kDate,          0, kDateTime,         val.datetime)\
+  ROW(kDate,        C_DATE,              20, kDate,          0, kDate,             val.date)   \
+  ROW(kTime,        C_TIME,              23, kDate,          0, kTime,             val.time)   \
+  ROW(kDuration,    C_DURATION,          27, kDate,          0, kDuration,         val.duration)\
   ROW(kEnum,        C_ENUM_VALUE,        28, kSigned,       32, kEnum,             val.enumvalue)\
   ROW(kBit32,       C_BIT32,             29, kUnsigned,     32, kBits,             val.b32)    \
   ROW(kBit64,       C_BIT64,             30, kUnsigned,     64, kBits,             val.b64)    \
   ROW(kList,        C_LIST,              31, kNothing,       0, kList,             val.list)   \
   ROW(kObjectRef,   C_OBJECTREF,         34, kBytes,         0, kPath,             val.buf)    \
+  ROW(kOid,         C_OID,               38, kOid,           0, kOid,              val.oidp)   \
   ROW(kBinary,      C_BINARY,            39, kBytes,         0, kBase64,           val.buf)    \
   ROW(kIpv4Prefix,  C_IPV4PREFIX,        40, kIpv4Prefix,   32, kPrefix,           val.ipv4prefix)\
   ROW(kIpv6Prefix,  C_IPV6PREFIX,        41, kIpv6Prefix,  128, kPrefix,           val.ipv6prefix)\

@@ -261,7 +261,7 @@ TEST(Describe, MarksWhatItCannotShow) {
               CONFD_SET_IPV4PREFIX(v, (confd_ipv4_prefix{{}, 33}));
             }),
             "C_IPV4PREFIX ?");
-  EXPECT_EQ(Describe(OfType(C_OID)), "C_? ?");
+  EXPECT_EQ(Describe(OfType(C_UNION)), "C_? ?");
   EXPECT_EQ(Describe(OfType(C_MAXTYPE)), "C_? ?");
 }
 

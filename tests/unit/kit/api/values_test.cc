@@ -61,6 +61,17 @@ TEST(Values, SurviveTheWayToCAndBack) {
        "C_DATETIME 2026-11-20T21:47:00-03:30"},
       {Value::Text(ValueType::kIdentityref, "", 0, uint64_t{1001} << 32 | 7),
        "C_IDENTITYREF 1001:7"},
+      {Value::Double(ValueType::kDouble, -2.5), "C_DOUBLE -2.5"},
+      {Value::Text(ValueType::kDate, "2026-11-20-05:30"),
+       "C_DATE 2026-11-20-05:30"},
+      {Value::Text(ValueType::kTime, "21:47:00.25"), "C_TIME 21:47:00.25"},
+      {Value::Text(ValueType::kDuration, "P1Y2M3DT4H5M6.000007S"),
+       "C_DURATION P1Y2M3DT4H5M6.000007S"},
+      {Value::Text(ValueType::kQname, "p:name"), "C_QNAME p:name"},
+      {Value::Text(ValueType::kQname, "name"), "C_QNAME name"},
+      {Value::Text(ValueType::kOid,
+                   std::string("\0\0\0\1\0\0\0\3\xff\0\0\2", 12)),
+       "C_OID 1.3.4278190082"},
       {Value::Number(ValueType::kEmpty, 0), "C_EMPTY"},
   };
   for (const auto& [value, description] : cases) {
@@ -105,9 +116,8 @@ std::string ErrorOf(const confd_value_t& value) {
 }
 
 TEST(Values, OfTypesThatNoLeafHasCannotBeWritten) {
-  for (confd_vtype type :
-       {C_NOEXISTS, C_XMLTAG, C_SYMBOL, C_DOUBLE, C_QNAME, C_DATE, C_TIME,
-        C_DURATION, C_LIST, C_UNION, C_OID, C_DEFAULT, C_MAXTYPE}) {
+  for (confd_vtype type : {C_NOEXISTS, C_XMLTAG, C_SYMBOL, C_LIST, C_UNION,
+                           C_DEFAULT, C_MAXTYPE}) {
     confd_value_t value = {};
     value.type = type;
     EXPECT_EQ(ErrorOf(value), "5: a value of type number " +
@@ -120,8 +130,28 @@ TEST(Values, WithoutTheirBytesCannotBeWritten) {
   confd_value_t value = {};
   CONFD_SET_HEXSTR(&value, nullptr, 3);
   EXPECT_EQ(ErrorOf(value), "5: a C_HEXSTR value has a NULL pointer");
+  value.type = C_OID;
+  value.val.oidp = nullptr;
+  EXPECT_EQ(ErrorOf(value), "5: a C_OID value has a NULL pointer");
+  CONFD_SET_QNAME(&value, nullptr, 1, "n", 1);
+  EXPECT_EQ(ErrorOf(value), "5: a C_QNAME value has a NULL pointer");
+  CONFD_SET_QNAME(&value, "p", 1, nullptr, 0);
+  EXPECT_EQ(ErrorOf(value), "5: a C_QNAME value has a NULL pointer");
   CONFD_SET_HEXSTR(&value, nullptr, 0);
   EXPECT_EQ(FromC(value), Value::Text(ValueType::kHexstr, ""));
+}
+
+TEST(Values, HoldNoMoreNumbersThanAnObjectIdentifierMay) {
+  confd_snmp_oid oid = {};
+  confd_value_t value = {};
+  CONFD_SET_OID(&value, &oid);
+  for (const int length : {-1, 0, 129}) {
+    oid.len = length;
+    EXPECT_EQ(ErrorOf(value), "5: an object identifier of " +
+                                  std::to_string(length) + " numbers");
+  }
+  oid.len = 128;
+  EXPECT_EQ(FromC(value).text(), std::string(128 * 4, '\0'));
 }
 
 TEST(Values, AreReleasedWithAllTheyOwn) {
