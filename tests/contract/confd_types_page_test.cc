@@ -1,5 +1,8 @@
 // What confd_types(3) says of values, and of the types that models give them.
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -256,6 +259,86 @@ std::string Text(const confd_datetime& date) {
                 date.month, date.day, date.hour, date.min, date.sec, date.micro,
                 date.timezone, date.timezone_minutes);
   return text;
+}
+
+// In each of some places on earth.
+class ConfdTypesPageAnywhere : public ConfdTypesPage,
+                               public testing::WithParamInterface<const char*> {
+ protected:
+  ConfdTypesPageAnywhere() {
+    if (const char* zone = std::getenv("TZ")) zone_ = zone;
+    setenv("TZ", GetParam(), 1);
+    tzset();
+  }
+  ~ConfdTypesPageAnywhere() override {
+    if (zone_) {
+      setenv("TZ", zone_->c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+    tzset();
+  }
+
+  std::string Moment(const char* path) const {
+    confd_value_t value;
+    if (maapi_get_elem(maapi_, th_, &value, "%s", path) != CONFD_OK) {
+      return ErrorName(confd_errno);
+    }
+    return Text(CONFD_GET_DATETIME(&value));
+  }
+
+ private:
+  std::optional<std::string> zone_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Zones, ConfdTypesPageAnywhere,
+                         testing::Values("UTC", "EST5EDT", "IST-5:30"));
+
+TEST_P(ConfdTypesPageAnywhere, DatesKeepTheirFieldsAndOffset) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"2026-02-03T04:05:06Z", "2026-2-3 4:5:6.0 0 0"},
+      {"2026-02-03T04:05:06+00:00", "2026-2-3 4:5:6.0 0 0"},
+      {"2026-07-03T04:05:06.5+01:00", "2026-7-3 4:5:6.500000 1 0"},
+      {"2026-07-03T04:05:06-05:30", "2026-7-3 4:5:6.0 -5 30"},
+      {"2026-07-03T04:05:06+05:45", "2026-7-3 4:5:6.0 5 45"},
+      {"2026-07-03T04:05:06-00:30", "2026-7-3 4:5:6.0 0 -30"},
+      {"2026-07-03T04:05:06+00:30", "2026-7-3 4:5:6.0 0 30"},
+      {"2026-07-03T04:05:06-00:00", "2026-7-3 4:5:6.0 -111 0"},
+      {"2026-07-03T23:59:59-14:00", "2026-7-3 23:59:59.0 -14 0"},
+  };
+  for (const auto& [text, fields] : cases) {
+    const std::string value = text;
+    OpenWith("dates", "<moment>" + value + "</moment><loose-moment>" + value +
+                          "</loose-moment><moment-or-word>" + value +
+                          "</moment-or-word><at><k>" + value + "</k></at>");
+    EXPECT_EQ(Moment("/dates/moment"), fields);
+    EXPECT_EQ(Moment("/dates/loose-moment"), fields);
+    EXPECT_EQ(Moment("/dates/moment-or-word"), fields);
+    maapi_cursor mc;
+    ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/dates/at"), CONFD_OK);
+    ASSERT_EQ(maapi_get_next(&mc), CONFD_OK);
+    EXPECT_EQ(Text(CONFD_GET_DATETIME(&mc.keys[0])), fields);
+    // What was read can be written, and is found again as a key.
+    EXPECT_EQ(Set("/dates/moment", mc.keys[0]), "ok");
+    EXPECT_EQ(Moment("/dates/moment"), fields);
+    EXPECT_EQ(maapi_exists(maapi_, th_, "/dates/at{%x}", &mc.keys[0]), 1);
+    maapi_destroy_cursor(&mc);
+  }
+}
+
+TEST_P(ConfdTypesPageAnywhere, DefaultsKeepTheirOffsetToo) {
+  EXPECT_EQ(Moment("/dates/moment"), "2000-1-1 0:0:0.0 -5 30");
+}
+
+TEST_P(ConfdTypesPageAnywhere, DatesAreSavedAsTheyWereRead) {
+  OpenWith("dates",
+           "<moment>2026-07-03T04:05:06.5-05:30</moment>"
+           "<date>2026-07-03+02:00</date>");
+  EXPECT_EQ(database_->Validate().size(), 0u);
+  const std::string saved = Saved();
+  EXPECT_NE(saved.find(">2026-07-03T04:05:06.5-05:30<"), std::string::npos)
+      << saved;
+  EXPECT_NE(saved.find(">2026-07-03+02:00<"), std::string::npos) << saved;
 }
 
 TEST_F(ConfdTypesPage, DatesOfImpossibleFieldsAreBadTypes) {

@@ -9,6 +9,7 @@
 #include "kit/confd/model/libyang_messages.h"
 #include "kit/confd/model/memory.h"
 #include "kit/confd/model/module_folder.h"
+#include "kit/confd/model/text_dates.h"
 
 namespace kit::store {
 namespace {
@@ -74,6 +75,7 @@ Schema::Schema(const std::filesystem::path& directory,
                const LeafType::NamespaceHashes& hashes)
     : serial_(NewSerial()), hashes_(hashes) {
   LoadModules(directory);
+  KeepDatesAsText(context_.get());
 
   root_.kind = NodeKind::kRoot;
   uint32_t index = 0;
