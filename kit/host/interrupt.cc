@@ -3,24 +3,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <ctime>
-#include <iterator>
 
 #include "kit/host/descendants.h"
 
 namespace kit::host {
 namespace {
-
-constexpr int kCrashes[] = {SIGABRT, SIGBUS, SIGFPE, SIGILL,
-                            SIGSEGV, SIGSYS, SIGTRAP};
-
-bool IsCrash(int signal) {
-  return std::find(std::begin(kCrashes), std::end(kCrashes), signal) !=
-         std::end(kCrashes);
-}
 
 // Whether the signal ends a process that does nothing about it.
 bool IsFatal(int signal) {
@@ -55,7 +45,7 @@ sigset_t InterruptSet() {
 }
 
 // Only calls that are safe in a signal handler.
-void CleanUpAndExit(int signal) {
+void CleanUpAndDie(int signal) {
   const pid_t worker = worker_pid;
   // Gives up after some seconds: a process can be beyond being killed.
   for (int tries = 0; worker > 0 && tries < 5000; ++tries) {
@@ -66,7 +56,8 @@ void CleanUpAndExit(int signal) {
     }
   }
   if (clean_up_files != nullptr) clean_up_files();
-  if (!IsCrash(signal)) _exit(128 + signal);
+  // Not an exit with 128 + signal: a shell that runs the program in a loop
+  // would go on after Ctrl-C.
   std::signal(signal, SIG_DFL);
   raise(signal);  // held back until this handler returns
 }
@@ -74,14 +65,14 @@ void CleanUpAndExit(int signal) {
 bool IsHandledHere(int signal) {
   struct sigaction current = {};
   return sigaction(signal, nullptr, &current) == 0 &&
-         current.sa_handler == CleanUpAndExit;
+         current.sa_handler == CleanUpAndDie;
 }
 
 }  // namespace
 
 void InstallInterruptHandlers() {
   struct sigaction action = {};
-  action.sa_handler = CleanUpAndExit;
+  action.sa_handler = CleanUpAndDie;
   action.sa_mask = InterruptSet();
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
     if (!IsFatal(signal)) continue;

@@ -9,9 +9,9 @@
 
 namespace kit::host {
 
-// Makes every signal that would end the program clean up first and then exit
-// with 128 + the signal's number; those of a crash still kill it, so that there
-// is a core. Signals that the program was started with ignored stay so.
+// Makes every signal that would end the program clean up first; then it kills
+// the program as it would have. Signals that the program was started with
+// ignored stay so.
 void InstallInterruptHandlers();
 
 // What there is to clean up; 0 and null are nothing. The function may only make

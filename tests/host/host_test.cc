@@ -205,7 +205,8 @@ Outcome HostTest::Finish(pid_t pid) const {
   }
   const fs::path outside = folder_.parent_path();
   return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
-          ReadFile(outside / kStdout), ReadFile(outside / kStderr)};
+          ReadFile(outside / kStdout), ReadFile(outside / kStderr),
+          WIFSIGNALED(status) ? WTERMSIG(status) : 0};
 }
 
 Outcome HostTest::Run(const std::vector<std::string>& args,

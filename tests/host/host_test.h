@@ -43,6 +43,7 @@ struct Outcome {
   int exit_code;  // 128 + N when signal N ended it
   std::string out;
   std::string err;
+  int signal;  // that ended it, or 0
 };
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
