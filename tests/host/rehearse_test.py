@@ -1,5 +1,9 @@
 #!/usr/bin/env python3
-"""What scripts/build-preset does, in a clone of its own."""
+"""What scripts/rehearse and scripts/build-preset do, in a clone of their own.
+
+Arguments: the host, the folder of the tests' plug-ins, the folder of the models
+that go with them.
+"""
 
 import os
 import pathlib
@@ -9,9 +13,27 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "scripts"
+
+DEMO = ('<demo xmlns="urn:demo"><item><id>1</id><label>one</label></item>'
+        "</demo>")
+
+# Exits with the number in the configuration's name, after printing its words.
+# The help has options as the real one prints them.
+FAKE_HOST = """#!/bin/bash
+if [ "$2" = --help ]; then
+  printf '  %s\\n' '-h,--help           Print this' '-o,--output FILE    Write' \\
+    '--timeout S=60      Give up' '--json Excludes: --quiet'
+  exit
+fi
+printf '<%s>' "$@"; echo
+for config; do :; done
+code=${config//[!0-9]/}
+exit "${code:-0}"
+"""
 
 PRESETS = """{"version": 6, "configurePresets": [
   {"name": "mini", "generator": "Ninja",
@@ -37,7 +59,14 @@ class Clone(unittest.TestCase):
         self.addCleanup(self.folder.cleanup)
         self.root = pathlib.Path(self.folder.name).resolve() / "clone"
         (self.root / "scripts").mkdir(parents=True)
-        shutil.copy(SCRIPTS / "build-preset", self.root / "scripts")
+        for script in "rehearse", "build-preset":
+            shutil.copy(SCRIPTS / script, self.root / "scripts")
+
+    def script(self, name, text):
+        path = self.root / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+        path.chmod(0o755)
 
     def start(self, name, *args, **options):
         return subprocess.Popen(
@@ -50,6 +79,91 @@ class Clone(unittest.TestCase):
         process = self.start(name, *args)
         out, err = process.communicate()
         return process.returncode, out, err
+
+
+class RehearseTest(Clone):
+
+    def setUp(self):
+        super().setUp()
+        self.script("scripts/setup", "#!/bin/bash\n")
+        self.script("build/release/bin/ospf-upgrade", FAKE_HOST)
+
+    def rehearse(self, *args):
+        self.script("scripts/build-preset", "#!/bin/bash\n")
+        return self.run_script("rehearse", *args)
+
+    def test_the_worst_of_all_statuses_is_the_scripts(self):
+        code, out, _ = self.rehearse("a1.xml", "b5.xml", "c2.xml", "d0.xml")
+        self.assertEqual(code, 5)
+        self.assertIn("== d0.xml\n<run><d0.xml>\n", out)
+
+    def test_success_of_all_is_success(self):
+        self.assertEqual(self.rehearse("a0.xml", "b0.xml")[0], 0)
+
+    def test_options_are_the_hosts(self):
+        rows = [
+            (["--json", "a.xml"], ["<run><--json><a.xml>"]),
+            (["a.xml", "--json"], ["<run><--json><a.xml>"]),
+            (["--timeout", "5", "a.xml", "b.xml"],
+             ["<run><--timeout><5><a.xml>", "<run><--timeout><5><b.xml>"]),
+            (["--timeout=5", "a.xml"], ["<run><--timeout=5><a.xml>"]),
+            (["-o", "out 1", "a.xml"], ["<run><-o><out 1><a.xml>"]),
+            (["--output", "x", "-"], ["<run><--output><x><->"]),
+            (["--json", "--", "-a.xml"], ["<run><--json><./-a.xml>"]),
+            (["--json"], ["<run><--json><examples/branch-router.xml>"]),
+            ([], ["<run><examples/branch-router.xml>"]),
+        ]
+        for args, expected in rows:
+            with self.subTest(args=args):
+                code, out, err = self.rehearse(*args)
+                calls = [line for line in out.splitlines()
+                         if not line.startswith("==")]
+                self.assertEqual((code, calls), (0, expected), err)
+
+    def test_an_option_without_its_value_is_a_usage_error(self):
+        code, out, err = self.rehearse("--timeout")
+        self.assertEqual((code, out), (3, ""))
+        self.assertIn("--timeout needs a value", err)
+
+    def test_help_says_what_there_is_without_building(self):
+        self.script("scripts/setup", "#!/bin/bash\nexit 1\n")
+        code, out, _ = self.run_script("rehearse", "--help")
+        self.assertEqual(code, 0)
+        self.assertIn("rehearse [OPTION...] [CONFIG...]", out)
+
+    def test_a_build_that_fails_runs_no_old_host(self):
+        (self.root / "build/release/build.log").mkdir()
+        code, out, err = self.run_script("rehearse", "a.xml")
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("build/release/build.log cannot be written", err)
+
+    def test_a_signal_to_the_host_is_the_end(self):
+        self.script("build/release/bin/ospf-upgrade",
+                    FAKE_HOST.replace("exit \"", "kill -TERM $$; : \""))
+        code, out, _ = self.rehearse("a.xml", "b.xml")
+        self.assertEqual(code, 128 + signal.SIGTERM)
+        self.assertNotIn("== b.xml", out)
+
+    def test_ctrl_c_ends_the_script_and_all_of_the_run(self):
+        host, plugins, models = ARGUMENTS
+        self.script("scripts/build-preset", "#!/bin/bash\n")
+        self.script("build/release/bin/ospf-upgrade",
+                    f'#!/bin/bash\nexec {host} "$@"\n')
+        for name in "a.xml", "b.xml":
+            (self.root / name).write_text(DEMO)
+        log = self.root / "log"
+        process = self.start(
+            "rehearse", "--plugin", f"{plugins}/hangs.so", "--yang-before",
+            f"{models}/before", "--yang-after", f"{models}/after", "--log", log,
+            "--timeout", "20", "a.xml", "b.xml")
+        deadline = time.monotonic() + 20
+        while not (log.exists() and "started" in log.read_text()):
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.01)
+        os.killpg(process.pid, signal.SIGINT)
+        out, _ = process.communicate()
+        self.assertEqual(process.returncode, -signal.SIGINT)
+        self.assertNotIn("== b.xml", out)
 
 
 class BuildPresetTest(Clone):
@@ -112,4 +226,5 @@ class BuildPresetTest(Clone):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    ARGUMENTS = sys.argv[1:4]
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:])
