@@ -123,7 +123,7 @@ class Finisher {
     throw FailureError(
         {ExitCode::kPluginDied,
          "the plug-in starts threads in processes that are forked from its own",
-         "start none in a handler of pthread_atfork", task_.plugin});
+         "start none in a handler of pthread_atfork"});
   }
 
   bool Validate() {

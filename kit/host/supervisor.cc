@@ -428,10 +428,24 @@ class Supervisor {
                                    fmt::format("[... {} bytes ...]", trimmed_));
     }
     JudgeRun();
+    NamePlugin();
     if (report_.failure && report_.failure->code == ExitCode::kPluginDied &&
         progress_->out_of_memory()) {
       if (const auto memory = limits_.OfMemory()) FailForLimit(*memory);
     }
+  }
+
+  // A failure of the plug-in is one with this configuration; which plug-in it
+  // was comes last.
+  void NamePlugin() {
+    if (!report_.failure) return;
+    Failure& failure = *report_.failure;
+    if (failure.code != ExitCode::kPluginFailed &&
+        failure.code != ExitCode::kPluginDied) {
+      return;
+    }
+    failure.file = report_.config;
+    failure.details.push_back("plug-in: " + task_.plugin);
   }
 
   void JudgeRun() {
@@ -490,7 +504,7 @@ class Supervisor {
     const ExitCode code = phase_ == Phase::kReading  ? ExitCode::kBadInput
                           : phase_ == Phase::kSaving ? ExitCode::kOutputFailed
                                                      : ExitCode::kInternal;
-    FailStep(
+    Fail(
         code,
         fmt::format("{} was not finished within {} s", Describe(phase_), limit),
         kGiveMoreTime);
@@ -514,7 +528,7 @@ class Supervisor {
     if (WIFEXITED(end_->status) && WEXITSTATUS(end_->status) == kMemoryLost) {
       const Failure failure =
           UnexpectedFailure(std::bad_alloc(), " while handing the result over");
-      FailStep(failure.code, failure.reason, failure.advice);
+      Fail(failure.code, failure.reason, failure.advice);
       return;
     }
     const std::string death = DescribeEnd(*end_);
@@ -524,25 +538,19 @@ class Supervisor {
     }
     const bool killed =
         WIFSIGNALED(end_->status) && WTERMSIG(end_->status) == SIGKILL;
-    FailStep(ExitCode::kInternal,
-             fmt::format("this program {} while {}", death, Describe(phase_)),
-             killed ? "somebody ended it, or the machine ran out of memory or "
-                      "a limit was reached; run again with more"
-                    : "report this together with the configuration");
+    Fail(ExitCode::kInternal,
+         fmt::format("this program {} while {}", death, Describe(phase_)),
+         killed ? "somebody ended it, or the machine ran out of memory or "
+                  "a limit was reached; run again with more"
+                : "report this together with the configuration");
     AddPluginOutput();
   }
 
-  // Not the plug-in's fault.
-  void FailStep(ExitCode code, std::string reason, std::string advice) {
-    Fail(code, std::move(reason), std::move(advice));
-    report_.failure->file = report_.config;
-  }
-
   void FailForLimit(const Limits::Exhaustion& exhaustion) {
-    FailStep(ExitCode::kInternal,
-             fmt::format("this program {} while {}", exhaustion.reason,
-                         Describe(phase_)),
-             exhaustion.advice);
+    Fail(ExitCode::kInternal,
+         fmt::format("this program {} while {}", exhaustion.reason,
+                     Describe(phase_)),
+         exhaustion.advice);
   }
 
   void FailForConnection(const std::string& reason) {
@@ -574,9 +582,8 @@ class Supervisor {
   }
 
   void Fail(ExitCode code, std::string reason, std::string advice) {
-    report_.failure = Failure{
-        code, std::move(reason), std::move(advice),
-        code == ExitCode::kInvalidResult ? report_.config : task_.plugin};
+    report_.failure =
+        Failure{code, std::move(reason), std::move(advice), report_.config};
   }
 
   const WorkerTask& task_;

@@ -164,13 +164,11 @@ std::string CurrentExceptionType() {
   return status == 0 ? name.get() : type->name();
 }
 
-Failure ExceptionFailure(const std::string& plugin,
-                         const std::string& exception) {
+Failure ExceptionFailure(const std::string& exception) {
   return {
       ExitCode::kPluginDied,
       fmt::format("an exception left the plug-in: {}", exception),
-      "no exception may leave update: a device's framework would end with it",
-      plugin};
+      "no exception may leave update: a device's framework would end with it"};
 }
 
 // Notes that memory ran out: what becomes of the plug-in then may not be its
@@ -297,16 +295,15 @@ class Worker {
         progress_.SetOutOfMemory();
       }
       Fail(ExceptionFailure(
-          task_.plugin,
           fmt::format("{} ({})", CurrentExceptionType(), error.what())));
     } catch (...) {
       // pthread_exit unwinds the stack with something that has no type.
       if (abi::__cxa_current_exception_type() == nullptr) {
         Fail({ExitCode::kPluginDied,
               "the plug-in ended the thread that called it",
-              "return from update", task_.plugin});
+              "return from update"});
       }
-      Fail(ExceptionFailure(task_.plugin, CurrentExceptionType()));
+      Fail(ExceptionFailure(CurrentExceptionType()));
     }
   }
 

@@ -14,6 +14,7 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 class PluginTest : public HostTest {
  protected:
@@ -26,6 +27,12 @@ class PluginTest : public HostTest {
     EXPECT_EQ(outcome.exit_code, exit_code) << plugin << "\n" << outcome;
     EXPECT_THAT(NewFiles(), IsEmpty());
     EXPECT_EQ(Read("demo.xml"), kDemoXml);
+    if (exit_code == 1 || exit_code == 5) {
+      EXPECT_THAT(
+          outcome.err,
+          AllOf(StartsWith("ospf-upgrade: " + Path("demo.xml") + ": "),
+                HasSubstr("\n  plug-in: " + PluginPath(plugin) + "\n")));
+    }
     return outcome;
   }
 };

@@ -37,7 +37,9 @@ TEST_F(TerminalTest, AnExceptionsTextIsOneLine) {
       outcome.err,
       AllOf(IsHarmless(), Not(HasSubstr("\nWritten")),
             HasSubstr("std::runtime_error (gone\\nWritten: out.xml\\u2029"
-                      "\\x1b]0;title\\x07)\n  What to do: no exception")));
+                      "\\x1b]0;title\\x07)\n  plug-in: " +
+                      PluginPath("forges_exception") +
+                      "\n  What to do: no exception")));
 }
 
 TEST_F(TerminalTest, TheLastWordsOfAPluginAreIndentedAndItsLastCallOneLine) {
@@ -160,7 +162,7 @@ TEST_F(TerminalTest, JsonHasTheLinesBelowAReasonApart) {
   const auto report = nlohmann::json::parse(
       RunDemo("forges_and_aborts", {Config(), "--json"}).out);
   const auto& details = report["error"]["details"];
-  ASSERT_EQ(details.size(), 4U) << details;
+  ASSERT_EQ(details.size(), 5U) << details;
   EXPECT_EQ(details[0], "it printed:");
   EXPECT_EQ(details[1], "  printed\u009b31m");
   EXPECT_EQ(details[3], "last ConfD call, number 1: " +
