@@ -37,6 +37,7 @@ class StepTimer {
     function();
     last_ = Clock::now();
   }
+  Clock::duration spent() const { return spent_; }
   bool IsOver() const { return limited_ && spent_ >= limit_; }
   // At most `most`.
   std::chrono::milliseconds Left(std::chrono::milliseconds most) const {

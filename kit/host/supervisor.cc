@@ -36,6 +36,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kTick(200);
+// A plug-in that has made no call for so long is said to hang.
+constexpr std::chrono::seconds kIdleTime(1);
 // Until killed processes are gone; only the system can keep them longer.
 constexpr std::chrono::seconds kDyingTime(10);
 constexpr std::chrono::milliseconds kDyingTick(5);
@@ -264,6 +266,9 @@ class Supervisor {
 
   void CheckTime() {
     timer_.Tick();
+    const uint64_t calls = progress_->calls();
+    if (calls != calls_seen_) last_call_at_ = timer_.spent();
+    calls_seen_ = calls;
     if (!end_ && !is_over_ && timer_.IsOver()) timed_out_ = true;
   }
 
@@ -498,7 +503,17 @@ class Supervisor {
   void JudgeTimeout() {
     const double limit = supervision_.timeout_s;
     if (IsPluginPhase(phase_)) {
-      FailPlugin(fmt::format("hung: it did not finish within {} s", limit));
+      const std::chrono::duration<double> idle = timer_.spent() - last_call_at_;
+      if (idle < kIdleTime && idle.count() < limit / 2) {
+        FailPlugin(fmt::format("was still at work after {} s, {} made", limit,
+                               Counted(progress_->calls(), "call", "calls")),
+                   kGiveMoreTime);
+      } else {
+        FailPlugin(fmt::format(
+            "hung: it did not finish within {} s, and made no call in the last "
+            "{:.1f} s",
+            limit, idle.count()));
+      }
       return;
     }
     const ExitCode code = phase_ == Phase::kReading  ? ExitCode::kBadInput
@@ -559,10 +574,10 @@ class Supervisor {
          kNoteTheCall);
   }
 
-  void FailPlugin(const std::string& death) {
+  void FailPlugin(const std::string& death, const char* advice = kNoteTheCall) {
     Fail(ExitCode::kPluginDied,
          fmt::format("the plug-in {} (while {})", death, Describe(phase_)),
-         kNoteTheCall);
+         advice);
     AddPluginOutput();
     const auto last_call = progress_->LastCall();
     report_.failure->details.push_back(
@@ -609,6 +624,8 @@ class Supervisor {
   std::optional<DoneMessage> done_;
   std::optional<std::string> corrupted_;
   size_t journal_size_ = 0;
+  uint64_t calls_seen_ = 0;
+  StepTimer::Clock::duration last_call_at_{};  // of the step's time
   bool timed_out_ = false;
   bool outlived_ = false;
   Report report_;
