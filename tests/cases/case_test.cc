@@ -7,6 +7,7 @@
 // A case in which the process aborts has no expected.xml.
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -72,7 +73,14 @@ class UpgradeCaseTest : public testing::Test {
   // The last error belongs to a thread, and logs may quote a stale one: in a
   // thread of its own, a case does not see what an earlier one left behind.
   void TestBody() override {
-    std::thread([this] { Run(); }).join();
+    std::thread([this] {
+      try {
+        Run();
+      } catch (const std::exception& error) {
+        // Nobody would catch it outside of the thread.
+        ADD_FAILURE() << error.what();
+      }
+    }).join();
   }
 
  private:
@@ -165,6 +173,11 @@ TEST(UpgradeCasesTest, EachFolderHoldsACase) {
   }
   EXPECT_GT(registered, 0);
   EXPECT_EQ(folders, registered) << "a folder of tests/cases has no case.json";
+}
+
+TEST(UpgradeCasesTest, AFaultyCaseIsAFailureOfThatCaseAlone) {
+  EXPECT_NONFATAL_FAILURE_ON_ALL_THREADS(UpgradeCaseTest("gone").TestBody(),
+                                         "gone/case.json: ");
 }
 
 }  // namespace
