@@ -309,5 +309,17 @@ TEST_F(ReportTest, ControlCharactersOfRecordsDoNotReachTheTerminal) {
                                  HasSubstr("lines and an \\x1b[31mescape")));
 }
 
+TEST_F(ReportTest, WatchingTheCallsDoesNotChangeTheirNumber) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  const auto plain =
+      nlohmann::json::parse(RunDemo("frees", {config, "--json"}).out)["calls"];
+  const auto watched = nlohmann::json::parse(
+      RunDemo("frees", {config, "--json", "--verbose"}).out);
+  EXPECT_EQ(plain["total"], 1);
+  EXPECT_EQ(watched["calls"], plain);
+  ASSERT_EQ(watched["events"].size(), 2U);
+  EXPECT_EQ(watched["events"][1]["text"], "confd_free_value -> 0");
+}
+
 }  // namespace
 }  // namespace host_test
