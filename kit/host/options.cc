@@ -43,7 +43,8 @@ constexpr char kJsonKeys[] =
     "plugin_output, exit_code, outcome, error (reason, details, advice, file,\n"
     "line, path), output, format; null is what does not apply or is not "
     "known.\n"
-    "With --diff also entries (change, list, path, leaves), with --verbose\n"
+    "With --diff also entries (change, list, path, leaves: leaf, before,\n"
+    "after, and the default that holds where one is null), with --verbose\n"
     "also events (log records and calls in their order).";
 
 // The hashes that the device family's data-model compiler gave its modules.

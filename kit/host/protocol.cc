@@ -39,7 +39,7 @@ auto Fields(DoneMessage& m) {
   return std::tie(m.written.bytes, m.written.sum, m.written.sum_of_sums);
 }
 auto Fields(control::LeafChange& leaf) {
-  return std::tie(leaf.leaf, leaf.before, leaf.after);
+  return std::tie(leaf.leaf, leaf.before, leaf.after, leaf.default_value);
 }
 
 class Writer {

@@ -221,7 +221,8 @@ Json EntriesJson(const Report& report) {
     for (const control::LeafChange& leaf : entry.leaves) {
       leaves.push_back({{"leaf", leaf.leaf},
                         {"before", OrNull(leaf.before)},
-                        {"after", OrNull(leaf.after)}});
+                        {"after", OrNull(leaf.after)},
+                        {"default", OrNull(leaf.default_value)}});
     }
     entries.push_back({{"change", Name(entry.kind)},
                        {"list", entry.list},
@@ -285,8 +286,10 @@ std::string RenderEntry(const control::EntryChange& entry) {
       fmt::format("{} {}\n", Mark(entry.kind), OneLine(entry.path));
   const bool both = entry.kind == control::ChangeKind::kChanged;
   for (const control::LeafChange& leaf : entry.leaves) {
-    const std::string before = OneLine(leaf.before.value_or("(none)"));
-    const std::string after = OneLine(leaf.after.value_or("(none)"));
+    const std::string unset =
+        leaf.default_value ? *leaf.default_value + " (default)" : "(none)";
+    const std::string before = OneLine(leaf.before.value_or(unset));
+    const std::string after = OneLine(leaf.after.value_or(unset));
     text += fmt::format("    {}: ", OneLine(leaf.leaf));
     text += both ? fmt::format("{} -> {}\n", before, after)
                  : (leaf.after ? after : before) + "\n";

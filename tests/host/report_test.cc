@@ -219,9 +219,11 @@ TEST_F(ReportTest, JsonHasEntriesWithDiffAndEventsWithVerbose) {
   ASSERT_EQ(report["entries"].size(), 3U);
   EXPECT_EQ(report["entries"][0]["change"], "changed");
   EXPECT_EQ(report["entries"][0]["path"], "/demo/item{1}");
-  EXPECT_EQ(
-      report["entries"][0]["leaves"],
-      Json::array({{{"leaf", "label"}, {"before", "one"}, {"after", "uno"}}}));
+  EXPECT_EQ(report["entries"][0]["leaves"],
+            Json::array({{{"leaf", "label"},
+                          {"before", "one"},
+                          {"after", "uno"},
+                          {"default", nullptr}}}));
   ASSERT_EQ(report["events"].size(), 7U);
   EXPECT_EQ(report["events"][0]["kind"], "call");
   EXPECT_EQ(report["events"][1], Json({{"kind", "log"}, {"text", "2 items"}}));
@@ -307,6 +309,19 @@ TEST_F(ReportTest, ControlCharactersOfRecordsDoNotReachTheTerminal) {
   const Outcome outcome = RunDemo("many_records", {Config()});
   EXPECT_THAT(outcome.out, AllOf(Not(HasSubstr("\x1b")),
                                  HasSubstr("lines and an \\x1b[31mescape")));
+}
+
+TEST_F(ReportTest, TheOldValueOfALeafThatNobodySetIsItsDefault) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  const Outcome outcome = RunDemo("sets_size", {config, "--diff"});
+  EXPECT_THAT(outcome.out, HasSubstr("\n~ /demo/item{2}\n"
+                                     "    size: 1 (default) -> 5\n"));
+  const auto report = nlohmann::json::parse(
+      RunDemo("sets_size", {config, "--diff", "--json"}).out);
+  const auto& leaf = report["entries"][0]["leaves"][0];
+  EXPECT_EQ(leaf["before"], nullptr);
+  EXPECT_EQ(leaf["after"], "5");
+  EXPECT_EQ(leaf["default"], "1");
 }
 
 TEST_F(ReportTest, WatchingTheCallsDoesNotChangeTheirNumber) {

@@ -30,7 +30,8 @@ EntryChange ToChange(const store::EntryDifference& difference) {
   EntryChange change{
       KindOf(difference.kind), difference.list->Path(), difference.path, {}};
   for (const store::LeafDifference& leaf : difference.leaves) {
-    change.leaves.push_back({leaf.leaf, leaf.before, leaf.after});
+    change.leaves.push_back(
+        {leaf.leaf, leaf.before, leaf.after, leaf.default_value});
   }
   return change;
 }

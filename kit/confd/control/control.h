@@ -88,6 +88,9 @@ struct LeafChange {
   std::string leaf;  // relative to the entry
   std::optional<std::string> before;
   std::optional<std::string> after;
+  // What holds where nothing is set, before or after; nothing where there is no
+  // default, or no entry either.
+  std::optional<std::string> default_value = {};
 };
 
 // One list entry (or the nodes outside of any list, with list "/") that the

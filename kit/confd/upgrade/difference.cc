@@ -15,7 +15,8 @@ class Comparison {
         DifferenceKind::kChanged, &schema, path.empty() ? "/" : path, {}};
     if (before == nullptr) difference.kind = DifferenceKind::kCreated;
     if (after == nullptr) difference.kind = DifferenceKind::kDeleted;
-    Leaves(schema, before, after, "", difference.leaves);
+    Leaves(schema, before, after, before != nullptr && after != nullptr, "",
+           difference.leaves);
     if (difference.kind != DifferenceKind::kChanged ||
         !difference.leaves.empty()) {
       sink_(difference);
@@ -27,23 +28,49 @@ class Comparison {
   static std::optional<std::string> LeafText(const Node* node,
                                              const SchemaNode& leaf) {
     if (node == nullptr || !node->IsSet(leaf)) return std::nullopt;
+    return ValueText(*node, leaf);
+  }
+
+  // Set or by default.
+  static std::string ValueText(const Node& node, const SchemaNode& leaf) {
     if (leaf.kind == NodeKind::kLeaf) {
-      return leaf.type->Print(*node->SetValue(leaf));
+      return leaf.type->Print(*node.LeafValue(leaf));
     }
+    return ListText(leaf, node.LeafListValues(leaf));
+  }
+
+  static std::string ListText(const SchemaNode& leaf_list,
+                              const std::vector<Value>& values) {
     std::string text = "[";
-    for (const Value& value : node->LeafListValues(leaf)) {
+    for (const Value& value : values) {
       if (text.size() > 1) text += ' ';
-      text += leaf.type->Print(value);
+      text += leaf_list.type->Print(value);
     }
     return text + "]";
+  }
+
+  // What holds in the node, which may be a container without presence that was
+  // never made, where the leaf is not set.
+  static std::optional<std::string> DefaultText(const Node* node,
+                                                const SchemaNode& leaf) {
+    if (node != nullptr) {
+      if (!node->HasValue(leaf)) return std::nullopt;
+      return ValueText(*node, leaf);
+    }
+    if (leaf.in_choice) return std::nullopt;
+    if (leaf.default_value) return leaf.type->Print(*leaf.default_value);
+    if (leaf.default_values.empty()) return std::nullopt;
+    return ListText(leaf, leaf.default_values);
   }
 
   static const Node* ContainerOf(const Node* node, const SchemaNode& schema) {
     return node == nullptr ? nullptr : node->FindContainer(schema);
   }
 
+  // both_there: neither side lacks the entry, or a presence container above.
   static void Leaves(const SchemaNode& schema, const Node* before,
-                     const Node* after, const std::string& prefix,
+                     const Node* after, bool both_there,
+                     const std::string& prefix,
                      std::vector<LeafDifference>& leaves) {
     for (const auto& child : schema.children) {
       std::string name = prefix + child->PathName();
@@ -52,10 +79,14 @@ class Comparison {
         if (child->is_key()) continue;
         auto old_text = LeafText(before, *child);
         auto new_text = LeafText(after, *child);
-        if (old_text != new_text) {
-          leaves.push_back(
-              {std::move(name), std::move(old_text), std::move(new_text)});
+        if (old_text == new_text) continue;
+        LeafDifference leaf{std::move(name), std::move(old_text),
+                            std::move(new_text)};
+        if (both_there && !(leaf.before && leaf.after)) {
+          leaf.default_value =
+              DefaultText(leaf.before ? after : before, *child);
         }
+        leaves.push_back(std::move(leaf));
       } else if (child->IsContainer()) {
         const Node* old_container = ContainerOf(before, *child);
         const Node* new_container = ContainerOf(after, *child);
@@ -66,7 +97,12 @@ class Comparison {
           leaves.push_back(std::move(presence));
         }
         if (old_container != nullptr || new_container != nullptr) {
-          Leaves(*child, old_container, new_container, name + "/", leaves);
+          const bool both =
+              both_there &&
+              (child->kind == NodeKind::kContainer ||
+               (old_container != nullptr && new_container != nullptr));
+          Leaves(*child, old_container, new_container, both, name + "/",
+                 leaves);
         }
       }
     }

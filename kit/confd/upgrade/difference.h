@@ -17,6 +17,8 @@ struct LeafDifference {
   std::string leaf;  // path relative to the entry
   std::optional<std::string> before;
   std::optional<std::string> after;
+  // What holds on a side of the entry where nothing is set.
+  std::optional<std::string> default_value = {};
 };
 
 // One list entry, or what stands outside of any list (path "/").

@@ -27,8 +27,10 @@ std::vector<std::string> Differences(const std::string& before,
                                                                      : "~ ";
     line += difference.path;
     for (const LeafDifference& leaf : difference.leaves) {
-      line += " " + leaf.leaf + ":" + leaf.before.value_or("(none)") + ">" +
-              leaf.after.value_or("(none)");
+      const std::string unset =
+          leaf.default_value ? "(" + *leaf.default_value + ")" : "(none)";
+      line += " " + leaf.leaf + ":" + leaf.before.value_or(unset) + ">" +
+              leaf.after.value_or(unset);
     }
     lines.push_back(line);
   });
@@ -73,15 +75,39 @@ TEST(Compare, ReportsContainersWithTheEntryThatHoldsThem) {
                   "</z:lid></z:box></z:object>",
                   "<z:object><z:id>1</z:id><z:box><z:width>2</z:width></z:box>"
                   "<z:extra><z:note>n</z:note></z:extra></z:object>"),
-      (Lines{"~ /object{1} box/width:(none)>2 box/lid/color:red>(none) "
+      (Lines{"~ /object{1} box/width:(none)>2 box/lid/color:red>(green) "
              "extra:(none)> extra/note:(none)>n"}));
+}
+
+TEST(Compare, NamesTheDefaultThatHoldsWhereNothingIsSet) {
+  EXPECT_EQ(
+      Differences("<z:object><z:id>1</z:id></z:object>"
+                  "<z:object><z:id>2</z:id><z:size>7</z:size></z:object>",
+                  "<z:object><z:id>1</z:id><z:size>8</z:size><z:box><z:lid>"
+                  "<z:color>red</z:color></z:lid></z:box></z:object>"
+                  "<z:object><z:id>2</z:id></z:object>"),
+      (Lines{"~ /object{1} size:(7)>8 box/lid/color:(green)>red",
+             "~ /object{2} size:7>(7)"}));
+  EXPECT_EQ(Differences("", "<z:values><z:names>x</z:names></z:values>"),
+            (Lines{"~ / values/names:([one two])>[x]"}));
+  // What is not there has no defaults.
+  EXPECT_EQ(
+      Differences("<z:object><z:id>1</z:id></z:object>",
+                  "<z:object><z:id>1</z:id><z:extra><z:level>2</z:level>"
+                  "</z:extra></z:object>"
+                  "<z:object><z:id>2</z:id><z:size>8</z:size></z:object>"),
+      (Lines{"~ /object{1} extra:(none)> extra/level:(none)>2",
+             "+ /object{2} size:(none)>8"}));
+  EXPECT_EQ(Differences("<z:pick><z:delay>9</z:delay></z:pick>",
+                        "<z:pick><z:gear>2</z:gear></z:pick>"),
+            (Lines{"~ / pick/gear:(none)>2 pick/delay:9>(none)"}));
 }
 
 TEST(Compare, ReportsWhatIsOutsideOfListsUnderTheRoot) {
   EXPECT_EQ(Differences("<z:values><z:u8>1</z:u8></z:values>",
                         "<z:values><z:u8>2</z:u8></z:values><z:shed/>"
                         "<a:shared><a:from>x</a:from></a:shared>"),
-            (Lines{"~ / a:shared/from:(none)>x values/u8:1>2 shed:(none)>"}));
+            (Lines{"~ / a:shared/from:(alpha)>x values/u8:1>2 shed:(none)>"}));
 }
 
 TEST(Compare, QuotesKeysThatNeedIt) {
