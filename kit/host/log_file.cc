@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <system_error>
@@ -18,11 +19,32 @@ Failure LogFailure(const std::string& path, const std::string& reason) {
           path};
 }
 
+FileDescriptor Open(const std::string& path, int flags) {
+  return FileDescriptor(open(path.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666));
+}
+
+bool IsRegular(const FileDescriptor& file) {
+  struct stat status = {};
+  return fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Terminals and pipes can be written to without losing anything.
+FileDescriptor OpenNew(const std::string& path) {
+  FileDescriptor file = Open(path, O_CREAT | O_EXCL);
+  if (file.valid() || errno != EEXIST) return file;
+  file = Open(path, 0);
+  if (file.valid() && IsRegular(file)) {
+    throw FailureError(
+        {ExitCode::kOutputFailed, "exists already",
+         "give --force to replace it, or name another file with --log", path});
+  }
+  return file;
+}
+
 }  // namespace
 
-LogFile::LogFile(const std::string& path)
-    : path_(path),
-      fd_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
+LogFile::LogFile(const std::string& path, bool force)
+    : path_(path), fd_(force ? Open(path, O_CREAT | O_TRUNC) : OpenNew(path)) {
   if (!fd_.valid()) {
     throw FailureError(
         LogFailure(path, std::generic_category().message(errno)));

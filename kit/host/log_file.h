@@ -13,8 +13,9 @@ namespace kit::host {
 
 class LogFile {
  public:
-  // Truncates an existing file. Throws FailureError (kOutputFailed).
-  explicit LogFile(const std::string& path);
+  // force: empties a file that exists, which is refused otherwise. Throws
+  // FailureError (kOutputFailed).
+  LogFile(const std::string& path, bool force);
 
   // Writes one line at once, so that it stays whatever happens next. The record
   // is Escaped, so that no record passes for two.

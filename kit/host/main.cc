@@ -120,7 +120,7 @@ std::optional<LogFile> OpenLog(const RunOptions& options,
       SameName(*options.log, *options.output)) {
     FailLog(*options.log, "cannot be both the log and the output");
   }
-  return std::optional<LogFile>(*options.log);
+  return std::optional<LogFile>(std::in_place, *options.log, options.force);
 }
 
 void CommitOutput(const RunOptions& options, OutputFile& output,

@@ -97,6 +97,12 @@ std::string CheckNotEmpty(const std::string& text) {
   return text.empty() ? "an empty name names no file" : "";
 }
 
+std::string CheckLogName(const std::string& text) {
+  if (text != "-") return CheckNotEmpty(text);
+  return "- names no file; the report has the log, and /dev/stderr takes it "
+         "as it comes";
+}
+
 void AddFiles(CLI::App& run, RunOptions& options) {
   run.add_option("CONFIG", options.config,
                  "Pre-upgrade configuration, XML or JSON (RFC 7951), plain or "
@@ -110,13 +116,13 @@ void AddFiles(CLI::App& run, RunOptions& options) {
       ->type_name("FILE")
       ->check(CheckNotEmpty);
   run.add_flag("--force", options.force,
-               "Replace FILE if it exists; the new one gets its owner, group "
-               "and permissions");
+               "Replace the FILE of -o or --log if it exists; the new output "
+               "gets its owner, group and permissions");
   run.add_option("--log", options.log,
                  "Write the plug-in's log records to FILE, one per line, as "
-                 "they come; an existing FILE is overwritten")
+                 "they come")
       ->type_name("FILE")
-      ->check(CheckNotEmpty);
+      ->check(CheckLogName);
 }
 
 void AddUpgrade(CLI::App& run, RunOptions& options,

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -549,9 +550,34 @@ TEST_F(OutputTest, EachRecordIsOneLineOfTheLog) {
   EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2001);
   EXPECT_THAT(log, StartsWith("record 0\nrecord 1\n"));
   EXPECT_THAT(log, HasSubstr("two\\nlines and an \\x1b[31mescape\\xff\n"));
+}
 
-  RunDemo("well_behaved", {Config(), "--log", Path("log")});
+TEST_F(OutputTest, ALogThatExistsIsReplacedWithForceAlone) {
+  Write("log", "precious\n");
+  const Outcome kept =
+      RunDemo("well_behaved", {Config(), "--log", Path("log")});
+  EXPECT_EQ(kept.exit_code, 6) << kept;
+  EXPECT_THAT(kept.err, AllOf(HasSubstr(Path("log") + ": exists already\n"),
+                              HasSubstr("give --force to replace it")));
+  EXPECT_EQ(Read("log"), "precious\n");
+
+  const Outcome replaced =
+      RunDemo("well_behaved", {Config(), "--log", Path("log"), "--force"});
+  EXPECT_EQ(replaced.exit_code, 0) << replaced;
   EXPECT_EQ(Read("log"), "2 items\ndone\n");
+}
+
+TEST_F(OutputTest, ALogGoesToWhatIsNoRegularFileWithoutForce) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  const int reader =
+      open(Path("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  const Outcome outcome =
+      RunDemo("well_behaved", {Config(), "--log", Path("pipe")});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  char text[64] = "";
+  EXPECT_GT(read(reader, text, sizeof text - 1), 0);
+  close(reader);
+  EXPECT_STREQ(text, "2 items\ndone\n");
 }
 
 TEST_F(OutputTest, ALogThatCannotBeWrittenIsExitCode6) {

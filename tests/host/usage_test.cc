@@ -93,6 +93,7 @@ TEST_F(UsageTest, BadUsageIsExitCode3AndSaysWhatIsWrong) {
       {{"run", config, "--timeout", "-1"}, "-1"},
       {{"run", config, "--timeout", "nan"}, "nan"},
       {{"run", config, "--timeout", "inf"}, "inf"},
+      {{"run", config, "--log", "-"}, "/dev/stderr takes it"},
       {{"run", config, "--namespace", "demo"}, "MODULE=HASH"},
       {{"run", config, "--namespace", "=1"}, "MODULE=HASH"},
       {{"run", config, "--namespace", "demo="}, "MODULE=HASH"},
