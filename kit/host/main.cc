@@ -87,10 +87,28 @@ std::optional<struct stat> StatInput(const RunOptions& options) {
   return status;
 }
 
+// Whether what is printed goes to that file, which would not outlive its
+// replacement.
+bool IsPrintedTo(const std::string& path) {
+  const auto file = StatFile(path);
+  if (!file) return false;
+  for (const int fd : {STDOUT_FILENO, STDERR_FILENO}) {
+    struct stat printed = {};
+    if (fstat(fd, &printed) == 0 && SameFile(*file, printed)) return true;
+  }
+  return false;
+}
+
 std::optional<OutputFile> PrepareOutput(
     const RunOptions& options, const std::optional<struct stat>& input) {
   if (!options.output) return std::nullopt;
   if (*options.output == "-") return OutputFile::ForStandardOutput();
+  if (IsPrintedTo(*options.output)) {
+    throw FailureError({ExitCode::kOutputFailed,
+                        "is the file that the report goes to",
+                        "name another file, or use -o - for standard output",
+                        *options.output});
+  }
   return OutputFile::ForFile(*options.output, options.force, input);
 }
 
@@ -115,6 +133,9 @@ std::optional<LogFile> OpenLog(const RunOptions& options,
   if (existing && input && SameFile(*existing, *input)) {
     FailLog(*options.log,
             "is the configuration that is read, which is never changed");
+  }
+  if (IsPrintedTo(*options.log)) {
+    FailLog(*options.log, "is the file that the report goes to");
   }
   if (options.output && *options.output != "-" &&
       SameName(*options.log, *options.output)) {

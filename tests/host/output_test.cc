@@ -580,6 +580,19 @@ TEST_F(OutputTest, ALogGoesToWhatIsNoRegularFileWithoutForce) {
   EXPECT_STREQ(text, "2 items\ndone\n");
 }
 
+TEST_F(OutputTest, TheFileThatTheReportGoesToIsNotReplaced) {
+  for (const char* option : {"-o", "--log"}) {
+    for (const std::string name : {"/dev/stdout", "/dev/stderr"}) {
+      const Outcome outcome =
+          RunDemo("well_behaved", {Config(), option, name, "--force"});
+      EXPECT_EQ(outcome.exit_code, 6) << outcome;
+      EXPECT_THAT(outcome.err,
+                  HasSubstr(name + ": is the file that the report goes to"));
+      EXPECT_EQ(outcome.out, "");
+    }
+  }
+}
+
 TEST_F(OutputTest, ALogThatCannotBeWrittenIsExitCode6) {
   struct Row {
     std::string log;
