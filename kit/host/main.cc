@@ -73,6 +73,7 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.after = {options.yang_after ? fs::path(*options.yang_after)
                                    : DefaultModels("after"),
                 options.namespace_hashes};
+  task.named_modules = options.named_modules;
   task.format = options.format;
   task.send_calls = options.verbose;
   task.count_changes = !options.quiet;

@@ -221,6 +221,7 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
   for (const std::string& text : namespaces) {
     const auto hash = ParseNamespace(text);
     options.namespace_hashes[hash->first] = hash->second;
+    options.named_modules.push_back(hash->first);
   }
   return options;
 }

@@ -134,6 +134,18 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
   }
 }
 
+void RequireModules(const control::Database& database,
+                    const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    if (database.HasModule(name)) continue;
+    throw FailureError(
+        {ExitCode::kBadInput,
+         fmt::format("--namespace {}: no data model has this name",
+                     Shortened(name, kMaxQuote)),
+         "name a module of --yang-before or --yang-after"});
+  }
+}
+
 std::string LastDlError() {
   const char* text = dlerror();
   return text == nullptr ? "unknown reason" : text;
@@ -254,6 +266,7 @@ class Worker {
     std::string text = ReadConfig(task_.config);
     Enter(Phase::kParsing);
     control::Database database = OpenDatabase(task_, std::move(text));
+    RequireModules(database, task_.named_modules);
     channel_.Send(InputMessage{database.input_format()});
     for (const control::Loss& loss : database.Losses()) {
       channel_.Send(LossMessage{loss});

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "kit/confd/control/control.h"
 #include "kit/host/file_descriptor.h"
@@ -20,8 +21,9 @@ struct WorkerTask {
   std::string plugin;
   control::ModelSet before;
   control::ModelSet after;
-  std::optional<control::Format> format;  // none: the input's
-  bool has_output = false;                // otherwise the result is not saved
+  std::vector<std::string> named_modules;  // that one of the sets has to have
+  std::optional<control::Format> format;   // none: the input's
+  bool has_output = false;                 // otherwise the result is not saved
   bool send_calls = false;
   bool count_changes = false;
   bool send_entries = false;

@@ -123,7 +123,7 @@ TEST_F(UsageTest, NamespaceHashesAreDecimalOrHexadecimal) {
 TEST_F(UsageTest, ANamespaceHashIsKnownToThePlugin) {
   const std::string config = Write("demo.xml", kDemoXml);
   EXPECT_EQ(RunDemo("selects_namespace", {config}).exit_code, 1);
-  EXPECT_EQ(RunDemo("selects_namespace", {"--namespace", "other=5",
+  EXPECT_EQ(RunDemo("selects_namespace", {"--namespace", "demo=5",
                                           "--namespace", "demo=0x1234", config})
                 .exit_code,
             0);
@@ -170,6 +170,16 @@ TEST_F(UsageTest, WithoutAnInstalledPluginTheMessageNamesThePathsLookedAt) {
   EXPECT_THAT(no_models.err,
               AllOf(HasSubstr(Path("share/ospf-upgrade/yang/before")),
                     HasSubstr("--yang-before")));
+}
+
+TEST_F(UsageTest, TheModuleOfANamespaceIsInTheModels) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  const Outcome unknown = RunDemo(
+      "idle", {config, "--namespace", "demo=1", "--namespace", "dmeo=2"});
+  EXPECT_EQ(unknown.exit_code, 3) << unknown;
+  EXPECT_THAT(unknown.err,
+              HasSubstr("--namespace dmeo: no data model has this name"));
+  EXPECT_EQ(RunDemo("idle", {config, "--namespace", "demo=1"}).exit_code, 0);
 }
 
 }  // namespace

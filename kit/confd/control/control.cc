@@ -88,6 +88,11 @@ Format Database::input_format() const {
              : Format::kJson;
 }
 
+bool Database::HasModule(const std::string& name) const {
+  return impl_->database.running().schema().HasModule(name) ||
+         impl_->database.transaction().schema().HasModule(name);
+}
+
 std::vector<Loss> Database::Losses() const {
   std::vector<Loss> losses;
   for (const store::Loss& loss : impl_->database.losses()) {

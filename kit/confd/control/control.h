@@ -123,6 +123,9 @@ class KIT_CONTROL_EXPORT Database {
 
   Format input_format() const;
 
+  // Whether the models of one side, or both, have a module of this name.
+  bool HasModule(const std::string& name) const;
+
   // What the start of the transaction could not carry over into it.
   std::vector<Loss> Losses() const;
 

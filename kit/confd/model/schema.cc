@@ -2,6 +2,7 @@
 
 #include <libyang/libyang.h>
 
+#include <algorithm>
 #include <atomic>
 
 #include "kit/confd/model/constraints.h"
@@ -251,6 +252,11 @@ void Schema::FinishNode(SchemaNode& node) {
     node.width += 1;
     if (child.IsContainer()) node.width += child.width;
   }
+}
+
+bool Schema::HasModule(const std::string& name) const {
+  return std::any_of(modules_.begin(), modules_.end(),
+                     [&](const auto& module) { return module->name == name; });
 }
 
 const Module* Schema::ModuleOfHash(uint32_t hash) const {

@@ -136,6 +136,7 @@ class Schema {
   uint64_t serial() const { return serial_; }
   ly_ctx* context() const { return context_.get(); }
 
+  bool HasModule(const std::string& name) const;
   // The module that a namespace hash belongs to, null for an unknown one.
   const Module* ModuleOfHash(uint32_t hash) const;
 
