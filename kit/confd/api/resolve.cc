@@ -7,6 +7,7 @@
 #include <cstring>
 #include <exception>
 #include <string>
+#include <utility>
 
 #include "kit/confd/api/values.h"
 #include "kit/confd/keypath/key_text.h"
@@ -59,10 +60,27 @@ class KnownPaths {
   std::array<Entry, kEntries> entries_;
 };
 
-bool IsNameChar(char c) {
+constexpr bool IsNameChar(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
          (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
 }
+
+// Looks characters up instead of comparing each with all.
+class CharacterSet {
+ public:
+  template <typename IsMember>
+  constexpr explicit CharacterSet(IsMember is_member) {
+    for (int byte = 0; byte < 256; ++byte) {
+      has_[byte] = is_member(static_cast<char>(byte));
+    }
+  }
+  bool Has(char c) const { return has_[static_cast<unsigned char>(c)]; }
+
+ private:
+  bool has_[256] = {};
+};
+constexpr CharacterSet kName(IsNameChar);
+constexpr CharacterSet kPlainKey(keypath::IsPlainKeyChar);
 
 // Whether a child may be looked for below the node.
 bool HasChildren(const SchemaNode& node) {
@@ -109,9 +127,7 @@ class Resolver {
   bool TakeName() {
     const SchemaNode& parent = *target_.schema;
     if (!target_.is_entry && !HasChildren(parent)) return false;
-    const size_t begin = at_;
-    while (at_ < text_.size() && IsNameChar(text_[at_])) ++at_;
-    const std::string_view name = text_.substr(begin, at_ - begin);
+    const std::string_view name = Take(kName);
     const SchemaNode* child = at_ < text_.size() && text_[at_] == ':'
                                   ? TakePrefixed(parent, name)
                                   : store::Schema::OnlyChild(parent, name);
@@ -123,11 +139,10 @@ class Resolver {
   const SchemaNode* TakePrefixed(const SchemaNode& parent,
                                  std::string_view prefix) {
     if (prefix.empty()) return nullptr;
-    const size_t begin = ++at_;
-    while (at_ < text_.size() && IsNameChar(text_[at_])) ++at_;
+    ++at_;
     std::string reason;
-    return data_.schema().FindChild(
-        parent, prefix, text_.substr(begin, at_ - begin), nullptr, reason);
+    return data_.schema().FindChild(parent, prefix, Take(kName), nullptr,
+                                    reason);
   }
 
   bool MayChoose() const {
@@ -168,14 +183,21 @@ class Resolver {
       Value value = FromC(*slot.value);
       // One of another type may still be written as the key is.
       if (type.value_type() != value.type()) return false;
-      target_.keys.push_back(type.Check(value));
+      target_.keys.push_back(type.Check(std::move(value)));
       return true;
     }
-    const size_t begin = at_;
-    while (at_ < text_.size() && keypath::IsPlainKeyChar(text_[at_])) ++at_;
-    if (at_ == begin) return false;
-    target_.keys.push_back(type.ParseKey(text_.substr(begin, at_ - begin)));
+    const std::string_view key = Take(kPlainKey);
+    if (key.empty()) return false;
+    Value& value = target_.keys.emplace_back();
+    if (!type.ParsePlainKey(key, value)) value = type.ParseKey(key);
     return true;
+  }
+
+  // As many characters as are of the set.
+  std::string_view Take(const CharacterSet& set) {
+    const size_t begin = at_;
+    while (at_ < text_.size() && set.Has(text_[at_])) ++at_;
+    return text_.substr(begin, at_ - begin);
   }
 
   bool Accept(char c) {

@@ -568,6 +568,21 @@ Value LeafType::ParseKey(std::string_view text) const {
   return value && members_.empty() ? Check(*value) : Parse(text);
 }
 
+bool LeafType::ParsePlainKey(std::string_view text, Value& value) const {
+  if (!members_.empty()) return false;
+  std::optional<Value> parsed;
+  if (!unrestricted_) {
+    parsed = ParseInRange(text);
+  } else if (text_form_ == TextForm::kNumber) {
+    parsed = ParseInteger(value_type_, text);
+  } else if (text_form_ == TextForm::kAddress) {
+    parsed = ParseAddress(value_type_, text);
+  }
+  if (!parsed) return false;
+  value = *std::move(parsed);
+  return true;
+}
+
 Value LeafType::ParseCanonical(std::string_view text) const {
   std::optional<Value> value;
   switch (text_form_) {
@@ -808,7 +823,7 @@ Value LeafType::CheckMember(const Value& value) const {
   Reject(TypeName(value.type()));
 }
 
-Value LeafType::Check(const Value& value) const {
+Value LeafType::Check(Value value) const {
   if (!members_.empty()) return CheckMember(value);
   if (value.type() != value_type_) {
     throw Error(ErrorCode::kBadType,

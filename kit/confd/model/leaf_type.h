@@ -49,6 +49,10 @@ class LeafType {
   // as the numbers that values carry: "5", "NAMESPACE-HASH:NAME-HASH".
   Value ParseKey(std::string_view text) const;
 
+  // The same into `value`, for what takes no more than reading a number or an
+  // address; false, and no change, for all else, errors among it.
+  bool ParsePlainKey(std::string_view text, Value& value) const;
+
   // Whether the types have the same values, in the same form. A type that can't
   // tell says no: a union, one with a leafref's or an identifier's targets.
   bool HasValuesOf(const LeafType& other) const;
@@ -56,7 +60,7 @@ class LeafType {
   // The value if the type has it (with what a program can't know filled in). Of
   // a union a member of its type has to have it, whichever would take its text.
   // Throws Error with kBadType for one of another type or out of its limits.
-  Value Check(const Value& value) const;
+  Value Check(Value value) const;
 
   // The canonical text as libyang knows it. The value must be of the type.
   std::string Print(const Value& value) const;

@@ -167,6 +167,12 @@ int Compare(const LeafType& type, Cell cell, const Value& value) {
   }
 }
 
+bool Holds(const LeafType& type, Cell cell, const Value& value) {
+  const bool is_number =
+      type.value_type() == value.type() && StorageOf(type) == Storage::kNumber;
+  return is_number ? cell == value.bits() : Compare(type, cell, value) == 0;
+}
+
 bool AreEqual(const LeafType& type, Cell a, Cell b) {
   if (a == b) return true;
   const Storage storage = StorageOf(type);

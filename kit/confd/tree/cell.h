@@ -22,6 +22,8 @@ Cell MakeCell(Arena& arena, const LeafType& type, const Value& value);
 Value ValueOf(const LeafType& type, Cell cell);
 // As Compare(ValueOf(type, cell), value).
 int Compare(const LeafType& type, Cell cell, const Value& value);
+// Whether it is the cell of that value.
+bool Holds(const LeafType& type, Cell cell, const Value& value);
 bool AreEqual(const LeafType& type, Cell a, Cell b);
 // Gives back what the cell points to, unless another tree may use it too.
 void FreeCell(Arena& arena, const LeafType& type, Cell cell);

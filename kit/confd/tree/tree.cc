@@ -390,7 +390,7 @@ List::Found List::Search(KeyView keys) const {
 bool List::HasKeys(const Node& entry, KeyView keys) const {
   const Cell* const cells = entry.cells();
   for (size_t i = 0; i < keys.size; ++i) {
-    if (Compare(*schema_->children[i]->type, cells[i], keys.data[i]) != 0) {
+    if (!Holds(*schema_->children[i]->type, cells[i], keys.data[i])) {
       return false;
     }
   }
