@@ -239,7 +239,7 @@ const ParsedFormat& Parsed(const char* fmt) {
   static constexpr size_t kSites = 256;
   thread_local std::array<Site, kSites> sites;
   const auto address = reinterpret_cast<uintptr_t>(fmt);
-  Site& site = sites[(address ^ address >> 8) % kSites];
+  Site& site = sites[address * 0x9E3779B97F4A7C15 >> 56];
   if (site.fmt != fmt || std::strcmp(site.parsed->fmt().c_str(), fmt) != 0) {
     site.fmt = nullptr;
     site.parsed.emplace(fmt);
@@ -481,8 +481,14 @@ std::string FormatKeyPath(const char* fmt, va_list args,
 
 void DraftKeyPath(const char* fmt, va_list args, const EnumNamer* namer,
                   PathDraft& draft) {
-  draft.text.clear();
   draft.values.clear();
+  // Programs that put paths together by themselves hand in another one each
+  // time: there is nothing to parse in it, and nothing to remember.
+  if (fmt != nullptr && std::strchr(fmt, '%') == nullptr) {
+    draft.text = fmt;
+    return;
+  }
+  draft.text.clear();
   Formatter(Require(fmt), args, namer, draft.text, &draft.values).Run();
 }
 

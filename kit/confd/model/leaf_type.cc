@@ -303,6 +303,7 @@ void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
   }
   unrestricted_ = IsUnrestricted(chain.restricted);
   AddRanges();
+  AddLengths();
   values_ = DescribeValues();
 }
 
@@ -450,6 +451,33 @@ void LeafType::AddRanges() {
   }
 }
 
+void LeafType::AddLengths() {
+  if (compiled_->basetype != LY_TYPE_STRING || value_type_ != ValueType::kBuf) {
+    return;
+  }
+  const auto* type = reinterpret_cast<const lysc_type_str*>(compiled_);
+  if (type->length == nullptr || type->patterns != nullptr) return;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(type->length->parts, i) {
+    lengths_.push_back(
+        {type->length->parts[i].min_u64, type->length->parts[i].max_u64});
+  }
+}
+
+// Of text, whose characters are those that do not go on with another one's
+// bytes.
+bool LeafType::HasLength(std::string_view text) const {
+  if (lengths_.empty()) return false;
+  const auto length =
+      static_cast<uint64_t>(std::count_if(text.begin(), text.end(), [](char c) {
+        return (static_cast<uint8_t>(c) & 0xc0) != 0x80;
+      }));
+  return std::any_of(lengths_.begin(), lengths_.end(),
+                     [length](const Range& range) {
+                       return range.least <= length && length <= range.most;
+                     });
+}
+
 bool LeafType::IsInRange(const Value& value) const {
   return std::any_of(ranges_.begin(), ranges_.end(), [&](const Range& range) {
     if (!IsSigned(value_type_)) {
@@ -531,6 +559,7 @@ Value LeafType::Parse(std::string_view text) const {
   if (!text::IsYangText(text)) RejectBytes(text);
   if (!members_.empty()) return ParseMember(text);
   if (unrestricted_) return ParseCanonical(text);
+  if (HasLength(text)) return Value::Text(value_type_, text);
   const std::string canonical = Canonical(text);
   RememberString(canonical);
   return ParseCanonical(canonical);
@@ -836,7 +865,10 @@ Value LeafType::Check(Value value) const {
   }
   bool is_named = value_type_ == ValueType::kEnum;
   if (unrestricted_ && !is_named) return value;
-  if (IsInRange(value) || IsKnownString(value.text())) return value;
+  if (IsInRange(value) || HasLength(value.text()) ||
+      IsKnownString(value.text())) {
+    return value;
+  }
   std::string text = Print(WithFractionDigits(value));
   return is_named ? value : Parse(text);
 }

@@ -86,8 +86,10 @@ class LeafType {
   // the use of a well-known typedef narrows it.
   bool IsUnrestricted(bool restricted) const;
   void AddRanges();
+  void AddLengths();
   std::string DescribeValues() const;
   bool IsInRange(const Value& value) const;
+  bool HasLength(std::string_view text) const;
   std::optional<Value> ParseInRange(std::string_view text) const;
   // Whether libyang need not be asked.
   bool IsKnownString(std::string_view text) const;
@@ -123,6 +125,8 @@ class LeafType {
     uint64_t most;
   };
   std::vector<Range> ranges_;
+  // Of a string that nothing else restricts, in characters.
+  std::vector<Range> lengths_;
   // Strings that libyang has accepted lately: its patterns take long, and a
   // program uses a name in many calls.
   mutable std::vector<std::string> accepted_;
