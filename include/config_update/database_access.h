@@ -125,9 +125,9 @@ inline void FreeValues(std::vector<confd_value_t>& values) {
 
 // The address as a dotted quad.
 inline std::string AddressText(const in_addr& address) {
-  char text[INET_ADDRSTRLEN] = "";
-  inet_ntop(AF_INET, &address, text, sizeof(text));
-  return text;
+  const uint32_t bits = ntohl(address.s_addr);
+  const auto byte = [bits](int at) { return std::to_string(bits >> at & 255); };
+  return byte(24) + '.' + byte(16) + '.' + byte(8) + '.' + byte(0);
 }
 
 // The entry of an area list, keyed by an OSPF instance and an area.
