@@ -156,10 +156,11 @@ int maapi_vset_object(int sock, int thandle, const confd_value_t* values, int n,
         if (n > 0) RequirePointer(values, "the values");
         // Before the values are looked at: there may be fewer than it says.
         store::Data::RequireObjectSize(target, count);
-        std::vector<store::NewElement> elements;
-        elements.reserve(count);
+        std::vector<store::NewElement> elements(count);
         for (size_t i = 0; i < count; ++i) {
-          elements.push_back(ElementFromC(values[i]));
+          if (values[i].type != C_NOEXISTS) {
+            elements[i] = ElementFromC(values[i]);
+          }
         }
         Transaction(scope).SetObject(target, std::move(elements));
         return CONFD_OK;

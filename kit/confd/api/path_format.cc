@@ -262,7 +262,7 @@ class Formatter {
 
   void Run() {
     for (const Piece& piece : format_.pieces()) {
-      out_.append(piece.text);
+      if (!piece.text.empty()) out_.append(piece.text);
       directive_at_ = piece.at;
       Convert(piece);
     }

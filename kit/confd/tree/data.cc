@@ -55,9 +55,9 @@ bool HasAValue(const SchemaNode& leaf) {
   return leaf.kind == NodeKind::kLeaf && !leaf.is_flag;
 }
 
-Value Checked(const SchemaNode& leaf, const Value& value) {
+Value Checked(const SchemaNode& leaf, Value value) {
   try {
-    return leaf.type->Check(value);
+    return leaf.type->Check(std::move(value));
   } catch (const Error& error) {
     Fail(error.code(), "leaf \"" + leaf.name + "\": " + error.what());
   }
@@ -121,6 +121,9 @@ class ObjectWriter {
                     const Node* node) const {
     const bool deletes =
         !element.value && !element.items && !element.is_present;
+    if (deletes && !child.mandatory && child.kind != NodeKind::kContainer) {
+      return;
+    }
     if (child.is_state) {
       if (deletes) return;
       Fail(ErrorCode::kNotWritable, Value(next_ - 1) + " is for \"" +
@@ -136,7 +139,9 @@ class ObjectWriter {
       Fail(ErrorCode::kBadType,
            Value(next_ - 1) + " does not fit the node \"" + child.name + "\"");
     }
-    if (element.value) element.value = Checked(child, *element.value);
+    if (element.value) {
+      *element.value = Checked(child, *std::move(element.value));
+    }
     if (element.items) element.items = Checked(child, *element.items);
     if (deletes && child.mandatory && node != nullptr && node->IsSet(child)) {
       Fail(ErrorCode::kBadType, Value(next_ - 1) + " deletes \"" + child.name +
@@ -647,6 +652,7 @@ void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
   }
   std::vector<Value> keys = target.keys;
   if (!target.is_entry) {
+    keys.reserve(schema.key_count);
     for (size_t i = 0; i < schema.key_count; ++i) {
       if (!elements[i].value) {
         Fail(ErrorCode::kBadType, "value " + std::to_string(i) +

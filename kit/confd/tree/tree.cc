@@ -79,12 +79,12 @@ void Node::Destroy(Node* node) {
 }
 
 size_t Node::CellIndex(size_t slot) const {
-  size_t index = 0;
-  for (size_t word = 0; word < slot / 64; ++word) {
-    index += BitCount(record_[word]);
-  }
   const uint64_t below = (uint64_t{1} << slot % 64) - 1;
-  return index + BitCount(record_[slot / 64] & below);
+  size_t index = BitCount(record_[slot / 64] & below);
+  for (size_t word = slot / 64; word > 0; --word) {
+    index += BitCount(record_[word - 1]);
+  }
+  return index;
 }
 
 size_t Node::CellCount() const {
@@ -389,7 +389,8 @@ List::Found List::Search(KeyView keys) const {
 
 bool List::HasKeys(const Node& entry, KeyView keys) const {
   const Cell* const cells = entry.cells();
-  for (size_t i = 0; i < keys.size; ++i) {
+  // Neighbours differ in their last keys.
+  for (size_t i = keys.size; i-- > 0;) {
     if (!Holds(*schema_->children[i]->type, cells[i], keys.data[i])) {
       return false;
     }
