@@ -8,6 +8,7 @@
 #include <exception>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kit/confd/api/values.h"
 #include "kit/confd/keypath/key_text.h"
@@ -60,6 +61,20 @@ class KnownPaths {
   std::array<Entry, kEntries> entries_;
 };
 
+// The entry whose keys were last read: programs make several calls on one.
+struct LastEntry {
+  uint64_t schema = 0;
+  const store::Module* selected = nullptr;
+  std::string path;  // with its braces
+  const SchemaNode* list = nullptr;
+  std::vector<Value> keys;
+};
+
+LastEntry& TheLastEntry() {
+  static auto& last = *new LastEntry();
+  return last;
+}
+
 constexpr bool IsNameChar(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
          (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
@@ -99,13 +114,7 @@ class Resolver {
         walk_(data, target) {}
 
   bool Run() {
-    size_t end = std::min(text_.find('{'), text_.size());
-    end = std::min(text_.substr(0, end).find('['), end);
-    const SchemaNode* node =
-        FindSchemaNode(data_.schema(), rules_.selected, text_.substr(0, end));
-    if (node == nullptr) return false;
-    Descend(*node);
-    at_ = end;
+    if (!TakeLastEntry() && !TakeKnownPath()) return false;
     while (at_ < text_.size()) {
       const char c = text_[at_++];
       const bool found = c == '{'   ? TakeKeys()
@@ -118,6 +127,50 @@ class Resolver {
   }
 
  private:
+  // Names alone, up to the first key.
+  bool TakeKnownPath() {
+    size_t end = std::min(text_.find('{'), text_.size());
+    end = std::min(text_.substr(0, end).find('['), end);
+    const SchemaNode* node =
+        FindSchemaNode(data_.schema(), rules_.selected, text_.substr(0, end));
+    if (node == nullptr) return false;
+    Descend(*node);
+    at_ = end;
+    return at_ == text_.size() || text_[at_] != '{' || TakeFirstKeys();
+  }
+
+  bool TakeFirstKeys() {
+    ++at_;
+    if (!TakeKeys()) return false;
+    if (next_slot_ > 0) return true;
+    LastEntry& last = TheLastEntry();
+    last.schema = 0;  // until all of it is there
+    last.selected = rules_.selected;
+    last.path = text_.substr(0, at_);
+    last.list = target_.schema;
+    last.keys = target_.keys;
+    last.schema = data_.schema().serial();
+    return true;
+  }
+
+  bool TakeLastEntry() {
+    const LastEntry& last = TheLastEntry();
+    const size_t size = last.path.size();
+    const bool is_same = last.schema == data_.schema().serial() &&
+                         last.selected == rules_.selected &&
+                         text_.substr(0, size) == last.path;
+    // What stands in for a value may look like a key.
+    if (!is_same ||
+        (!draft_.values.empty() && draft_.values.front().begin < size)) {
+      return false;
+    }
+    Descend(*last.list);
+    target_.keys = last.keys;
+    walk_.ChooseByKeys();
+    at_ = size;
+    return true;
+  }
+
   void Descend(const SchemaNode& node) {
     if (node.parent == nullptr) return;
     Descend(*node.parent);
