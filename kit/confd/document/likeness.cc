@@ -40,9 +40,9 @@ void Describe(const Node& node, std::string& out) {
       AddNumber(list->size(), out);
       for (const Node& entry : *list) Describe(entry, out);
     } else if (child->kind == NodeKind::kLeafList && node.IsSet(*child)) {
+      // No value may be there twice.
       const std::vector<Value> values = node.LeafListValues(*child);
       AddNumber(values.size(), out);
-      if (!child->decides) continue;
       for (const Value& value : values) AddValue(value, out);
     }
   }

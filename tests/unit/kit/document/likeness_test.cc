@@ -48,8 +48,8 @@ class Filler {
   }
   void FillLeafList(Node& node, const SchemaNode& schema) {
     std::vector<Value> values;
-    for (unsigned i = 0; i < 3; ++i) {
-      if (Chance(0.4)) values.push_back(schema.type->Parse(std::to_string(i)));
+    for (auto count = random_() % 4; count > 0; --count) {
+      values.push_back(Some(schema));  // one of them twice, it may be
     }
     node.SetLeafList(schema, values);
   }
@@ -96,8 +96,8 @@ TEST(Likeness, SpecimensAreValidWhereAllIs) {
           << top->name << " of seed " << seed << ":\n"
           << Write(data, Syntax::kXml);
     }
-    EXPECT_GT(count_of[false], 10) << top->name;
-    EXPECT_GT(count_of[true], 10) << top->name;
+    EXPECT_GT(count_of[false], 5) << top->name;
+    EXPECT_GT(count_of[true], 5) << top->name;
   }
 }
 
