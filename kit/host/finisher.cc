@@ -27,29 +27,6 @@
 namespace kit::host {
 namespace {
 
-constexpr size_t kWriteChunk = size_t{1} << 16;
-
-// Collects small pieces of output, and counts what was written.
-class BufferedWriter {
- public:
-  explicit BufferedWriter(int fd) : fd_(fd) {}
-  void Add(std::string_view piece) {
-    buffer_ += piece;
-    if (buffer_.size() >= kWriteChunk) Flush();
-  }
-  void Flush() {
-    WriteAll(fd_, buffer_);
-    written_.Add(buffer_);
-    buffer_.clear();
-  }
-  const Checksum& written() const { return written_; }
-
- private:
-  int fd_;
-  std::string buffer_;
-  Checksum written_;
-};
-
 // Changed entries per list, lists in the order of their first change.
 class ListCounter {
  public:
@@ -148,14 +125,12 @@ class Finisher {
 
   void Save() {
     Enter(Phase::kSaving);
-    BufferedWriter writer(output_);
     const control::Format format =
         task_.format.value_or(database_.input_format());
-    database_.Save(format, [&writer](std::string_view piece) {
-      Write([&writer, piece] { writer.Add(piece); });
+    database_.Save(format, [this](std::string_view piece) {
+      Write([this, piece] { WriteAll(output_, piece); });
+      written_.Add(piece);
     });
-    Write([&writer] { writer.Flush(); });
-    written_ = writer.written();
   }
 
   const WorkerTask& task_;
