@@ -93,6 +93,44 @@ TEST(ResolveDraft, LeavesWhatIsWrongOrUnusualToTheParser) {
   }
 }
 
+// The keys that were last read are remembered.
+TEST(ResolveDraft, KeysLeadWhereTheyDoNow) {
+  const Data first = Filled();
+  Data second(store::Zoo());
+  Target target;
+  auto find = [&](const Data& data, const char* path) {
+    ASSERT_TRUE(ResolveDraft(data, kRules, {path, {}}, target)) << path;
+    EXPECT_EQ(Describe(target),
+              Describe(data.Find(keypath::Parse(path), kRules)))
+        << path;
+  };
+  const char* const entry = "/zoo:lists/triple{1 2 3}";
+  find(first, entry);
+  find(second, entry);
+  second.Create(store::At(second, entry));
+  find(second, entry);
+  find(second, "/zoo:lists/triple{1 2 3}/a");
+  find(second, "/zoo:lists/triple{1 2 33}");
+  second.Delete(store::At(second, entry));
+  find(second, entry);
+  find(first, "/zoo:object{1}/part{2}/note");
+  find(first, "/zoo:object{1}/part{2}");
+  find(first, "/zoo:object{1}");
+  EXPECT_FALSE(ResolveDraft(first, kRules, {"/zoo:object{1}{1}", {}}, target));
+}
+
+TEST(ResolveDraft, KeysOfOneModelAreNoneOfAnother) {
+  const store::Schema other(store::ModelDirectory("zoo"), {{"zoo", 1001}});
+  const Data data = Filled();
+  const Data of_other(other);
+  Target target;
+  for (const Data* one : {&data, &of_other, &data}) {
+    ASSERT_TRUE(
+        ResolveDraft(*one, kRules, {"/zoo:lists/by-int{7}", {}}, target));
+    EXPECT_EQ(target.schema, store::At(*one, "/zoo:lists/by-int").schema);
+  }
+}
+
 TEST(ResolveDraft, RefusesPositionsInATransaction) {
   const Data data = Filled();
   Target target;
@@ -111,6 +149,16 @@ class TypedKeyTest : public testing::Test {
   Data data_ = Filled();
   Target target_;
 };
+
+TEST_F(TypedKeyTest, AStandInIsNoKeyThatLooksLikeIt) {
+  const char* const path = "/zoo:lists/by-string{?}";
+  ASSERT_TRUE(ResolveDraft(data_, kRules, {path, {}}, target_));
+  confd_value_t value;
+  CONFD_SET_STR(&value, "plain");
+  ASSERT_TRUE(Resolve(path, value));
+  ASSERT_EQ(target_.keys.size(), 1u);
+  EXPECT_EQ(target_.keys[0].text(), "plain");
+}
 
 TEST_F(TypedKeyTest, ValuesOfTheKeysTypeAreTakenAsTheyAre) {
   confd_value_t value;

@@ -268,6 +268,21 @@ TEST(LeafType, EndsOfRangesBelongToThem) {
   }
 }
 
+TEST(LeafType, LengthsCountCharactersAndNotBytes) {
+  const LeafType& type = *NodeAt(Zoo(), "/zoo:values/short").type;
+  for (const char* text : {"ab", "abcd", "\u00e4\u00f6",
+                           "\u20ac\u20ac\u20ac\u20ac", "\U0001f600x"}) {
+    EXPECT_EQ(ErrorOf([&] { type.Check(type.Parse(text)); }), "") << text;
+  }
+  for (const char* text : {"", "a", "abcde", "\u00e4", "\U0001f600",
+                           "\u20ac\u20ac\u20ac\u20ac\u20ac"}) {
+    EXPECT_NE(ErrorOf([&] { type.Parse(text); }), "") << text;
+    EXPECT_NE(ErrorOf([&] { type.Check(Value::Text(ValueType::kBuf, text)); }),
+              "")
+        << text;
+  }
+}
+
 // Strings that were accepted once are remembered.
 TEST(LeafType, AnAcceptedStringMakesNoOtherOneAcceptable) {
   const LeafType& type = *NodeAt(Zoo(), "/zoo:values/code").type;
