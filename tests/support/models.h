@@ -63,7 +63,7 @@ inline Data With(const Schema& schema, const std::string& path,
   if (target.schema->kind == NodeKind::kLeaf) {
     target.holder->SetLeaf(*target.schema, value);
   } else {
-    target.holder->AddToLeafList(*target.schema, value);
+    target.holder->SetLeafList(*target.schema, {value});
   }
   return data;
 }

@@ -179,15 +179,6 @@ void Node::SetLeafList(const SchemaNode& leaf_list,
   Put(leaf_list, MakeListCell(arena(), *leaf_list.type, values));
 }
 
-void Node::AddToLeafList(const SchemaNode& leaf_list, const Value& value) {
-  std::vector<Value> values;
-  if (const Cell* cell = Find(leaf_list)) {
-    values = ValuesOf(*leaf_list.type, *cell);
-  }
-  values.push_back(value);
-  SetLeafList(leaf_list, values);
-}
-
 std::optional<Value> Node::SetValue(const SchemaNode& leaf) const {
   const Cell* cell = Find(leaf);
   if (cell == nullptr) return std::nullopt;

@@ -51,7 +51,6 @@ class Node {
   void SetLeaf(const SchemaNode& leaf, const Value& value);
   void SetLeafList(const SchemaNode& leaf_list,
                    const std::vector<Value>& values);
-  void AddToLeafList(const SchemaNode& leaf_list, const Value& value);
 
   // Empties the child; containers and lists with all they hold.
   void Clear(const SchemaNode& child);

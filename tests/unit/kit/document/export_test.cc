@@ -99,10 +99,11 @@ TEST(ValidateData, ChecksEntriesAtTheTop) {
 TEST(ValidateData, FindsValuesTwiceInALeafListAtTheTop) {
   Data data = With(Names(), "/several-at-the-top", "zz-last:cousin");
   const Target several = At(data, "/several-at-the-top");
-  const Value value = several.schema->type->Parse("aa-main:sibling");
-  several.holder->AddToLeafList(*several.schema, value);
+  const Value one = several.schema->type->Parse("zz-last:cousin");
+  const Value other = several.schema->type->Parse("aa-main:sibling");
+  several.holder->SetLeafList(*several.schema, {one, other});
   EXPECT_TRUE(ValidateData(data).empty());
-  several.holder->AddToLeafList(*several.schema, value);
+  several.holder->SetLeafList(*several.schema, {one, other, other});
   const std::vector<BrokenConstraint> broken = ValidateData(data);
   ASSERT_EQ(broken.size(), 1u);
   EXPECT_EQ(broken[0].code, ErrorCode::kBadType);

@@ -69,10 +69,11 @@ TEST(Writer, ModulesStandInTheOrderOfTheirNames) {
 TEST(Writer, TextComesInPiecesOf64KiB) {
   Data data = With(Zoo(), "/values/str", std::string(150'000, '&'));
   const Target names = At(data, "/values/names");
+  std::vector<Value> values;
   for (int i = 0; i < 5000; ++i) {
-    names.holder->AddToLeafList(
-        *names.schema, Value::Text(ValueType::kBuf, std::to_string(i)));
+    values.push_back(Value::Text(ValueType::kBuf, std::to_string(i)));
   }
+  names.holder->SetLeafList(*names.schema, values);
   for (Syntax syntax : {Syntax::kXml, Syntax::kJson}) {
     std::vector<size_t> sizes;
     std::string text;
