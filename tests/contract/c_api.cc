@@ -81,8 +81,9 @@ std::string Show(const confd_value_t& value) {
              Show(value.val.list.ptr, static_cast<int>(value.val.list.size)) +
              "]";
     case C_BITBIG:
-    case C_OBJECTREF:
       return text + " of " + std::to_string(value.val.buf.size) + " bytes";
+    case C_OBJECTREF:
+      return text + " of " + std::to_string(value.val.hkp->len) + " elements";
     default:
       return text + " " + FormatKey("%x", &value);
   }

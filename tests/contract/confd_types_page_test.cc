@@ -528,5 +528,76 @@ TEST_F(ConfdTypesPage, KeysOfNamedTypesAreFoundByTheirValues) {
   EXPECT_EQ(Exists("/named/by-mac{00:01:02:03:04:05}"), 1);
 }
 
+// ---- Instance identifiers ---------------------------------------------------
+
+constexpr char kReferences[] =
+    "<to xmlns:t=\"urn:test:types\">"
+    "/t:refs/t:pair[t:a=\"it's\"][t:b='7']/t:note</to>"
+    "<many xmlns:t=\"urn:test:types\">/t:flags</many>"
+    "<many xmlns:t=\"urn:test:types\">/t:flags/t:up</many>"
+    "<by-ref><k xmlns:t=\"urn:test:types\">/t:flags/t:up</k></by-ref>";
+
+TEST_F(ConfdTypesPage, PathsAreStoredBackwardsWithTheKeysOfAnEntryInOne) {
+  OpenWith("refs", kReferences);
+  confd_value_t value;
+  ASSERT_EQ(maapi_get_elem(maapi_, th_, &value, "/refs/to"), CONFD_OK);
+  const confd_hkeypath_t* path = CONFD_GET_OBJECTREF(&value);
+  ASSERT_EQ(path->len, 4);
+  EXPECT_EQ(path->v[3][0].type, C_XMLTAG);
+  EXPECT_EQ(CONFD_GET_XMLTAG_NS(&path->v[3][0]), 1006u);
+  EXPECT_EQ(path->v[2][0].type, C_XMLTAG);
+  EXPECT_EQ(path->v[0][0].type, C_XMLTAG);
+  EXPECT_NE(CONFD_GET_XMLTAG(&path->v[0][0]), CONFD_GET_XMLTAG(&path->v[2][0]));
+  EXPECT_EQ(Show(path->v[1], 3), "C_BUF it's, C_UINT8 7, C_NOEXISTS");
+  // It leads there again.
+  EXPECT_EQ(Delete("/refs/to"), "ok");
+  EXPECT_EQ(Set("/refs/to", value), "ok") << confd_lasterr();
+  EXPECT_NE(Saved().find("/t:refs/t:pair[t:a=\"it's\"][t:b='7']/t:note<"),
+            std::string::npos)
+      << Saved();
+  confd_free_value(&value);
+}
+
+TEST_F(ConfdTypesPage, ReferencesStandInListsAndKeysToo) {
+  OpenWith("refs", kReferences);
+  EXPECT_EQ(Get("/refs/many"),
+            "C_LIST [C_OBJECTREF of 1 elements, C_OBJECTREF of 2 elements]");
+  maapi_cursor mc;
+  ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/refs/by-ref"), CONFD_OK);
+  ASSERT_EQ(maapi_get_next(&mc), CONFD_OK);
+  EXPECT_EQ(Show(mc.keys[0]), "C_OBJECTREF of 2 elements");
+  EXPECT_EQ(Set("/refs/to", mc.keys[0]), "ok");
+  EXPECT_EQ(Get("/refs/to"), "C_OBJECTREF of 2 elements");
+  maapi_destroy_cursor(&mc);
+}
+
+TEST_F(ConfdTypesPage, ReferencesLeadAlongTheModel) {
+  OpenWith("refs", kReferences);
+  confd_value_t value;
+  ASSERT_EQ(maapi_get_elem(maapi_, th_, &value, "/refs/to"), CONFD_OK);
+  confd_hkeypath_t* path = CONFD_GET_OBJECTREF(&value);
+  const uint32_t tag = path->v[0][0].val.xmltag.tag;
+  path->v[0][0].val.xmltag.tag = tag + 1;
+  EXPECT_EQ(Set("/refs/to", value), "BADTYPE");
+  path->v[0][0].val.xmltag.tag = tag;
+  path->v[0][0].val.xmltag.ns = 1007;
+  EXPECT_EQ(Set("/refs/to", value), "BADTYPE");
+  path->v[0][0].val.xmltag.ns = 1006;
+  EXPECT_EQ(Set("/refs/to", value), "ok");
+  path->v[1][1].type = C_NOEXISTS;
+  EXPECT_EQ(Set("/refs/to", value), "BADTYPE");
+  path->v[1][1] = Uint16(7);
+  EXPECT_EQ(Set("/refs/to", value), "BADTYPE");
+  path->v[1][1] = Uint8(7);
+  for (const int length : {0, -1, MAXDEPTH + 1}) {
+    path->len = length;
+    EXPECT_EQ(Set("/refs/to", value), "BADTYPE") << length;
+  }
+  path->len = 4;
+  confd_free_value(&value);
+  CONFD_SET_OBJECTREF(&value, nullptr);
+  EXPECT_EQ(Set("/refs/to", value), "BADTYPE");
+}
+
 }  // namespace
 }  // namespace contract

@@ -81,7 +81,7 @@ TEST_F(ReadsTest, EachTypeOfTheModelsHasItsTag) {
       {"quad", "C_DQUAD 1.2.3.4"},
       {"hex", "C_HEXSTR 0a:ff"},
       {"when", "C_DATETIME 2026-02-03T04:05:06Z"},
-      {"where", "C_OBJECTREF of 14 bytes"},
+      {"where", "C_OBJECTREF of 2 elements"},
       // A typedef of a well-known one, plain and narrowed.
       {"gate", "C_IPV4 10.0.0.3"},
       {"local-gate", "C_IPV4 10.9.9.9"},

@@ -234,8 +234,9 @@ TEST_F(WritesTest, BytesThatAreNoTextDoNotGetIn) {
     }
   }
   const std::string nul("AB1\0inside", 10);
-  confd_value_t reference = Buf(nul);
-  reference.type = C_OBJECTREF;
+  confd_hkeypath_t nowhere = {};
+  confd_value_t reference;
+  CONFD_SET_OBJECTREF(&reference, &nowhere);
   const std::string fine = "fine";
   confd_value_t items[] = {Buf(fine), Buf(nul)};
   confd_value_t values;

@@ -41,9 +41,10 @@ class VisibleKeys {
   VisibleKeys& operator=(const VisibleKeys&) = delete;
   ~VisibleKeys() { Clear(); }
 
-  void Set(const std::vector<store::Value>& keys) {
+  void Set(const std::vector<store::Value>& keys,
+           const store::SchemaNode& list) {
     Clear();
-    for (const store::Value& key : keys) keys_.push_back(ToC(key));
+    for (const store::Value& key : keys) keys_.push_back(ToC(key, &list));
   }
   void Show(maapi_cursor& mc) const {
     std::copy(keys_.begin(), keys_.end(), mc.keys);
@@ -101,9 +102,10 @@ const store::Node* EntryBehind(const store::Cursor& cursor,
   return cursor.started ? list->After(cursor.place) : list->First();
 }
 
-void ShowKeys(const store::Cursor& cursor, maapi_cursor& mc) {
+void ShowKeys(const store::Cursor& cursor, const store::Node& entry,
+              maapi_cursor& mc) {
   auto& visible = *static_cast<VisibleKeys*>(cursor.attachment.get());
-  visible.Set(cursor.place.keys);
+  visible.Set(cursor.place.keys, *entry.schema);
   visible.Show(mc);
 }
 
@@ -117,7 +119,7 @@ int MoveCursor(Call& call, store::Cursor& cursor, const store::List* list,
     return CONFD_OK;
   }
   list->SetPlace(*entry, cursor.place);
-  ShowKeys(cursor, mc);
+  ShowKeys(cursor, *entry, mc);
   call.Output(mc.keys, cursor.place.keys.size());
   call.KeepOwnership();
   return CONFD_OK;
@@ -127,7 +129,7 @@ int MoveCursor(Call& call, store::Cursor& cursor, const store::List* list,
 store::Value KeyFromC(const store::SchemaNode& key,
                       const confd_value_t& value) {
   try {
-    return key.type->Check(FromC(value));
+    return key.type->Check(FromC(value, &key));
   } catch (const Error& error) {
     throw Error(ErrorCode::kBadPath,
                 "key \"" + key.name + "\": " + error.what());
@@ -239,7 +241,7 @@ int maapi_get_objects(struct maapi_cursor* mc, confd_value_t* values, int n,
         if (!has_all) {
           mc->n = 0;
         } else if (last != nullptr) {
-          ShowKeys(cursor, *mc);
+          ShowKeys(cursor, *last, *mc);
         }
         call.Output(values, width, std::move(filled));
         return CONFD_OK;

@@ -159,7 +159,7 @@ int maapi_vset_object(int sock, int thandle, const confd_value_t* values, int n,
         std::vector<store::NewElement> elements(count);
         for (size_t i = 0; i < count; ++i) {
           if (values[i].type != C_NOEXISTS) {
-            elements[i] = ElementFromC(values[i]);
+            elements[i] = ElementFromC(values[i], target.schema);
           }
         }
         Transaction(scope).SetObject(target, std::move(elements));

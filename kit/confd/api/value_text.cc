@@ -277,8 +277,9 @@ std::string DescribeMember(FormConstant<TextForm::kPlain>, ValueType,
 }
 
 std::string DescribeMember(FormConstant<TextForm::kPath>, ValueType,
-                           const confd_buf_t& buf) {
-  return " " + Quote(BytesOf(buf));
+                           confd_hkeypath_t* path) {
+  if (path == nullptr) return " ?";
+  return " of " + std::to_string(path->len) + " elements";
 }
 
 // As documents have it.

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "kit/confd/api/c_types.h"
+#include "kit/confd/api/object_ref.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
 #include "kit/confd/text/date.h"
@@ -199,6 +200,13 @@ struct Carrier<StoredAs::kIpv6Prefix> {
 
 template <>
 struct Carrier<StoredAs::kBytes> {
+  // Instance identifiers take a model to read.
+  static void Put(const Value&, confd_hkeypath*&) {
+    throw Error(ErrorCode::kUnavailable, "a path can't be given here");
+  }
+  static Value Take(ValueType type, const confd_hkeypath*) {
+    RejectType(static_cast<int>(type));
+  }
   static void Put(const Value& value, confd_buf_t& member) {
     member = CopyBytes(value.text());
   }
@@ -333,6 +341,11 @@ void ReleaseMember(confd_qname& member) {
   ReleaseMember(member.name);
 }
 
+void ReleaseMember(confd_hkeypath*& member) {
+  confd_free_hkeypath(member);
+  member = nullptr;
+}
+
 void ReleaseMember(confd_snmp_oid*& member) {
   std::free(member);
   member = nullptr;
@@ -350,10 +363,14 @@ uint32_t TagOf(const store::SchemaNode& node) {
   return store::NameHash(node.name);
 }
 
-confd_value_t ToC(const Value& value) {
+confd_value_t ToC(const Value& value, const store::SchemaNode* place) {
   confd_value_t c{};
   c.type = static_cast<confd_vtype>(value.type());
   if (!value.exists()) return c;
+  if (value.type() == ValueType::kObjectRef && place != nullptr) {
+    c.val.hkp = PathOfReference(value.text(), *place);
+    return c;
+  }
   VisitMember(
       c,
       [&](auto type, auto& member) {
@@ -373,7 +390,7 @@ confd_value_t ToC(const Element& element) {
   }
   const bool is_flag = element.schema->is_flag;
   if (element.schema->kind == store::NodeKind::kLeaf && !is_flag) {
-    return ToC(element.value());
+    return ToC(element.value(), element.schema);
   }
   if (is_flag || element.schema->IsContainer()) {
     c.type = C_XMLTAG;
@@ -388,7 +405,7 @@ confd_value_t ToC(const Element& element) {
   c.val.list = {0, items};
   try {
     for (const Value& item : values) {
-      items[c.val.list.size] = ToC(item);
+      items[c.val.list.size] = ToC(item, element.schema);
       ++c.val.list.size;
     }
   } catch (...) {
@@ -403,11 +420,16 @@ void Release(confd_value_t& value) {
       value, [](auto, auto& member) { ReleaseMember(member); }, [] {});
 }
 
-Value FromC(const confd_value_t& value) {
+Value FromC(const confd_value_t& value, const store::SchemaNode* place) {
   // Another way to give a C_BUF, and no type that a leaf has.
   if (value.type == C_STR) {
     if (value.val.c_s == nullptr) FailForNull("C_STR");
     return Value::Text(ValueType::kBuf, value.val.c_s);
+  }
+  if (value.type == C_OBJECTREF && place != nullptr) {
+    if (value.val.hkp == nullptr) FailForNull("C_OBJECTREF");
+    return Value::Text(ValueType::kObjectRef,
+                       ReferenceOfPath(*value.val.hkp, *place));
   }
   return VisitMember(
       value,
@@ -417,7 +439,8 @@ Value FromC(const confd_value_t& value) {
       [&]() -> Value { RejectType(value.type); });
 }
 
-NewElement ElementFromC(const confd_value_t& value) {
+NewElement ElementFromC(const confd_value_t& value,
+                        const store::SchemaNode* place) {
   NewElement element;
   if (value.type == C_XMLTAG) {
     element.is_present = true;
@@ -425,10 +448,10 @@ NewElement ElementFromC(const confd_value_t& value) {
     element.items.emplace();
     if (SizeOf(value.val.list) != value.val.list.size) FailForNull("C_LIST");
     for (unsigned int i = 0; i < value.val.list.size; ++i) {
-      element.items->push_back(FromC(value.val.list.ptr[i]));
+      element.items->push_back(FromC(value.val.list.ptr[i], place));
     }
   } else if (value.type != C_NOEXISTS) {
-    element.value = FromC(value);
+    element.value = FromC(value, place);
   }
   return element;
 }

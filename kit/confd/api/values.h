@@ -11,20 +11,24 @@
 
 namespace kit::api {
 
-// A value for a program, which owns what it points to (confd_free_value).
-// Throws std::bad_alloc, and Error with kUnavailable for a type that the API
-// of this library does not carry.
-confd_value_t ToC(const store::Value& value);
+// A value for a program, which owns what it points to (confd_free_value). An
+// instance identifier is a path of the model that `place` is a node of. Throws
+// std::bad_alloc, and Error with kUnavailable for what a program can't be
+// given.
+confd_value_t ToC(const store::Value& value,
+                  const store::SchemaNode* place = nullptr);
 confd_value_t ToC(const store::Element& element);
 
 // Releases what the value owns, as confd_free_value does.
 void Release(confd_value_t& value);
 
-// A value from a program. Throws Error with kBadType for a type that no leaf
-// has.
-store::Value FromC(const confd_value_t& value);
+// A value from a program, with `place` as above. Throws Error with kBadType for
+// a type that no leaf has.
+store::Value FromC(const confd_value_t& value,
+                   const store::SchemaNode* place = nullptr);
 // C_NOEXISTS is the empty element.
-store::NewElement ElementFromC(const confd_value_t& value);
+store::NewElement ElementFromC(const confd_value_t& value,
+                               const store::SchemaNode* place);
 
 // The number of a namespace's or node's name in C_XMLTAG values.
 uint32_t TagOf(const store::SchemaNode& node);

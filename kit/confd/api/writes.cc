@@ -24,7 +24,8 @@ using kit::store::Error;
 using kit::store::ErrorCode;
 
 // No number but NOTMOVABLE is listed for keys that can't be any.
-std::vector<store::Value> KeysFromC(const confd_value_t* keys, int n) {
+std::vector<store::Value> KeysFromC(const confd_value_t* keys, int n,
+                                    const store::Target& target) {
   if (n < 0) {
     throw Error(ErrorCode::kProtoUsage,
                 std::to_string(n) + " is no number of keys");
@@ -37,7 +38,7 @@ std::vector<store::Value> KeysFromC(const confd_value_t* keys, int n) {
   std::vector<store::Value> values;
   for (int i = 0; i < n; ++i) {
     try {
-      values.push_back(FromC(keys[i]));
+      values.push_back(FromC(keys[i], target.schema));
     } catch (const Error& error) {
       throw Error(ErrorCode::kNotMovable, error.what());
     }
@@ -94,7 +95,7 @@ int maapi_vset_elem(int sock, int thandle, confd_value_t* v, const char* fmt,
       "maapi_set_elem", sock, thandle, fmt, args,
       [&](Call&, Scope& scope, const store::Target& target) {
         RequirePointer(v, "the value");
-        Transaction(scope).Set(target, ElementFromC(*v));
+        Transaction(scope).Set(target, ElementFromC(*v, target.schema));
         return CONFD_OK;
       },
       [&](const Call&, const Scope&) {
@@ -126,7 +127,7 @@ int maapi_vmove(int sock, int thandle, confd_value_t* tokey, int n,
   return MaapiCall(
       "maapi_move", sock, thandle, fmt, args,
       [&](Call&, Scope& scope, const store::Target& target) {
-        Transaction(scope).Move(target, KeysFromC(tokey, n));
+        Transaction(scope).Move(target, KeysFromC(tokey, n, target));
         return CONFD_OK;
       },
       [&](const Call&, const Scope&) { return DescribeKeys(tokey, n); });
@@ -142,7 +143,7 @@ int maapi_vmove_ordered(int sock, int thandle, enum maapi_move_where where,
       "maapi_move_ordered", sock, thandle, fmt, args,
       [&](Call&, Scope& scope, const store::Target& target) {
         Transaction(scope).MoveWithin(target, WhereOf(where),
-                                      KeysFromC(tokey, n));
+                                      KeysFromC(tokey, n, target));
         return CONFD_OK;
       },
       [&](const Call&, const Scope&) {

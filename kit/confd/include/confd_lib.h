@@ -377,6 +377,9 @@ typedef struct confd_tag_value_attr {
  */
 CONFD_KIT_EXPORT void confd_free_value(confd_value_t *v);
 
+/* Releases a path with its keys. */
+CONFD_KIT_EXPORT void confd_free_hkeypath(confd_hkeypath_t *hkp);
+
 /*
  * Formats a key path like vsnprintf: at most size bytes with the terminating
  * NUL go to buf (which may be NULL when size is 0). Besides printf's %d, %u,

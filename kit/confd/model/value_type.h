@@ -44,7 +44,7 @@ enum class TextForm : uint8_t {
   kBits,      // by names; in keys by number
   kIdentity,  // "module:name"; in keys by hashes
   kPlain,
-  kPath,  // an instance identifier: plain, but no key
+  kPath,  // an instance identifier: plain, but no key and no bytes in C
   kBase64,
   kHex,       // "0a:1b"
   kUpperHex,  // "0A:1B"
@@ -93,7 +93,7 @@ enum class TextForm : uint8_t {
   ROW(kBit32,       C_BIT32,             29, kUnsigned,     32, kBits,             val.b32)    \
   ROW(kBit64,       C_BIT64,             30, kUnsigned,     64, kBits,             val.b64)    \
   ROW(kList,        C_LIST,              31, kNothing,       0, kList,             val.list)   \
-  ROW(kObjectRef,   C_OBJECTREF,         34, kBytes,         0, kPath,             val.buf)    \
+  ROW(kObjectRef,   C_OBJECTREF,         34, kBytes,         0, kPath,             val.hkp)    \
   ROW(kOid,         C_OID,               38, kOid,           0, kOid,              val.oidp)   \
   ROW(kBinary,      C_BINARY,            39, kBytes,         0, kBase64,           val.buf)    \
   ROW(kIpv4Prefix,  C_IPV4PREFIX,        40, kIpv4Prefix,   32, kPrefix,           val.ipv4prefix)\

@@ -229,7 +229,16 @@ TEST(Describe, QuotesStringsAlways) {
   EXPECT_EQ(Describe(Str("global")), R"(C_STR "global")");
   EXPECT_EQ(Describe(Bytes(C_BUF, "a\n\"\\")), R"(C_BUF "a\x0a\"\\")");
   EXPECT_EQ(Describe(Bytes(C_BUF, "")), R"(C_BUF "")");
-  EXPECT_EQ(Describe(Bytes(C_OBJECTREF, "/a/b")), R"(C_OBJECTREF "/a/b")");
+}
+
+TEST(Describe, SaysHowLongPathsAre) {
+  confd_hkeypath_t path = {};
+  path.len = 3;
+  confd_value_t value;
+  CONFD_SET_OBJECTREF(&value, &path);
+  EXPECT_EQ(Describe(value), "C_OBJECTREF of 3 elements");
+  CONFD_SET_OBJECTREF(&value, nullptr);
+  EXPECT_EQ(Describe(value), "C_OBJECTREF ?");
 }
 
 TEST(Describe, WritesDatesAsDocumentsDo) {
