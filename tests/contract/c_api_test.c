@@ -106,6 +106,33 @@ static const char *ExerciseCursor(int sock, int th) {
   return NULL;
 }
 
+static const char *ExerciseCopies(void) {
+  confd_value_t value;
+  confd_value_t other;
+  confd_value_t *copy;
+  confd_hkeypath_t path;
+  confd_hkeypath_t *path_copy;
+
+  CONFD_SET_STR(&value, "text");
+  copy = confd_value_dup(&value);
+  CHECK(copy != NULL);
+  CHECK(confd_val_eq(copy, &value) > 0);
+  CHECK(confd_svcmp("text", copy) == 0);
+  confd_free_dup_value(copy);
+  CHECK(confd_value_dup_to(&value, &other) == &other);
+  confd_free_dup_to_value(&other);
+  path.len = 1;
+  CONFD_SET_XMLTAG(&path.v[0][0], 1, 1001);
+  path_copy = confd_hkeypath_dup(&path);
+  CHECK(path_copy != NULL && path_copy->len == 1);
+  confd_free_hkeypath(path_copy);
+  path_copy = confd_hkeypath_dup_len(&path, 0);
+  CHECK(path_copy != NULL && path_copy->len == 0);
+  confd_free_hkeypath(path_copy);
+  CHECK(strlen(confd_strerror(CONFD_ERR_NOEXISTS)) > 0);
+  return NULL;
+}
+
 static const char *ExerciseTaggedValues(void) {
   confd_tag_value_t tv[3];
   confd_tag_value_attr_t tva;
@@ -137,6 +164,7 @@ const char *ExerciseCApi(int cdb_sock, int maapi_sock, int thandle) {
   CHECK(Format(path, (int)sizeof path, "/a{%*x}/%s", 2, keys, "c") == 13);
   CHECK(strcmp(path, "/a{7 \"a b\"}/c") == 0);
   failure = ExerciseTaggedValues();
+  if (failure == NULL) failure = ExerciseCopies();
   if (failure == NULL) failure = ExerciseReads(cdb_sock);
   if (failure == NULL) failure = ExerciseWrites(maapi_sock, thandle);
   if (failure == NULL) failure = ExerciseCursor(maapi_sock, thandle);

@@ -377,8 +377,30 @@ typedef struct confd_tag_value_attr {
  */
 CONFD_KIT_EXPORT void confd_free_value(confd_value_t *v);
 
+/*
+ * Copies that own all that they point to, the text of a C_STR included. NULL:
+ * there is no memory. The first is released with confd_free_dup_value, what the
+ * second made of newv with confd_free_dup_to_value.
+ */
+CONFD_KIT_EXPORT confd_value_t *confd_value_dup(const confd_value_t *v);
+CONFD_KIT_EXPORT confd_value_t *confd_value_dup_to(const confd_value_t *v,
+                                                   confd_value_t *newv);
+CONFD_KIT_EXPORT void confd_free_dup_value(confd_value_t *v);
+CONFD_KIT_EXPORT void confd_free_dup_to_value(confd_value_t *v);
+
+/* Copies of a path, whole or its first len elements from the top. */
+CONFD_KIT_EXPORT confd_hkeypath_t *confd_hkeypath_dup(
+    const confd_hkeypath_t *src);
+CONFD_KIT_EXPORT confd_hkeypath_t *confd_hkeypath_dup_len(
+    const confd_hkeypath_t *src, int len);
 /* Releases a path with its keys. */
 CONFD_KIT_EXPORT void confd_free_hkeypath(confd_hkeypath_t *hkp);
+
+/* Positive for values of the same type and content, else 0. */
+CONFD_KIT_EXPORT int confd_val_eq(const confd_value_t *v1,
+                                  const confd_value_t *v2);
+/* As strcmp, with a C_BUF or C_STR; another value counts as "". */
+CONFD_KIT_EXPORT int confd_svcmp(const char *s, const confd_value_t *v);
 
 /*
  * Formats a key path like vsnprintf: at most size bytes with the terminating
