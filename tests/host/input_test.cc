@@ -79,13 +79,13 @@ TEST_F(InputTest, FaultsAreReportedWithFileLineAndReason) {
       {"wrong_model.json", "{\"other:other\": {}}", {"line 1", "other"}},
       {"unknown.xml",
        open + "<id>1</id><label>a</label>\n<colour>red</colour>" + close,
-       {"line 4", "item[id='1']", "colour"}},
+       {"line 4", "item{1}", "colour"}},
       {"value.xml",
        open + "<id>1</id><label>a</label>\n<size>ten</size>" + close,
        {"line 4", "size", "ten"}},
       {"range.xml",
        open + "<id>1</id><label>a</label>\n<size>101</size>" + close,
-       {"line 4", "/demo:demo/item[id='1']/size", "101"}},
+       {"line 4", "/demo/item{1}/size", "101"}},
       {"key.xml",
        open + "<id>one</id><label>a</label>\n" + close,
        {"line 3", "one"}},
@@ -96,7 +96,7 @@ TEST_F(InputTest, FaultsAreReportedWithFileLineAndReason) {
       {"twice.xml",
        open + "<id>1</id><label>a</label></item>\n<item>" +
            "<id>1</id><label>a</label>\n" + close,
-       {"item[id='1']", "uplicate"}},
+       {"item{1}", "uplicate"}},
   };
   for (const Row& row : rows) ExpectRefused(row.name, row.text, row.parts);
 }

@@ -77,18 +77,18 @@ TEST_F(PluginTest, BreakingTheNewModelIsExitCode2WithTheConstraint) {
   EXPECT_THAT(mandatory.err, HasSubstr("breaks the new model in 1 place"));
   EXPECT_THAT(
       mandatory.out,
-      AllOf(HasSubstr("/demo:demo/item"), HasSubstr("\"label\""),
+      AllOf(HasSubstr("/demo/item"), HasSubstr("\"label\""),
             HasSubstr("(ConfD error 12)"), HasSubstr("Nothing was written")));
   const Outcome reference = ExpectFailure("breaks_reference", 2);
   EXPECT_THAT(reference.out,
-              AllOf(HasSubstr("/demo:demo/item[id='1']/twin: "),
-                    HasSubstr("1234"), HasSubstr("(ConfD error 14)")));
+              AllOf(HasSubstr("/demo/item{1}/twin: "), HasSubstr("1234"),
+                    HasSubstr("(ConfD error 14)")));
 }
 
 TEST_F(PluginTest, QuietNamesTheBrokenConstraintAmongTheErrors) {
   const Outcome outcome = ExpectFailure("breaks_reference", 2, {"--quiet"});
   EXPECT_THAT(outcome.out, IsEmpty());
-  EXPECT_THAT(outcome.err, AllOf(HasSubstr("item[id='1']/twin: "),
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("item{1}/twin: "),
                                  HasSubstr("(ConfD error 14)")));
 }
 

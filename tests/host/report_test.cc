@@ -264,7 +264,7 @@ TEST_F(ReportTest, JsonLocatesAFaultOfTheInput) {
   const Json error = Json::parse(outcome.out)["error"];
   EXPECT_EQ(error["file"], config);
   EXPECT_EQ(error["line"], 3);
-  EXPECT_EQ(error["path"], "/demo:demo/item[id='1']/size");
+  EXPECT_EQ(error["path"], "/demo/item{1}/size");
 }
 
 TEST_F(ReportTest, JsonSaysNullWhereAFaultHasNoLineAndNoPath) {
@@ -295,7 +295,7 @@ TEST_F(ReportTest, JsonListsTheBrokenConstraints) {
   ASSERT_EQ(report["violations"].size(), 1U);
   const Json violation = report["violations"][0];
   EXPECT_EQ(violation["error"], 14);
-  EXPECT_EQ(violation["path"], "/demo:demo/item[id='1']/twin");
+  EXPECT_EQ(violation["path"], "/demo/item{1}/twin");
   EXPECT_THAT(violation["reason"], HasSubstr("1234"));
 }
 

@@ -118,8 +118,7 @@ Handles Database::Attach() {
 
 std::vector<Violation> Database::Validate() const {
   std::vector<Violation> violations;
-  for (store::BrokenConstraint& broken :
-       store::ValidateData(impl_->database.transaction())) {
+  for (store::BrokenConstraint& broken : impl_->database.Validate()) {
     violations.push_back({static_cast<int>(broken.code), std::move(broken.path),
                           std::move(broken.reason)});
   }

@@ -71,7 +71,7 @@ struct Loss {
 // A constraint of the new model that the upgraded configuration breaks.
 struct Violation {
   int error;  // the number that a commit on a device would give (CONFD_ERR_*)
-  std::string path;    // instance path of the node at fault, "" when unknown
+  std::string path;    // key path of the node at fault, "" when unknown
   std::string reason;  // the constraint
 };
 

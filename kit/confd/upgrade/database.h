@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "kit/confd/document/document.h"
 #include "kit/confd/document/envelope.h"
 #include "kit/confd/model/schema.h"
 #include "kit/confd/tree/data.h"
@@ -30,6 +31,9 @@ class Database {
 
   // What the start of the transaction left behind.
   const std::vector<Loss>& losses() const { return losses_; }
+
+  // Checks the transaction against every constraint of its models.
+  std::vector<BrokenConstraint> Validate() const;
 
   // The transaction as it stood before any program wrote to it.
   Data StartOfTransaction() const;

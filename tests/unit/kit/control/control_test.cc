@@ -74,11 +74,11 @@ TEST_F(ControlTest, InputErrorsNameFileLinePathAndReason) {
   } catch (const InputError& error) {
     EXPECT_EQ(error.file(), "rules.xml");
     EXPECT_EQ(error.line(), 2u);
-    EXPECT_EQ(error.path(), "/rules:top/load");
+    EXPECT_EQ(error.path(), "/top/load");
     EXPECT_EQ(error.reason(), "Invalid type uint8 value \"x\".");
     EXPECT_STREQ(error.what(),
                  "rules.xml:2: Invalid type uint8 value \"x\". (at "
-                 "/rules:top/load)");
+                 "/top/load)");
   }
 }
 
@@ -157,13 +157,11 @@ TEST_F(ControlTest, ValidateGivesTheNumbersOfACommit) {
     int error;
     const char* at;
   } const cases[] = {
-      {"/top/load", "", 11, CONFD_ERR_MUST_FAILED, "/rules:top/load"},
-      {"/top/tagged", "", 9, CONFD_ERR_MUST_FAILED, "/rules:top/tagged"},
-      {"/top/item{a}/peer", "z", 0, CONFD_ERR_BAD_KEYREF,
-       "/rules:top/item[name='a']/peer"},
-      {"/top/item{b}", nullptr, 0, CONFD_ERR_NOTSET,
-       "/rules:top/item[name='b']/needed"},
-      {"/top/picky", nullptr, 0, CONFD_ERR_NOTSET, "/rules:top/picky"},
+      {"/top/load", "", 11, CONFD_ERR_MUST_FAILED, "/top/load"},
+      {"/top/tagged", "", 9, CONFD_ERR_MUST_FAILED, "/top/tagged"},
+      {"/top/item{a}/peer", "z", 0, CONFD_ERR_BAD_KEYREF, "/top/item{a}/peer"},
+      {"/top/item{b}", nullptr, 0, CONFD_ERR_NOTSET, "/top/item{b}/needed"},
+      {"/top/picky", nullptr, 0, CONFD_ERR_NOTSET, "/top/picky"},
   };
   for (const auto& one : cases) {
     Database database = OpenRules(kRules);
