@@ -403,11 +403,71 @@ void NormalizeLineEnds(std::string& text) {
   text.resize(out);
 }
 
+// The encoding that a byte order mark, or the zero bytes of the first two
+// characters, give away; "" for none.
+std::string_view WideEncoding(std::string_view text) {
+  struct Mark {
+    std::string_view bytes;
+    std::string_view encoding;
+  };
+  using namespace std::string_view_literals;
+  // The longer ones first.
+  static constexpr Mark kMarks[] = {{"\xff\xfe\0\0"sv, "UTF-32"},
+                                    {"\0\0\xfe\xff"sv, "UTF-32"},
+                                    {"\xff\xfe"sv, "UTF-16"},
+                                    {"\xfe\xff"sv, "UTF-16"}};
+  for (const Mark& mark : kMarks) {
+    if (text.substr(0, mark.bytes.size()) == mark.bytes) return mark.encoding;
+  }
+  constexpr size_t kTwoCharacters = 4;
+  if (text.size() < kTwoCharacters) return "";
+  std::string zeros;
+  for (const char c : text.substr(0, kTwoCharacters)) {
+    zeros += c == '\0' ? '0' : 'x';
+  }
+  if (zeros == "x0x0") return "UTF-16LE";
+  if (zeros == "0x0x") return "UTF-16BE";
+  return "";
+}
+
+// The encoding that an XML declaration names; "" for none.
+std::string_view DeclaredEncoding(std::string_view text) {
+  constexpr std::string_view kKey = "encoding=";
+  if (text.substr(0, text.find('<') + 5).find("<?xml") ==
+      std::string_view::npos) {
+    return "";
+  }
+  text = text.substr(0, text.find("?>"));
+  const size_t key = text.find(kKey);
+  if (key == std::string_view::npos) return "";
+  text.remove_prefix(key + kKey.size());
+  if (text.empty()) return "";
+  const std::string_view name = text.substr(1, text.find(text[0], 1) - 1);
+  constexpr std::string_view kNameCharacters =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-:";
+  if (name.find_first_not_of(kNameCharacters) != std::string_view::npos) {
+    return "";
+  }
+  return name;
+}
+
+[[noreturn]] void FailForEncoding(std::string_view text, size_t offset,
+                                  std::string_view encoding) {
+  FailAt(text, offset,
+         "it is in " + std::string(encoding) +
+             ", not in UTF-8; this converts it: iconv -f " +
+             std::string(encoding) + " -t UTF-8 OLD > NEW");
+}
+
 void RequireText(std::string_view text) {
   if (text::IsYangText(text)) return;
+  const std::string_view declared = DeclaredEncoding(text);
   for (size_t begin = 0; begin < text.size();) {
     size_t end = std::min(text.find('\n', begin), text.size());
     if (!text::IsYangText(text.substr(begin, end - begin))) {
+      if (!declared.empty() && declared != "UTF-8" && declared != "utf-8") {
+        FailForEncoding(text, begin, declared);
+      }
       FailAt(text, begin,
              "it holds bytes that are no UTF-8 text, or characters that no "
              "configuration may hold");
@@ -422,6 +482,9 @@ Envelope Unwrap(std::string& text) {
   constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
   if (text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
     BlankOut(text, 0, kByteOrderMark.size());
+  }
+  if (const auto encoding = WideEncoding(text); !encoding.empty()) {
+    FailForEncoding(text, 0, encoding);
   }
   if (size_t zero = text.find('\0'); zero != std::string::npos) {
     FailAt(text, zero, "it holds binary data; XML or JSON text is needed");

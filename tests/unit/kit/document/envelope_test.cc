@@ -196,7 +196,6 @@ TEST(Unwrap, SaysWhereAndWhyATextIsNoConfiguration) {
       {"plain\ntext", 1, "it is neither XML"},
       {"\n\n[1]", 3, "it is neither XML"},
       {std::string("<a>\n\0</a>", 9), 2, "it holds binary data"},
-      {"\xff\xfe<", 1, "it is neither XML"},
       {"<a>\n<b>\n", 3, "the document ends before </b>"},
       {"<a>\n</b>", 2, "</b> closes <a>"},
       {"</a>", 1, "</a> closes nothing"},
@@ -386,6 +385,33 @@ TEST(Unwrap, BytesThatAreNoTextAreErrors) {
       {"<a x=\"\x01\"/>", 1, "it holds bytes that are no UTF-8 text"},
   };
   ExpectErrors(cases);
+}
+
+TEST(Unwrap, OtherEncodingsAreNamedWithTheCommandThatConverts) {
+  const BadCase cases[] = {
+      {std::string("\xff\xfe<\0a\0/\0>\0", 10), 1,
+       "it is in UTF-16, not in UTF-8; this converts it: iconv -f UTF-16 -t "
+       "UTF-8 OLD > NEW"},
+      {std::string("\xfe\xff\0<\0a", 6), 1, "it is in UTF-16, "},
+      {std::string("\xff\xfe\0\0<\0\0\0", 8), 1, "it is in UTF-32, "},
+      {std::string("\0\0\xfe\xff\0\0\0<", 8), 1, "it is in UTF-32, "},
+      {std::string("<\0a\0/\0>\0", 8), 1, "it is in UTF-16LE, "},
+      {std::string("\0{\0\"\0a", 6), 1, "it is in UTF-16BE, "},
+      {"<?xml version=\"1.0\" encoding='ISO-8859-1'?>\n<a>\xe9</a>", 2,
+       "it is in ISO-8859-1, not in UTF-8; this converts it: iconv -f "
+       "ISO-8859-1 -t UTF-8 OLD > NEW"},
+      // What is no name of an encoding is no part of a command.
+      {"<?xml version=\"1.0\" encoding=\"a; b\"?>\n<a>\xe9</a>", 2,
+       "it holds bytes that are no UTF-8 text"},
+      {"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>\xe9</a>", 2,
+       "it holds bytes that are no UTF-8 text"},
+      {"<?xml encoding=", 1, "the processing instruction is not closed"},
+      {"<a>encoding=\"x\"\xe9</a>", 1, "it holds bytes that are no UTF-8"},
+  };
+  ExpectErrors(cases);
+  // The declaration is not the text.
+  std::string ascii = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a/>";
+  EXPECT_EQ(Unwrap(ascii).syntax, Syntax::kXml);
 }
 
 TEST(Unwrap, TakesMarkupOfEveryKind) {
