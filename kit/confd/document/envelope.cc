@@ -127,6 +127,12 @@ class XmlUnwrapper {
                  "> stands behind what is to hold the whole configuration");
     }
     if (!data_begun_ && EnterWrapper(tag)) return;
+    if (wrapping_ == Wrapping::kNetconf && open_.size() == wrappers_ &&
+        LocalName(tag.name) == "rpc-error") {
+      FailAt(view_, tag.begin,
+             "it is NETCONF's answer to a request that failed (<rpc-error>) "
+             "and holds no configuration");
+    }
     data_begun_ = true;
     RefuseMetadata(view_, tag, false);
     if (open_.size() == wrappers_) BeginData(tag);

@@ -212,6 +212,11 @@ TEST(Unwrap, SaysWhereAndWhyATextIsNoConfiguration) {
        "<b> stands behind what is to hold the whole configuration"},
       {"<rpc-reply" + Xmlns(kNetconfNs) + "><data/>\n<b/></rpc-reply>", 2,
        "<b> stands behind what is to hold the whole configuration"},
+      {"<rpc-reply" + Xmlns(kNetconfNs) + ">\n<rpc-error><error-tag/>", 2,
+       "it is NETCONF's answer to a request that failed (<rpc-error>)"},
+      {"<nc:rpc-reply xmlns:nc=\"" + std::string(kNetconfNs) +
+           "\"><nc:rpc-error/></nc:rpc-reply>",
+       1, "it is NETCONF's answer to a request that failed (<rpc-error>)"},
       {"<!-- only a comment -->", 1, "there is no XML element in it"},
       {"<>", 1, "a tag has no name"},
       {"< a/>", 1, "a tag has no name"},
