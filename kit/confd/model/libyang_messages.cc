@@ -30,6 +30,7 @@ struct Phrase {
 };
 
 constexpr std::string_view kUnknownNamespace = "No module with namespace ";
+constexpr std::string_view kNoNamespace = "Missing XML namespace.";
 constexpr std::string_view kNoUnionMember = "Invalid union value ";
 
 // Everything else that validation finds is a must condition, which may bring a
@@ -174,9 +175,13 @@ std::string PathOfMissing(const ly_ctx* context, const Message& message,
   return Text(path.get());
 }
 
-// Release 3 adds the complaint of each member of a union, a line each.
 std::string ReasonOf(const Message& message) {
+  if (message.words == kNoNamespace) {
+    return "an element has no namespace: xmlns=\"...\" is missing on it and "
+           "on all that it stands in";
+  }
   if (!StartsWith(message.words, kNoUnionMember)) return message.words;
+  // Release 3 adds the complaint of each member, a line each.
   size_t details = message.words.find(":\n");
   if (details == std::string::npos) return message.words;
   return message.words.substr(0, details) + ".";

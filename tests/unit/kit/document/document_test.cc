@@ -55,7 +55,9 @@ TEST(ReadDocument, NamesLineAndPathOfFaultsInXml) {
         "/zoo:values", "Node \"nothing\" not found as a child of \"values\""},
        {"<values xmlns=\"urn:test:nobody\">\n</values>", 1, "",
         "No module with namespace \"urn:test:nobody\""},
-       {"<values/>", 1, "", "Missing XML namespace."},
+       {"<values/>", 1, "",
+        "an element has no namespace: xmlns=\"...\" is "
+        "missing on it"},
        {"<object xmlns=\"urn:test:zoo\">\n <name>x</name>\n</object>", 3,
         "/zoo:object", "List instance is missing its key \"id\"."},
        {"<values xmlns=\"urn:test:zoo\">\n <counter>1</counter></values>", 2,
