@@ -15,19 +15,25 @@ namespace kit::store {
 namespace {
 
 // The node of the other model with the same name in the same namespace.
-// Configuration and state are different nodes.
-const SchemaNode* Counterpart(const SchemaNode& node,
-                              const SchemaNode& other_parent) {
+const SchemaNode* Namesake(const SchemaNode& node,
+                           const SchemaNode& other_parent) {
   auto found = other_parent.by_name.find(node.name);
   if (found == other_parent.by_name.end()) return nullptr;
   for (const SchemaNode* other : found->second) {
-    if (other->is_state != node.is_state) continue;
     if (std::strcmp(other->module->compiled->ns, node.module->compiled->ns) ==
         0) {
       return other;
     }
   }
   return nullptr;
+}
+
+// The same if what the one holds can go to the other: state is not kept.
+const SchemaNode* Counterpart(const SchemaNode& node,
+                              const SchemaNode& other_parent) {
+  const SchemaNode* other = Namesake(node, other_parent);
+  if (other == nullptr || other->is_state != node.is_state) return nullptr;
+  return other;
 }
 
 // The choice of which `to` holds another case than the child's.
@@ -173,7 +179,10 @@ class Carrier {
     }
     for (const auto& old_child : from.schema->children) {
       if (Counterpart(*old_child, *to.schema) == nullptr) {
-        LoseNode(from, *old_child, "the new model has no such node");
+        LoseNode(from, *old_child,
+                 Namesake(*old_child, *to.schema) == nullptr
+                     ? "the new model has no such node"
+                     : "it is state in the new model");
       }
     }
   }

@@ -33,6 +33,11 @@ TEST(AutomaticUpgradeLosses, NodesThatAreGoneAreNamedWithTheirValue) {
                    "/g/dropped (): the new model has no such node"}));
 }
 
+TEST(AutomaticUpgradeLosses, WhatHasBecomeStateIsNamedAsThat) {
+  EXPECT_EQ(Losses("<config-to-state>7</config-to-state>"),
+            Lines({"/g/config-to-state (7): it is state in the new model"}));
+}
+
 TEST(AutomaticUpgradeLosses, ValuesThatDoNotFitAreNamedWithTheReason) {
   Lines losses = Losses("<narrowed>100</narrowed>");
   ASSERT_EQ(losses.size(), 1u);
