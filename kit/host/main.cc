@@ -66,6 +66,7 @@ FILE* ReportStream(const RunOptions& options) {
 WorkerTask MakeTask(const RunOptions& options) {
   WorkerTask task;
   task.config = options.config;
+  task.max_size_mib = options.max_size_mib;
   task.plugin = options.plugin ? *options.plugin : DefaultPlugin().string();
   task.before = {options.yang_before ? fs::path(*options.yang_before)
                                      : DefaultModels("before"),

@@ -110,6 +110,11 @@ void AddFiles(CLI::App& run, RunOptions& options) {
       ->required()
       ->type_name("FILE")
       ->check(CheckNotEmpty);
+  run.add_option("--max-size", options.max_size_mib,
+                 "Refuse a configuration of more than N MiB")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 20).description(""));
   run.add_option("-o,--output", options.output,
                  "Write the upgraded configuration to FILE; - is standard "
                  "output, the report then goes to standard error")

@@ -17,6 +17,7 @@ namespace kit::host {
 
 struct RunOptions {
   std::string config;                 // "-" is standard input
+  uint64_t max_size_mib = 1024;       // of the configuration
   std::optional<std::string> output;  // "-" is standard output
   bool force = false;
   std::optional<control::Format> format;  // none: the input's

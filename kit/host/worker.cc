@@ -31,9 +31,6 @@ namespace kit::host {
 namespace {
 
 constexpr size_t kReadChunk = size_t{1} << 20;
-// Some forty times that of ten thousand interfaces; an input without an end
-// must not take all memory.
-constexpr size_t kMaxConfig = size_t{512} << 20;
 // Of a message that quotes the configuration, which may hold huge values.
 constexpr size_t kMaxQuote = 1000;
 
@@ -79,13 +76,15 @@ extern "C" void SendLogRecord(void* channel, const char* text, size_t length) {
       LogMessage{std::string(text, length)});
 }
 
-[[noreturn]] void FailInput(const std::string& config, std::string reason) {
-  throw FailureError({ExitCode::kBadInput, std::move(reason),
-                      "name a file with the configuration, XML or JSON",
+[[noreturn]] void FailInput(
+    const std::string& config, std::string reason,
+    std::string advice = "name a file with the configuration, XML or JSON") {
+  throw FailureError({ExitCode::kBadInput, std::move(reason), std::move(advice),
                       ConfigName(config)});
 }
 
-std::string ReadConfig(const std::string& config) {
+// An input without an end must not take all memory.
+std::string ReadConfig(const std::string& config, uint64_t max_mib) {
   FileDescriptor file;
   if (config != "-") {
     file = FileDescriptor(open(config.c_str(), O_RDONLY | O_CLOEXEC));
@@ -103,8 +102,9 @@ std::string ReadConfig(const std::string& config) {
     const int error = errno;
     text.resize(old_size + (got > 0 ? static_cast<size_t>(got) : 0));
     if (got == 0) break;
-    if (text.size() > kMaxConfig) {
-      FailInput(config, fmt::format("is larger than {} MiB", kMaxConfig >> 20));
+    if (text.size() >> 20 >= max_mib && text.size() > max_mib << 20) {
+      FailInput(config, fmt::format("is larger than {} MiB", max_mib),
+                "give --max-size for a larger configuration");
     }
     if (got > 0 || error == EINTR) continue;
     FailInput(config, error == EISDIR
@@ -263,7 +263,7 @@ class Worker {
 
   control::Database Read() {
     Enter(Phase::kReading);
-    std::string text = ReadConfig(task_.config);
+    std::string text = ReadConfig(task_.config, task_.max_size_mib);
     Enter(Phase::kParsing);
     control::Database database = OpenDatabase(task_, std::move(text));
     RequireModules(database, task_.named_modules);

@@ -6,6 +6,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,7 +18,8 @@
 namespace kit::host {
 
 struct WorkerTask {
-  std::string config;  // "-" is standard input
+  std::string config;         // "-" is standard input
+  uint64_t max_size_mib = 0;  // of the configuration
   std::string plugin;
   control::ModelSet before;
   control::ModelSet after;

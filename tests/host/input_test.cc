@@ -230,5 +230,20 @@ TEST_F(InputTest, AMinusIsStandardInput) {
   EXPECT_THAT(bad.err, StartsWith("ospf-upgrade: standard input: line 1: "));
 }
 
+TEST_F(InputTest, TheLargestSizeIsTheUsers) {
+  std::string most = kDemoXml;
+  most.resize((1 << 20) - 1, ' ');
+  Write("most.xml", most + "\n");
+  EXPECT_EQ(RunDemo("idle", {Path("most.xml"), "--max-size", "1"}).exit_code,
+            0);
+  Write("more.xml", most + "\n\n");
+  const Outcome refused =
+      RunDemo("idle", {Path("more.xml"), "--max-size", "1"});
+  EXPECT_EQ(refused.exit_code, 3) << refused;
+  EXPECT_THAT(refused.err, HasSubstr("more.xml: is larger than 1 MiB\n"));
+  EXPECT_EQ(RunDemo("idle", {Path("more.xml"), "--max-size", "2"}).exit_code,
+            0);
+}
+
 }  // namespace
 }  // namespace host_test

@@ -281,7 +281,9 @@ TEST_F(IsolationTest, AnInputWithoutAnEndIsExitCode3BeforeItTakesAllMemory) {
   launch.stdin_path = "/dev/zero";
   const Outcome outcome = RunDemo("idle", {"-", "--timeout", "0"}, launch);
   EXPECT_EQ(outcome.exit_code, 3) << outcome;
-  EXPECT_THAT(outcome.err, HasSubstr("standard input: is larger than 512 MiB"));
+  EXPECT_THAT(outcome.err,
+              AllOf(HasSubstr("standard input: is larger than 1024 MiB\n"),
+                    HasSubstr("give --max-size")));
 }
 
 TEST_F(IsolationTest, AFloodOfOutputDoesNotKeepTheTimeoutAway) {

@@ -28,8 +28,8 @@ TEST_F(UsageTest, HelpOfRunListsEveryOption) {
   const Outcome outcome = Run({"run", "--help"});
   for (const char* option :
        {"CONFIG", "-o,", "--force", "--format", "--plugin", "--yang-before",
-        "--yang-after", "--namespace", "--timeout", "--log", "--quiet",
-        "--verbose", "--diff", "--json"}) {
+        "--yang-after", "--max-size", "--namespace", "--timeout", "--log",
+        "--quiet", "--verbose", "--diff", "--json"}) {
     EXPECT_THAT(outcome.out, HasSubstr(option));
   }
 }
@@ -93,6 +93,8 @@ TEST_F(UsageTest, BadUsageIsExitCode3AndSaysWhatIsWrong) {
       {{"run", config, "--timeout", "-1"}, "-1"},
       {{"run", config, "--timeout", "nan"}, "nan"},
       {{"run", config, "--timeout", "inf"}, "inf"},
+      {{"run", config, "--max-size", "0"}, "--max-size"},
+      {{"run", config, "--max-size", "1G"}, "--max-size"},
       {{"run", config, "--log", "-"}, "/dev/stderr takes it"},
       {{"run", config, "--namespace", "demo"}, "MODULE=HASH"},
       {{"run", config, "--namespace", "=1"}, "MODULE=HASH"},
