@@ -87,7 +87,83 @@ void CutJson(const std::string& text, size_t begin, const PieceSink& sink) {
   }
 }
 
+std::string_view LocalName(std::string_view name) {
+  const size_t colon = name.find(':');
+  return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+class FineCutter {
+ public:
+  FineCutter(const std::string& text,
+             const std::function<bool(const ElementNames&)>& may_cut,
+             const FineSink& sink)
+      : text_(text), may_cut_(may_cut), sink_(sink) {}
+
+  void Run() {
+    XmlScanner scanner(text_);
+    while (const XmlTag* tag = scanner.Next()) {
+      if (tag->kind == XmlTag::Kind::kOpen) {
+        open_.push_back({tag->begin, tag->end, tag->name});
+        continue;
+      }
+      if (tag->kind == XmlTag::Kind::kClose) open_.pop_back();
+      if (tag->end - begin_ >= kPieceBytes) TryToCut(tag->end);
+    }
+    HandOn(text_.size());
+  }
+
+ private:
+  static constexpr size_t kPieceBytes = size_t{1} << 16;
+
+  struct Element {
+    size_t begin;  // of its tag
+    size_t end;
+    std::string_view name;
+  };
+
+  void TryToCut(size_t at) {
+    ElementNames around;
+    for (const Element& element : open_) {
+      around.push_back(LocalName(element.name));
+    }
+    if (!may_cut_(around)) return;
+    HandOn(at);
+    begin_ = at;
+    continued_ = open_;
+    names_ = std::move(around);
+  }
+
+  // The piece up to `end`, within the tags of what it goes on with and of what
+  // goes on behind it.
+  void HandOn(size_t end) {
+    piece_.clear();
+    for (const Element& element : continued_) {
+      piece_.append(text_, element.begin, element.end - element.begin);
+    }
+    piece_.append(text_, begin_, end - begin_);
+    for (size_t i = open_.size(); i > 0; --i) {
+      piece_.append("</").append(open_[i - 1].name).append(">");
+    }
+    sink_(piece_, names_);
+  }
+
+  const std::string& text_;
+  const std::function<bool(const ElementNames&)>& may_cut_;
+  const FineSink& sink_;
+  std::vector<Element> open_;
+  size_t begin_ = 0;  // of the piece
+  std::vector<Element> continued_;
+  ElementNames names_;  // of these
+  std::string piece_;
+};
+
 }  // namespace
+
+void CutFinely(const std::string& text,
+               const std::function<bool(const ElementNames&)>& may_cut,
+               const FineSink& sink) {
+  FineCutter(text, may_cut, sink).Run();
+}
 
 void CutIntoPieces(const std::string& text, Syntax syntax,
                    const PieceSink& sink) {

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "kit/confd/document/envelope.h"
 
@@ -18,6 +20,21 @@ using PieceSink = std::function<void(const char* text, size_t line)>;
 // than libyang is quick with. Nothing for a text without any.
 void CutIntoPieces(const std::string& text, Syntax syntax,
                    const PieceSink& sink);
+
+// Names of elements, without prefixes, from the outermost inwards.
+using ElementNames = std::vector<std::string_view>;
+
+// Told of a piece, which is a document of its own, and of the elements that it
+// goes on with: the piece before holds their beginning.
+using FineSink =
+    std::function<void(const std::string& text, const ElementNames& continued)>;
+
+// Hands on an XML text without wrappers in pieces of about 64 KiB, where
+// elements may be cut between what they hold: `may_cut` says of those around a
+// place whether all may be. In one piece where no place is found.
+void CutFinely(const std::string& text,
+               const std::function<bool(const ElementNames&)>& may_cut,
+               const FineSink& sink);
 
 }  // namespace kit::store
 
