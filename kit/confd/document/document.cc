@@ -8,7 +8,6 @@
 #include <memory>
 #include <new>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "kit/confd/document/export.h"
@@ -411,19 +410,22 @@ class PieceImport {
  public:
   explicit PieceImport(Data& data) : data_(data) {}
 
-  // False if anything is wrong with the text, or may be. Data that are half
+  // False if anything is wrong with the text, or may be. The data are half
   // filled then.
   bool Run(const std::string& text, Syntax syntax) {
     try {
-      CutIntoPieces(text, syntax, [&](const char* piece, size_t) {
-        LibyangTree tree;
-        LY_ERR result = ParsePiece(piece, syntax, data_.schema(), tree);
-        if (result != LY_SUCCESS) {
-          throw UnfitNode(nullptr, "libyang can't parse it");
-        }
-        RequireOwnNodes(tree.get());
-        Import(tree.get(), data_.root());
-      });
+      if (syntax == Syntax::kXml) {
+        CutFinely(
+            text, [this](const ElementNames& around) { return Open(around); },
+            [this](const std::string& piece, const ElementNames& continued) {
+              Open(continued);
+              TakeOver(piece.c_str(), Syntax::kXml);
+            });
+      } else {
+        CutIntoPieces(text, syntax, [&](const char* piece, size_t) {
+          TakeOver(piece, syntax);
+        });
+      }
     } catch (const UnfitNode&) {
       return false;
     }
@@ -431,24 +433,69 @@ class PieceImport {
   }
 
  private:
-  // Only of lists may entries stand in several pieces.
-  void RequireOwnNodes(const lyd_node* first) {
-    std::set<const lysc_node*> own;
-    for (const lyd_node* node = first; node != nullptr; node = node->next) {
-      const SchemaNode* schema = SchemaOf(data_.schema().root(), node);
-      const bool is_safe = schema != nullptr && schema->cases.empty();
-      if (is_safe && schema->kind == NodeKind::kList) continue;
-      if (!is_safe || earlier_.count(node->schema) > 0) {
-        throw UnfitNode(node,
-                        "other pieces may hold what it can't stand beside");
-      }
-      own.insert(node->schema);
+  // Whether these are containers, which may stand in several pieces; they are
+  // the ones that a piece goes on with then.
+  bool Open(const ElementNames& names) {
+    open_.clear();
+    const SchemaNode* node = &data_.schema().root();
+    for (std::string_view name : names) {
+      node = Schema::OnlyChild(*node, name);
+      if (node == nullptr || !node->IsContainer()) return false;
+      open_.push_back(node);
     }
-    earlier_.insert(own.begin(), own.end());
+    return true;
+  }
+
+  void TakeOver(const char* piece, Syntax syntax) {
+    LibyangTree tree;
+    if (ParsePiece(piece, syntax, data_.schema(), tree) != LY_SUCCESS) {
+      throw UnfitNode(nullptr, "libyang can't parse it");
+    }
+    TakeOver(tree.get(), data_.root(), 0);
+  }
+
+  // Siblings, of which other pieces may hold more. Of those only entries of
+  // lists look after themselves.
+  void TakeOver(const lyd_node* first, Node& parent, size_t level) {
+    for (const lyd_node* node = first; node != nullptr; node = node->next) {
+      const SchemaNode* schema = SchemaOf(*parent.schema, node);
+      if (schema == nullptr || HasOtherCase(*schema, parent)) {
+        throw UnfitNode(node, "it does not fit");
+      }
+      const bool goes_on = level < open_.size() && open_[level] == schema;
+      if (goes_on && Before(node) == nullptr) {
+        TakeOver(lyd_child(node), parent.MakeContainer(*schema), level + 1);
+        continue;
+      }
+      if (schema->kind != NodeKind::kList && IsThere(*schema, parent)) {
+        throw UnfitNode(node, "another piece holds it too");
+      }
+      node = ImportNode(node, *schema, parent);
+    }
+  }
+
+  static bool IsThere(const SchemaNode& schema, const Node& parent) {
+    return schema.IsContainer() ? parent.FindContainer(schema) != nullptr
+                                : parent.IsSet(schema);
+  }
+
+  // Whether something stands in another case of a choice that the node is in.
+  static bool HasOtherCase(const SchemaNode& schema, const Node& parent) {
+    for (const SchemaNode::CaseOf& own : schema.cases) {
+      for (const auto& other : parent.schema->children) {
+        for (const SchemaNode::CaseOf& its : other->cases) {
+          if (its.choice == own.choice && its.chosen != own.chosen &&
+              IsThere(*other, parent)) {
+            return true;
+          }
+        }
+      }
+    }
+    return false;
   }
 
   Data& data_;
-  std::set<const lysc_node*> earlier_;
+  std::vector<const SchemaNode*> open_;
 };
 
 void ImportTree(std::string_view text, Syntax syntax, const lyd_node* tree,

@@ -88,6 +88,66 @@ TEST(ManyEntries, FaultsHaveTheirLines) {
             1u);
 }
 
+// A container with as many entries as several pieces of the text hold. The
+// texts stand in it before and behind them, from line 2 on.
+std::string AroundEntries(const std::string& before,
+                          const std::string& behind) {
+  std::string text = "<z:lists xmlns:z=\"urn:test:zoo\">\n" + before + "\n";
+  for (int i = 0; i < 5000; ++i) {
+    text += "<z:by-int><z:k>" + std::to_string(i) + "</z:k></z:by-int>\n";
+  }
+  return text + behind + "\n</z:lists>\n<shed xmlns=\"urn:test:zoo\"/>";
+}
+
+TEST(ManyEntries, InAContainerComeBackInTheirOrder) {
+  Data data(Zoo());
+  ReadDocument(AroundEntries("<z:queue><z:n>9</z:n></z:queue>",
+                             "<z:queue><z:n>1</z:n></z:queue>"),
+               data);
+  EXPECT_EQ(Data::ListOf(At(data, "/lists/by-int"))->size(), 5000u);
+  EXPECT_TRUE(data.Exists(At(data, "/shed")));
+  const List& queue = *Data::ListOf(At(data, "/lists/queue"));
+  EXPECT_EQ(KeyPath(*queue.At(0)), "/lists/queue{9}");
+  EXPECT_EQ(KeyPath(*queue.At(1)), "/lists/queue{1}");
+}
+
+TEST(ManyEntries, BetweenTwoThatAreTheSameHideNeither) {
+  const std::string entry = "<z:by-int><z:k>-7</z:k></z:by-int>";
+  const DocumentError twice = FaultOf(AroundEntries(entry, entry));
+  EXPECT_EQ(twice.line, 5003u);
+  EXPECT_STREQ(twice.what(),
+               "Duplicate instance of \"by-int\". The other is in line 2.");
+  const DocumentError container =
+      FaultOf(AroundEntries("", "") + "<lists xmlns=\"urn:test:zoo\"/>");
+  EXPECT_STREQ(container.what(),
+               "Duplicate instance of \"lists\". The other is in line 1.");
+}
+
+// A long list that the case of a choice holds, with more of the case, or of
+// another one, around it.
+std::string AroundStops(const std::string& before, const std::string& behind) {
+  std::string text =
+      "<pick xmlns=\"urn:test:zoo\">\n" + before + "<stop><n>1</n></stop>\n";
+  text += "<!--" + std::string(70'000, '=') + "-->\n<stop><n>2</n></stop>\n";
+  return text + behind + "</pick>\n";
+}
+
+TEST(ManyEntries, DoNotHideAnotherCaseOfTheirChoice) {
+  Data data(Zoo());
+  ReadDocument(
+      AroundStops("<delay>1</delay>", "<pauses><length>1</length></pauses>"),
+      data);
+  EXPECT_TRUE(data.Exists(At(data, "/pick/delay")));
+  EXPECT_TRUE(data.Exists(At(data, "/pick/stop{2}")));
+  EXPECT_TRUE(data.Exists(At(data, "/pick/pauses/length")));
+  EXPECT_STREQ(FaultOf(AroundStops("", "<gear>1</gear>")).what(),
+               "Data for both cases \"fast\" and \"slow\" exist. The other is "
+               "in line 5.");
+  EXPECT_STREQ(
+      FaultOf(AroundStops("<delay>1</delay>", "<delay>2</delay>")).what(),
+      "Duplicate instance of \"delay\". The other is in line 2.");
+}
+
 double SecondsFor(Syntax syntax, int count) {
   const std::string text = ManyEntries(syntax, count);
   std::clock_t start = std::clock();
