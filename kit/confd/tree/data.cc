@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "kit/confd/model/error.h"
+#include "kit/confd/tree/tagged.h"
 
 namespace kit::store {
 namespace {
@@ -28,11 +29,6 @@ bool IsByDefault(const Node& holder, const SchemaNode& leaf) {
   return !leaf.is_key() && !holder.IsSet(leaf);
 }
 
-Element LeafElement(const Node& holder, const SchemaNode& leaf,
-                    ReadRules rules) {
-  return {&holder, &leaf, rules.no_defaults && IsByDefault(holder, leaf)};
-}
-
 void AppendChildren(const Node& node, ReadRules rules,
                     std::vector<Element>& elements) {
   for (const auto& child : node.schema->children) {
@@ -42,10 +38,9 @@ void AppendChildren(const Node& node, ReadRules rules,
     if (container != nullptr) {
       elements.push_back({&node, child.get()});
       AppendChildren(*container, rules, elements);
-    } else if (IsLeafKind(*child) && node.HasValue(*child)) {
-      elements.push_back(LeafElement(node, *child, rules));
     } else {
-      elements.emplace_back();
+      elements.push_back(IsLeafKind(*child) ? ElementOf(node, *child, rules)
+                                            : Element{});
     }
   }
 }
@@ -73,6 +68,10 @@ std::vector<Value> Checked(const SchemaNode& leaf_list,
   return checked;
 }
 
+std::string PlaceInArray(size_t number) {
+  return "value " + std::to_string(number) + " of the array";
+}
+
 // Walks a value array alongside the model: once to check it, so that one bad
 // value leaves the entry as it was, and once to write it.
 class ObjectWriter {
@@ -88,7 +87,7 @@ class ObjectWriter {
     for (; next_ < elements_.size(); ++next_) {
       const NewElement& left = elements_[next_];
       if (left.value || left.items || left.is_present) {
-        Fail(ErrorCode::kBadType, Value(next_) +
+        Fail(ErrorCode::kBadType, PlaceInArray(next_) +
                                       " stands behind the last node of what "
                                       "is written");
       }
@@ -109,62 +108,11 @@ class ObjectWriter {
       if (writes_) {
         WriteElement(child, element, *node);
       } else {
-        CheckElement(child, element, node);
+        CheckElement(child, element, node, next_ - 1);
       }
       if (element.is_present && !child.is_flag) {
         Walk(child, node == nullptr ? nullptr : node->Container(child));
       }
-    }
-  }
-
-  void CheckElement(const SchemaNode& child, NewElement& element,
-                    const Node* node) const {
-    const bool deletes =
-        !element.value && !element.items && !element.is_present;
-    if (deletes && !child.mandatory && child.kind != NodeKind::kContainer) {
-      return;
-    }
-    if (child.is_state) {
-      if (deletes) return;
-      Fail(ErrorCode::kNotWritable, Value(next_ - 1) + " is for \"" +
-                                        child.name + "\", which is state data");
-    }
-    bool is_leaf_list = child.kind == NodeKind::kLeafList;
-    bool is_container = child.kind == NodeKind::kContainer;
-    // A list inside takes one empty element and is written by itself.
-    if ((element.value && !HasAValue(child)) ||
-        (element.items && !is_leaf_list) ||
-        (element.is_present && !child.IsContainer() && !child.is_flag) ||
-        (is_container && !element.is_present)) {
-      Fail(ErrorCode::kBadType,
-           Value(next_ - 1) + " does not fit the node \"" + child.name + "\"");
-    }
-    if (element.value) {
-      *element.value = Checked(child, *std::move(element.value));
-    }
-    if (element.items) element.items = Checked(child, *element.items);
-    if (deletes && child.mandatory && node != nullptr && node->IsSet(child)) {
-      Fail(ErrorCode::kBadType, Value(next_ - 1) + " deletes \"" + child.name +
-                                    "\", which is mandatory");
-    }
-  }
-
-  static std::string Value(size_t number) {
-    return "value " + std::to_string(number) + " of the array";
-  }
-
-  static void WriteElement(const SchemaNode& child, NewElement& element,
-                           Node& node) {
-    if (element.value) {
-      node.SetLeaf(child, *element.value);
-    } else if (element.items) {
-      node.SetLeafList(child, *element.items);
-    } else if (element.is_present && child.is_flag) {
-      node.SetLeaf(child, Value::Number(ValueType::kEmpty, 0));
-    } else if (element.is_present) {
-      node.MakeContainer(child);
-    } else if (child.kind != NodeKind::kList && !child.is_state) {
-      node.Clear(child);
     }
   }
 
@@ -236,6 +184,58 @@ void RequireSettable(const Target& target) {
 }
 
 }  // namespace
+
+Element ElementOf(const Node& holder, const SchemaNode& leaf, ReadRules rules) {
+  if (!holder.HasValue(leaf)) return {};
+  return {&holder, &leaf, rules.no_defaults && IsByDefault(holder, leaf)};
+}
+
+void CheckElement(const SchemaNode& child, NewElement& element,
+                  const Node* holder, size_t number) {
+  const bool deletes = !element.value && !element.items && !element.is_present;
+  if (deletes && !child.mandatory && child.kind != NodeKind::kContainer) {
+    return;
+  }
+  if (child.is_state) {
+    if (deletes) return;
+    Fail(ErrorCode::kNotWritable, PlaceInArray(number) + " is for \"" +
+                                      child.name + "\", which is state data");
+  }
+  bool is_leaf_list = child.kind == NodeKind::kLeafList;
+  bool is_container = child.kind == NodeKind::kContainer;
+  // A list inside takes one empty element and is written by itself.
+  if ((element.value && !HasAValue(child)) ||
+      (element.items && !is_leaf_list) ||
+      (element.is_present && !child.IsContainer() && !child.is_flag) ||
+      (is_container && !element.is_present)) {
+    Fail(
+        ErrorCode::kBadType,
+        PlaceInArray(number) + " does not fit the node \"" + child.name + "\"");
+  }
+  if (element.value) {
+    *element.value = Checked(child, *std::move(element.value));
+  }
+  if (element.items) element.items = Checked(child, *element.items);
+  if (deletes && child.mandatory && holder != nullptr && holder->IsSet(child)) {
+    Fail(ErrorCode::kBadType, PlaceInArray(number) + " deletes \"" +
+                                  child.name + "\", which is mandatory");
+  }
+}
+
+void WriteElement(const SchemaNode& child, const NewElement& element,
+                  Node& holder) {
+  if (element.value) {
+    holder.SetLeaf(child, *element.value);
+  } else if (element.items) {
+    holder.SetLeafList(child, *element.items);
+  } else if (element.is_present && child.is_flag) {
+    holder.SetLeaf(child, Value::Number(ValueType::kEmpty, 0));
+  } else if (element.is_present) {
+    holder.MakeContainer(child);
+  } else if (child.kind != NodeKind::kList && !child.is_state) {
+    holder.Clear(child);
+  }
+}
 
 Data::Data(const Schema& schema) : schema_(&schema) {
   arenas_.push_back(std::make_shared<Arena>());
@@ -456,10 +456,11 @@ Element Data::TryGet(const Target& target, ReadRules rules,
   } else if (schema.is_flag) {
     refusal = {ErrorCode::kBadType,
                "a leaf of type empty is there or not, it has no value"};
-  } else if (!target.holder->HasValue(schema)) {
-    refusal = {ErrorCode::kNoExists, "the leaf has no value and no default"};
+  } else if (const Element element = ElementOf(*target.holder, schema, rules);
+             element.exists()) {
+    return element;
   } else {
-    return LeafElement(*target.holder, schema, rules);
+    refusal = {ErrorCode::kNoExists, "the leaf has no value and no default"};
   }
   return {};
 }
@@ -668,6 +669,31 @@ void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
                            : existing->Find({keys.data(), keys.size()}));
   List& list = target.holder->MakeList(schema);
   writer.Write(*list.Insert({keys.data(), keys.size()}).first);
+}
+
+void Data::SetTagged(const Target& target, std::vector<Value> keys,
+                     std::vector<TagStep> steps) {
+  const SchemaNode& schema = *target.schema;
+  if (schema.is_state) ThrowIf(StateRefusal());
+  if (schema.kind == NodeKind::kRoot) {
+    CheckTagged(root_, steps);
+    WriteTagged(*root_, steps);
+    return;
+  }
+  if (schema.kind != NodeKind::kList && !schema.IsContainer()) {
+    Fail(ErrorCode::kBadPath, "it names no list, list entry or container");
+  }
+  RequireHolder(target);
+  if (schema.IsContainer()) {
+    CheckTagged(target.holder->Container(schema), steps);
+    WriteTagged(target.holder->MakeContainer(schema), steps);
+    return;
+  }
+  if (target.is_entry) keys = target.keys;
+  const KeyView view{keys.data(), keys.size()};
+  const List* list = target.holder->ListAt(schema);
+  CheckTagged(list == nullptr ? nullptr : list->Find(view), steps);
+  WriteTagged(*target.holder->MakeList(schema).Insert(view).first, steps);
 }
 
 }  // namespace kit::store

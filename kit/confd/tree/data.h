@@ -52,6 +52,18 @@ struct NewElement {
   bool is_present = false;  // a container or a leaf of type empty
 };
 
+// What a leaf or leaf-list holds; nothing without a value.
+Element ElementOf(const Node& holder, const SchemaNode& leaf, ReadRules rules);
+
+// Whether an element can be written to a child of `holder`, which may be null
+// for one that is yet to be made; fills in what a program can't know. `number`
+// is that of the element, for the Error: kBadType, kNotWritable.
+void CheckElement(const SchemaNode& child, NewElement& element,
+                  const Node* holder, size_t number);
+// Writes an element that was checked.
+void WriteElement(const SchemaNode& child, const NewElement& element,
+                  Node& holder);
+
 // Where a path leads.
 struct Target {
   const SchemaNode* schema = nullptr;
@@ -172,6 +184,10 @@ class Data {
   void MoveWithin(const Target& target, Where where,
                   const std::vector<Value>& keys);
   void SetObject(const Target& target, std::vector<NewElement> elements);
+  // Writes single nodes of an entry or container, which are created if they are
+  // missing. Of a list as a whole `keys` pick the entry.
+  void SetTagged(const Target& target, std::vector<Value> keys,
+                 std::vector<struct TagStep> steps);
   // Whether SetObject may be given so many elements. kBadPath: no list, entry
   // or container; kBadType: too few or too many; kNotWritable: state data.
   static void RequireObjectSize(const Target& target, size_t count);
