@@ -138,6 +138,15 @@ CONFD_KIT_CDB(get_object, int sock, confd_value_t *values, int n);
 CONFD_KIT_CDB(get_objects, int sock, confd_value_t *values, int n, int ix,
               int nobj);
 
+/*
+ * Reads single nodes of an entry or container, at any depth: containers and
+ * entries open with C_XMLBEGIN and close with C_XMLEND, an entry's keys come
+ * first. C_NOEXISTS asks for a value in its place, C_PTR for one in a variable:
+ * that which confd_value_t has for the type. C_CDBBEGIN opens an entry by its
+ * position. NOEXISTS: a missing entry. BADPATH: no such node, or state data.
+ */
+CONFD_KIT_CDB(get_values, int sock, confd_tag_value_t *values, int n);
+
 #ifdef __cplusplus
 }
 #endif

@@ -123,6 +123,10 @@ CONFD_KIT_MAAPI(get_str_elem, int sock, int thandle, char *rval, int n);
 CONFD_KIT_MAAPI(get_object, int sock, int thandle, confd_value_t *values,
                 int n);
 
+/* As cdb_get_values, without positions. */
+CONFD_KIT_MAAPI(get_values, int sock, int thandle, confd_tag_value_t *values,
+                int n);
+
 /* ---- Writing ------------------------------------------------------------ */
 
 /*
@@ -146,6 +150,14 @@ CONFD_KIT_MAAPI(set_elem2, int sock, int thandle, const char *strval);
  */
 CONFD_KIT_MAAPI(set_object, int sock, int thandle, const confd_value_t *values,
                 int n);
+
+/*
+ * Writes single nodes as cdb_get_values reads them, and creates what is
+ * missing. C_NOEXISTS deletes a leaf or presence container; C_XMLBEGINDEL, the
+ * keys and C_XMLEND delete an entry.
+ */
+CONFD_KIT_MAAPI(set_values, int sock, int thandle,
+                const confd_tag_value_t *values, int n);
 
 /*
  * Gives an entry other keys. ALREADY_EXISTS: an entry has them. NOTMOVABLE:
