@@ -143,7 +143,8 @@ kit::control::Database OpenDatabase(const std::string& config,
   const std::string models = std::string(TEST_SOURCE_ROOT) + "/tests/models/";
   const std::map<std::string, uint32_t> hashes = {
       {"zoo", 1001},    {"alpha", 0x80000001}, {"beta", 1003},
-      {"absent", 1004}, {"zoo-more", 1005},    {"types", 1006}};
+      {"absent", 1004}, {"zoo-more", 1005},    {"types", 1006},
+      {"farm", 1007}};
   return kit::control::Database::Open({models + before, hashes},
                                       {models + after, hashes}, config, "test");
 }

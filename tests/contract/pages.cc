@@ -34,16 +34,28 @@ std::string PageTest::SetObject(const std::string& path,
                                   path.c_str()));
 }
 
+std::map<std::string, uint32_t> PageTest::Tags() const {
+  const char* names[] = {
+      "dry",   "wet",     "water",  "milk",   "dark",    "bright", "barn",
+      "doors", "roof",    "loft",   "hay",    "colors",  "warmth", "meter",
+      "visit", "stall",   "row",    "number", "animal",  "open",   "bucket",
+      "id",    "liters",  "trough", "length", "filling", "grain",  "chore",
+      "name",  "minutes", "price"};
+  confd_value_t values[std::size(names)];
+  std::map<std::string, uint32_t> tags;
+  const int count = static_cast<int>(std::size(names));
+  EXPECT_EQ(maapi_get_object(maapi_, th_, values, count, "/names"), count);
+  for (size_t i = 0; i < std::size(names); ++i) {
+    tags[names[i]] = CONFD_GET_XMLTAG(&values[i]);
+  }
+  return tags;
+}
+
 std::string PageTest::CaseName(const confd_value_t& value) const {
   if (value.type == C_DEFAULT) return "default";
-  const char* names[] = {"dry", "wet", "water", "milk", "dark", "bright"};
-  confd_value_t tags[6];
-  EXPECT_EQ(maapi_get_object(maapi_, th_, tags, 6, "/names"), 6);
-  for (int i = 0; i < 6; ++i) {
-    if (CONFD_GET_XMLTAG(&tags[i]) == CONFD_GET_XMLTAG(&value) &&
-        CONFD_GET_XMLTAG_NS(&tags[i]) == CONFD_GET_XMLTAG_NS(&value)) {
-      return names[i];
-    }
+  EXPECT_EQ(CONFD_GET_XMLTAG_NS(&value), kFarmHash);
+  for (const auto& [name, tag] : Tags()) {
+    if (tag == CONFD_GET_XMLTAG(&value)) return name;
   }
   return "?";
 }

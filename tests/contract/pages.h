@@ -3,12 +3,16 @@
 #define TESTS_CONTRACT_PAGES_H_
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "tests/contract/c_api.h"
 
 namespace contract {
+
+// The hash of the farm's namespace.
+constexpr uint32_t kFarmHash = 1007;
 
 class PageTest : public CApiTest {
  protected:
@@ -20,6 +24,8 @@ class PageTest : public CApiTest {
   std::string CdbObject(const std::string& path) const;
   std::string SetObject(const std::string& path,
                         std::vector<confd_value_t> values) const;
+  // The tags of names in the farm's models.
+  std::map<std::string, uint32_t> Tags() const;
   // The name of the case whose tag the value has, "default" for a C_DEFAULT.
   // The farm's.
   std::string CaseName(const confd_value_t& value) const;
