@@ -288,6 +288,19 @@ TEST_F(CdbPage, GetcwdGivesTheShortestUniqueForm) {
   EXPECT_EQ(CdbGet("from"), "C_BUF alpha");
 }
 
+TEST_F(CdbPage, GetcwdKpathGivesThePathFromItsEndOn) {
+  ASSERT_EQ(cdb_cd(cdb_, "/stall{2 2}/bucket{\"a b\"}"), CONFD_OK);
+  confd_hkeypath_t* path = nullptr;
+  ASSERT_EQ(cdb_getcwd_kpath(cdb_, &path), CONFD_OK);
+  ASSERT_EQ(path->len, 4);
+  EXPECT_EQ(Show(path->v[0], 2), "C_BUF \"a b\", C_NOEXISTS");
+  EXPECT_EQ(CONFD_GET_XMLTAG(&path->v[1][0]), Tags()["bucket"]);
+  EXPECT_EQ(Show(path->v[2], 3), "C_UINT8 2, C_UINT8 2, C_NOEXISTS");
+  EXPECT_EQ(CONFD_GET_XMLTAG(&path->v[3][0]), Tags()["stall"]);
+  confd_free_hkeypath(path);
+  EXPECT_EQ(Outcome(cdb_getcwd_kpath(cdb_, nullptr)), "PROTOUSAGE");
+}
+
 TEST_F(CdbPage, TwinsTakeAList) {
   const auto by_list = [&](int (*twin)(int, const char*, va_list),
                            const char* path) {

@@ -147,6 +147,20 @@ TEST_F(MaapiPage, Getcwd2TellsTheFullLength) {
   EXPECT_EQ(Outcome(maapi_getcwd2(maapi_, th_, nullptr, text)), "PROTOUSAGE");
 }
 
+TEST_F(MaapiPage, GetcwdKpathGivesThePathFromItsEndOn) {
+  confd_hkeypath_t* path = nullptr;
+  ASSERT_EQ(maapi_getcwd_kpath(maapi_, th_, &path), CONFD_OK);
+  EXPECT_EQ(path->len, 0);
+  confd_free_hkeypath(path);
+  ASSERT_EQ(maapi_cd(maapi_, th_, "/barn/loft"), CONFD_OK);
+  ASSERT_EQ(maapi_getcwd_kpath(maapi_, th_, &path), CONFD_OK);
+  ASSERT_EQ(path->len, 2);
+  EXPECT_EQ(CONFD_GET_XMLTAG(&path->v[0][0]), Tags()["loft"]);
+  EXPECT_EQ(CONFD_GET_XMLTAG_NS(&path->v[0][0]), kFarmHash);
+  EXPECT_EQ(CONFD_GET_XMLTAG(&path->v[1][0]), Tags()["barn"]);
+  confd_free_hkeypath(path);
+}
+
 // ---- Writing ----------------------------------------------------------------
 
 TEST_F(MaapiPage, SetElem2TakesTheText) {

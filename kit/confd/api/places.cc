@@ -3,10 +3,14 @@
 #include <confd_maapi.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kit/confd/api/path_call.h"
 #include "kit/confd/model/error.h"
@@ -20,6 +24,7 @@ using kit::api::RequirePointer;
 using kit::api::RunCall;
 using kit::api::Scope;
 using kit::api::SelectNamespace;
+using kit::api::TagOf;
 
 namespace {
 
@@ -83,6 +88,48 @@ int ShowPlace(const char* function, const MakeScope& make_scope, size_t size,
         }
         if (full != nullptr) *full = text.size();
         call.OutputText(std::move(text));
+        return CONFD_OK;
+      });
+}
+
+// A path for a program, which releases it with confd_free_hkeypath.
+confd_hkeypath_t* ToC(const std::vector<store::PathElement>& elements) {
+  std::unique_ptr<confd_hkeypath_t, void (*)(confd_hkeypath_t*)> path(
+      static_cast<confd_hkeypath_t*>(std::calloc(1, sizeof(confd_hkeypath_t))),
+      confd_free_hkeypath);
+  if (path == nullptr) throw std::bad_alloc();
+  // The last element comes first.
+  for (auto one = elements.rbegin(); one != elements.rend(); ++one) {
+    const size_t needed = one->keys.empty() ? 1 : 2;
+    if (static_cast<size_t>(path->len) + needed > MAXDEPTH) {
+      throw Error(
+          ErrorCode::kInternal,
+          "the path has more than " + std::to_string(MAXDEPTH) + " elements");
+    }
+    if (!one->keys.empty()) {
+      confd_value_t* keys = path->v[path->len++];
+      for (const store::Value& key : one->keys) {
+        *keys = kit::api::ToC(key, one->schema);
+        ++keys;
+      }
+      if (one->keys.size() < MAXKEYLEN) keys->type = C_NOEXISTS;
+    }
+    confd_value_t* name = path->v[path->len++];
+    CONFD_SET_XMLTAG(name, TagOf(*one->schema), one->schema->module->hash);
+  }
+  return path.release();
+}
+
+template <typename MakeScope>
+int GivePlace(const char* function, const MakeScope& make_scope,
+              confd_hkeypath_t** kp) {
+  return RunCall(
+      function, [](Call&) {},
+      [&](Call& call) {
+        RequirePointer(kp, "the path");
+        const store::Place& place = make_scope().session->place;
+        *kp = ToC(place.elements);
+        call.OutputText(place.text.empty() ? "/" : place.text);
         return CONFD_OK;
       });
 }
@@ -155,6 +202,10 @@ int cdb_getcwd(int sock, size_t strsz, char* curdir) {
   return ShowPlace("cdb_getcwd", Cdb(sock), strsz, curdir, nullptr);
 }
 
+int cdb_getcwd_kpath(int sock, confd_hkeypath_t** kp) {
+  return GivePlace("cdb_getcwd_kpath", Cdb(sock), kp);
+}
+
 int maapi_vcd(int sock, int thandle, const char* fmt, va_list args) {
   return Move("maapi_cd", Maapi(sock, thandle), false, fmt, args);
 }
@@ -172,6 +223,10 @@ int maapi_popd(int sock, int thandle) {
 int maapi_getcwd(int sock, int thandle, size_t strsz, char* curdir) {
   return ShowPlace("maapi_getcwd", Maapi(sock, thandle), strsz, curdir,
                    nullptr);
+}
+
+int maapi_getcwd_kpath(int sock, int thandle, confd_hkeypath_t** kp) {
+  return GivePlace("maapi_getcwd_kpath", Maapi(sock, thandle), kp);
 }
 
 int maapi_getcwd2(int sock, int thandle, size_t* strsz, char* curdir) {

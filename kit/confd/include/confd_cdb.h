@@ -43,6 +43,8 @@ CONFD_KIT_EXPORT int cdb_popd(int sock);
 
 /* The current position; at most strsz - 1 characters of it and a NUL. */
 CONFD_KIT_EXPORT int cdb_getcwd(int sock, size_t strsz, char *curdir);
+/* The same as a path of its own, which confd_free_hkeypath releases. */
+CONFD_KIT_EXPORT int cdb_getcwd_kpath(int sock, confd_hkeypath_t **kp);
 
 /* ---- What there is ------------------------------------------------------ */
 

@@ -38,6 +38,8 @@ CONFD_KIT_MAAPI(pushd, int sock, int thandle);
 CONFD_KIT_EXPORT int maapi_popd(int sock, int thandle);
 CONFD_KIT_EXPORT int maapi_getcwd(int sock, int thandle, size_t strsz,
                                   char *curdir);
+CONFD_KIT_EXPORT int maapi_getcwd_kpath(int sock, int thandle,
+                                        confd_hkeypath_t **kp);
 /* *strsz becomes the length of the path, whether that fits or not. */
 CONFD_KIT_EXPORT int maapi_getcwd2(int sock, int thandle, size_t *strsz,
                                    char *curdir);
