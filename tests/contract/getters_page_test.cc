@@ -120,30 +120,83 @@ TEST_F(TypedGetters, DatesDecimalsAndIdentitiesAreStructs) {
                value.ns == expected.ns && value.id == expected.id);
 }
 
-// No leaf of these models has such a value, so that every read is of another.
-#define CHECK_OTHER_TYPE(x, type)                                            \
-  do {                                                                       \
-    type value = {};                                                         \
-    EXPECT_EQ(Outcome(cdb_get_##x(cdb_, &value, "/values/str")), "BADTYPE"); \
-    EXPECT_EQ(                                                               \
-        Outcome(maapi_get_##x##_elem(maapi_, th_, &value, "/values/str")),   \
-        "BADTYPE");                                                          \
+// Reads a value by both calls of a getter, and another type's leaf.
+#define CHECK_NAMED(x, type, path, expected)                                   \
+  do {                                                                         \
+    SCOPED_TRACE(#x);                                                          \
+    type value = {};                                                           \
+    EXPECT_EQ(Outcome(cdb_get_##x(cdb_, &value, path)), "ok");                 \
+    EXPECT_TRUE(expected);                                                     \
+    value = {};                                                                \
+    EXPECT_EQ(Outcome(maapi_get_##x##_elem(maapi_, th_, &value, path)), "ok"); \
+    EXPECT_TRUE(expected);                                                     \
+    EXPECT_EQ(Outcome(cdb_get_##x(cdb_, &value, "/named/timeticks")),          \
+              "BADTYPE");                                                      \
   } while (0)
 
-TEST_F(TypedGetters, ValuesOfAnotherTypeAreBadTypes) {
-  CHECK_OTHER_TYPE(double, double);
-  CHECK_OTHER_TYPE(date, confd_date);
-  CHECK_OTHER_TYPE(time, confd_time);
-  CHECK_OTHER_TYPE(duration, confd_duration);
+TEST_F(TypedGetters, NamedTypesHaveTheirOwn) {
+  Open(
+      "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
+      "<dates xmlns=\"urn:test:types\"><date>2026-02-03Z</date>"
+      "<time>04:05:06Z</time><duration>P1DT2H</duration></dates>"
+      "<named xmlns=\"urn:test:types\"><timeticks>1</timeticks>"
+      "<float>1.5</float></named></config>",
+      "types", "types");
+  CHECK_NAMED(double, double, "/named/float", value == 1.5);
+  CHECK_NAMED(date, confd_date, "/dates/date",
+              value.year == 2026 && value.month == 2 && value.day == 3);
+  CHECK_NAMED(time, confd_time, "/dates/time",
+              value.hour == 4 && value.min == 5 && value.sec == 6);
+  CHECK_NAMED(duration, confd_duration, "/dates/duration",
+              value.days == 1 && value.hours == 2);
+}
+
+TEST_F(TypedGetters, ObjectIdentifiersAreTheCallersToFree) {
+  Open(
+      "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
+      "<named xmlns=\"urn:test:types\"><timeticks>1</timeticks>"
+      "<object-identifier>1.3.6</object-identifier></named></config>",
+      "types", "types");
+  confd_snmp_oid* oid = nullptr;
+  ASSERT_EQ(cdb_get_oid(cdb_, &oid, "/named/object-identifier"), CONFD_OK);
+  EXPECT_EQ(oid->len, 3);
+  EXPECT_EQ(oid->oid[2], 6u);
+  free(oid);
+  ASSERT_EQ(maapi_get_oid_elem(maapi_, th_, &oid, "/named/object-identifier"),
+            CONFD_OK);
+  EXPECT_EQ(oid->len, 3);
+  free(oid);
+  EXPECT_EQ(Outcome(cdb_get_oid(cdb_, &oid, "/named/timeticks")), "BADTYPE");
+}
+
+TEST_F(TypedGetters, QualifiedNamesHaveTwoParts) {
+  Open(
+      "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
+      "<named xmlns=\"urn:test:types\"><timeticks>1</timeticks>"
+      "<qname>p:n</qname></named></config>",
+      "types", "types");
   unsigned char* prefix = nullptr;
   unsigned char* name = nullptr;
   int prefixsz = 0;
   int namesz = 0;
+  ASSERT_EQ(
+      cdb_get_qname(cdb_, &prefix, &prefixsz, &name, &namesz, "/named/qname"),
+      CONFD_OK);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(prefix), prefixsz), "p");
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(name), namesz), "n");
+  free(prefix);
+  free(name);
+  ASSERT_EQ(maapi_set_elem2(maapi_, th_, "alone", "/named/qname"), CONFD_OK);
+  ASSERT_EQ(maapi_get_qname_elem(maapi_, th_, &prefix, &prefixsz, &name,
+                                 &namesz, "/named/qname"),
+            CONFD_OK);
+  // Without a prefix.
+  EXPECT_EQ(prefix, nullptr);
+  EXPECT_EQ(prefixsz, 0);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(name), namesz), "alone");
+  free(name);
   EXPECT_EQ(Outcome(cdb_get_qname(cdb_, &prefix, &prefixsz, &name, &namesz,
-                                  "/values/str")),
-            "BADTYPE");
-  EXPECT_EQ(Outcome(maapi_get_qname_elem(maapi_, th_, &prefix, &prefixsz, &name,
-                                         &namesz, "/values/str")),
+                                  "/named/timeticks")),
             "BADTYPE");
 }
 

@@ -244,6 +244,7 @@ KIT_MEMBER_GETTER(time,          struct confd_time,         kTime,         time)
 KIT_MEMBER_GETTER(duration,      struct confd_duration,     kDuration,     duration)
 KIT_MEMBER_GETTER(decimal64,     struct confd_decimal64,    kDecimal64,    d64)
 KIT_MEMBER_GETTER(identityref,   struct confd_identityref,  kIdentityref,  idref)
+KIT_MEMBER_GETTER(oid,           struct confd_snmp_oid*,    kOid,          oidp)
 // clang-format on
 #undef KIT_MEMBER_GETTER
 

@@ -111,6 +111,7 @@ CONFD_KIT_CDB(get_time, int sock, struct confd_time *rval);
 CONFD_KIT_CDB(get_duration, int sock, struct confd_duration *rval);
 CONFD_KIT_CDB(get_decimal64, int sock, struct confd_decimal64 *rval);
 CONFD_KIT_CDB(get_identityref, int sock, struct confd_identityref *rval);
+CONFD_KIT_CDB(get_oid, int sock, struct confd_snmp_oid **rval);
 CONFD_KIT_CDB(get_buf, int sock, unsigned char **rval, int *bufsiz);
 CONFD_KIT_CDB(get_binary, int sock, unsigned char **rval, int *bufsiz);
 CONFD_KIT_CDB(get_hexstr, int sock, unsigned char **rval, int *bufsiz);
