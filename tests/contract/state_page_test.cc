@@ -99,5 +99,31 @@ TEST_F(ConfdLibMaapiPage, StateDataOfAConfigurationIsRefused) {
                kit::control::InputError);
 }
 
+// ---- In an upgrade ----------------------------------------------------------
+
+TEST_F(ConfdLibMaapiPage, ConfigurationThatBecomesStateIsDeleted) {
+  Open(
+      "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
+      "<wheel xmlns=\"urn:test:turns\"><spokes>8</spokes><size>3</size>"
+      "</wheel></config>",
+      "turns/before", "turns/after");
+  EXPECT_EQ(CdbGet("/wheel/spokes"), "C_UINT8 8");
+  EXPECT_EQ(Get("/wheel/spokes"), "NOEXISTS");
+  EXPECT_EQ(Object("/wheel"), "C_NOEXISTS, C_UINT8 4, C_UINT8 3");
+  const auto losses = database_->Losses();
+  ASSERT_EQ(losses.size(), 1u);
+  EXPECT_EQ(losses[0].path, "/wheel/spokes");
+}
+
+TEST_F(ConfdLibMaapiPage, StateThatBecomesConfigurationIsNew) {
+  Open(
+      "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
+      "<wheel xmlns=\"urn:test:turns\"><size>3</size></wheel></config>",
+      "turns/before", "turns/after");
+  EXPECT_EQ(CdbGet("/wheel/turns"), "NOEXISTS");
+  EXPECT_EQ(Get("/wheel/turns"), "C_UINT8 4");
+  EXPECT_EQ(Set("/wheel/turns", Uint8(5)), "ok");
+}
+
 }  // namespace
 }  // namespace contract
