@@ -14,7 +14,7 @@ constexpr char kFarm[] =
     "<bucket><id>a b</id></bucket></stall>"
     "<chore><name>wash</name></chore><chore><name>feed</name></chore>";
 
-class CdbPage : public ConfdLibCdbPage {
+class ConfdLibCdbPageCalls : public ConfdLibCdbPage {
  protected:
   void SetUp() override { OpenFarm(kFarm); }
 
@@ -34,25 +34,25 @@ class CdbPage : public ConfdLibCdbPage {
 
 // ---- What there is ----------------------------------------------------------
 
-TEST_F(CdbPage, NumInstancesCountsTheEntriesOfAList) {
+TEST_F(ConfdLibCdbPageCalls, NumInstancesCountsTheEntriesOfAList) {
   EXPECT_EQ(cdb_num_instances(cdb_, "/stall"), 3);
   EXPECT_EQ(cdb_num_instances(cdb_, "/stall{2 2}/bucket"), 1);
   EXPECT_EQ(cdb_num_instances(cdb_, "/stall{1 1}/bucket"), 0);
 }
 
-TEST_F(CdbPage, NumInstancesCountsTheValuesOfALeafList) {
+TEST_F(ConfdLibCdbPageCalls, NumInstancesCountsTheValuesOfALeafList) {
   EXPECT_EQ(cdb_num_instances(cdb_, "/barn/colors"), 2);
   OpenFarm("<barn/>");
   EXPECT_EQ(cdb_num_instances(cdb_, "/barn/colors"), 0);
 }
 
-TEST_F(CdbPage, NumInstancesOfOtherNodesIsABadPath) {
+TEST_F(ConfdLibCdbPageCalls, NumInstancesOfOtherNodesIsABadPath) {
   for (const char* path : {"/barn", "/barn/doors", "/stall{1 1}", "/"}) {
     EXPECT_EQ(Outcome(cdb_num_instances(cdb_, "%s", path)), "BADPATH") << path;
   }
 }
 
-TEST_F(CdbPage, IndexIsThePositionOfAnEntry) {
+TEST_F(ConfdLibCdbPageCalls, IndexIsThePositionOfAnEntry) {
   EXPECT_EQ(cdb_index(cdb_, "/stall{1 1}"), 0);
   EXPECT_EQ(cdb_index(cdb_, "/stall{%d %d}", 2, 2), 2);
   EXPECT_EQ(cdb_index(cdb_, "/stall[1]"), 1);
@@ -60,13 +60,13 @@ TEST_F(CdbPage, IndexIsThePositionOfAnEntry) {
   EXPECT_EQ(cdb_index(cdb_, "/chore{feed}"), 1);
 }
 
-TEST_F(CdbPage, IndexOfWhatIsNotThereIsABadPath) {
+TEST_F(ConfdLibCdbPageCalls, IndexOfWhatIsNotThereIsABadPath) {
   for (const char* path : {"/stall{9 9}", "/stall", "/barn/doors", "/none"}) {
     EXPECT_EQ(Outcome(cdb_index(cdb_, "%s", path)), "BADPATH") << path;
   }
 }
 
-TEST_F(CdbPage, NextIndexIsThePositionBehindTheKeys) {
+TEST_F(ConfdLibCdbPageCalls, NextIndexIsThePositionBehindTheKeys) {
   EXPECT_EQ(cdb_next_index(cdb_, "/stall{1 1}"), 1);
   // Which need not exist.
   EXPECT_EQ(cdb_next_index(cdb_, "/stall{0 9}"), 0);
@@ -74,7 +74,7 @@ TEST_F(CdbPage, NextIndexIsThePositionBehindTheKeys) {
   EXPECT_EQ(cdb_next_index(cdb_, "/stall{1 4}"), 2);
 }
 
-TEST_F(CdbPage, NextIndexIsMinusOnePastTheEnd) {
+TEST_F(ConfdLibCdbPageCalls, NextIndexIsMinusOnePastTheEnd) {
   EXPECT_EQ(cdb_index(cdb_, "/none"), CONFD_ERR);
   const std::string before = confd_lasterr();
   EXPECT_EQ(cdb_next_index(cdb_, "/stall{2 2}"), -1);
@@ -83,7 +83,7 @@ TEST_F(CdbPage, NextIndexIsMinusOnePastTheEnd) {
   EXPECT_EQ(confd_lasterr(), before);
 }
 
-TEST_F(CdbPage, NextIndexTakesAStarForTheLastKeys) {
+TEST_F(ConfdLibCdbPageCalls, NextIndexTakesAStarForTheLastKeys) {
   EXPECT_EQ(cdb_next_index(cdb_, "/stall{1 *}"), 0);
   EXPECT_EQ(cdb_next_index(cdb_, "/stall{2 *}"), 2);
   EXPECT_EQ(cdb_next_index(cdb_, "/stall{* *}"), 0);
@@ -95,17 +95,17 @@ TEST_F(CdbPage, NextIndexTakesAStarForTheLastKeys) {
   EXPECT_EQ(Outcome(cdb_exists(cdb_, "/stall{1 *}")), "BADPATH");
 }
 
-TEST_F(CdbPage, NextIndexIsNotForListsThatTheUserOrders) {
+TEST_F(ConfdLibCdbPageCalls, NextIndexIsNotForListsThatTheUserOrders) {
   EXPECT_EQ(Outcome(cdb_next_index(cdb_, "/chore{wash}")), "UNAVAILABLE");
 }
 
-TEST_F(CdbPage, NextIndexNeedsKeysAtTheEnd) {
+TEST_F(ConfdLibCdbPageCalls, NextIndexNeedsKeysAtTheEnd) {
   for (const char* path : {"/stall", "/stall[0]", "/barn", "/"}) {
     EXPECT_EQ(Outcome(cdb_next_index(cdb_, "%s", path)), "BADPATH") << path;
   }
 }
 
-TEST_F(CdbPage, IsDefaultTellsDefaultsFromValues) {
+TEST_F(ConfdLibCdbPageCalls, IsDefaultTellsDefaultsFromValues) {
   EXPECT_EQ(cdb_is_default(cdb_, "/barn/roof"), 1);
   EXPECT_EQ(cdb_is_default(cdb_, "/stall{1 4}/animal"), 1);
   // A value that was set is none, whatever it is.
@@ -114,7 +114,7 @@ TEST_F(CdbPage, IsDefaultTellsDefaultsFromValues) {
   EXPECT_EQ(cdb_is_default(cdb_, "/stall{1 1}/row"), 0);
 }
 
-TEST_F(CdbPage, IsDefaultOfWhatIsNotThereDoesNotExist) {
+TEST_F(ConfdLibCdbPageCalls, IsDefaultOfWhatIsNotThereDoesNotExist) {
   EXPECT_EQ(Outcome(cdb_is_default(cdb_, "/stall{1 1}/grain")), "NOEXISTS");
   EXPECT_EQ(Outcome(cdb_is_default(cdb_, "/stall{9 9}/animal")), "NOEXISTS");
   EXPECT_EQ(Outcome(cdb_is_default(cdb_, "/barn")), "BADPATH");
@@ -122,25 +122,25 @@ TEST_F(CdbPage, IsDefaultOfWhatIsNotThereDoesNotExist) {
 
 // ---- Choices ----------------------------------------------------------------
 
-TEST_F(CdbPage, GetCaseNamesTheCaseThatHolds) {
+TEST_F(ConfdLibCdbPageCalls, GetCaseNamesTheCaseThatHolds) {
   EXPECT_EQ(Case("feed", "/stall{1 4}"), "dry");
   EXPECT_EQ(Case("feed", "/stall{2 2}"), "wet");
   EXPECT_EQ(Case("light", "/stall{2 2}"), "bright");
 }
 
-TEST_F(CdbPage, GetCaseNamesTheDefaultCaseWhereNoneIsChosen) {
+TEST_F(ConfdLibCdbPageCalls, GetCaseNamesTheDefaultCaseWhereNoneIsChosen) {
   EXPECT_EQ(Case("light", "/stall{1 1}"), "dark");
   EXPECT_EQ(Case("feed", "/stall{1 1}"), "NOEXISTS");
 }
 
-TEST_F(CdbPage, GetCaseOfAChoiceInACaseIsGivenByBoth) {
+TEST_F(ConfdLibCdbPageCalls, GetCaseOfAChoiceInACaseIsGivenByBoth) {
   EXPECT_EQ(Case("feed/wet/liquid", "/stall{2 2}"), "milk");
   // The case around it does not hold.
   EXPECT_EQ(Case("feed/wet/liquid", "/stall{1 4}"), "NOEXISTS");
   EXPECT_EQ(Case("feed/wet/liquid", "/stall{1 1}"), "NOEXISTS");
 }
 
-TEST_F(CdbPage, GetCaseOfWhatIsNotThere) {
+TEST_F(ConfdLibCdbPageCalls, GetCaseOfWhatIsNotThere) {
   EXPECT_EQ(Case("none", "/stall{1 1}"), "BADPATH");
   EXPECT_EQ(Case("feed/none/liquid", "/stall{1 1}"), "BADPATH");
   EXPECT_EQ(Case("feed/wet", "/stall{1 1}"), "BADPATH");
@@ -154,20 +154,20 @@ TEST_F(CdbPage, GetCaseOfWhatIsNotThere) {
 
 // ---- Values -----------------------------------------------------------------
 
-TEST_F(CdbPage, GetReadsLeavesDefaultsAndLeafLists) {
+TEST_F(ConfdLibCdbPageCalls, GetReadsLeavesDefaultsAndLeafLists) {
   EXPECT_EQ(CdbGet("/barn/doors"), "C_UINT8 2");
   EXPECT_EQ(CdbGet("/barn/roof"), "C_BUF straw");
   EXPECT_EQ(CdbGet("/barn/colors"), "C_LIST [C_BUF red, C_BUF blue]");
   EXPECT_EQ(CdbGet("/stall[2]/number"), "C_UINT8 2");
 }
 
-TEST_F(CdbPage, GetOfOtherNodesIsABadPath) {
+TEST_F(ConfdLibCdbPageCalls, GetOfOtherNodesIsABadPath) {
   for (const char* path : {"/barn", "/stall", "/stall{1 1}", "/", "/none"}) {
     EXPECT_EQ(CdbGet(path), "BADPATH") << path;
   }
 }
 
-TEST_F(CdbPage, GetOfWhatHasNoValueDoesNotExist) {
+TEST_F(ConfdLibCdbPageCalls, GetOfWhatHasNoValueDoesNotExist) {
   EXPECT_EQ(CdbGet("/stall{1 1}/grain"), "NOEXISTS");
   EXPECT_EQ(CdbGet("/stall{9 9}/animal"), "NOEXISTS");
   EXPECT_EQ(CdbGet("/stall[3]/animal"), "NOEXISTS");
@@ -180,13 +180,13 @@ constexpr char kStall[] =
     "C_XMLTAG, C_NOEXISTS, C_NOEXISTS, C_BUF oats, C_NOEXISTS, C_NOEXISTS, "
     "C_NOEXISTS, C_NOEXISTS, C_NOEXISTS";
 
-TEST_F(CdbPage, GetObjectReadsEntriesAndContainers) {
+TEST_F(ConfdLibCdbPageCalls, GetObjectReadsEntriesAndContainers) {
   EXPECT_EQ(CdbObject("/stall{1 4}"), kStall);
   EXPECT_EQ(CdbObject("/stall[1]"), kStall);
   EXPECT_EQ(CdbObject("/stall{1 4}/trough"), "C_NOEXISTS, C_NOEXISTS");
 }
 
-TEST_F(CdbPage, GetObjectStoresWhatFitsAndTellsHowMuchThereIs) {
+TEST_F(ConfdLibCdbPageCalls, GetObjectStoresWhatFitsAndTellsHowMuchThereIs) {
   confd_value_t values[3];
   values[2] = Uint8(99);
   EXPECT_EQ(cdb_get_object(cdb_, values, 2, "/stall{1 4}"), 15);
@@ -194,7 +194,7 @@ TEST_F(CdbPage, GetObjectStoresWhatFitsAndTellsHowMuchThereIs) {
   EXPECT_EQ(cdb_get_object(cdb_, nullptr, 0, "/stall{1 4}"), 15);
 }
 
-TEST_F(CdbPage, GetObjectOfWhatIsNotThereIsABadPath) {
+TEST_F(ConfdLibCdbPageCalls, GetObjectOfWhatIsNotThereIsABadPath) {
   for (const char* path : {"/stall{9 9}", "/stall[3]", "/barn/loft", "/stall",
                            "/barn/doors", "/", "/stall{9 9}/trough"}) {
     EXPECT_EQ(CdbObject(path), "BADPATH") << path;
@@ -203,7 +203,7 @@ TEST_F(CdbPage, GetObjectOfWhatIsNotThereIsABadPath) {
 
 // ---- Where relative paths begin ---------------------------------------------
 
-TEST_F(CdbPage, RelativePathsBeginAtTheRootUntilItIsMoved) {
+TEST_F(ConfdLibCdbPageCalls, RelativePathsBeginAtTheRootUntilItIsMoved) {
   EXPECT_EQ(Here(), "/");
   EXPECT_EQ(CdbGet("barn/doors"), "C_UINT8 2");
   ASSERT_EQ(cdb_cd(cdb_, "/barn"), CONFD_OK);
@@ -214,7 +214,7 @@ TEST_F(CdbPage, RelativePathsBeginAtTheRootUntilItIsMoved) {
   EXPECT_EQ(CdbGet("barn/doors"), "C_UINT8 2");
 }
 
-TEST_F(CdbPage, CdGoesOnFromWhereItStands) {
+TEST_F(ConfdLibCdbPageCalls, CdGoesOnFromWhereItStands) {
   ASSERT_EQ(cdb_cd(cdb_, "/stall{%d %d}", 2, 2), CONFD_OK);
   EXPECT_EQ(CdbGet("number"), "C_UINT8 2");
   confd_value_t id = Str("a b");
@@ -223,7 +223,7 @@ TEST_F(CdbPage, CdGoesOnFromWhereItStands) {
   EXPECT_EQ(CdbGet("liters"), "C_UINT8 10");
 }
 
-TEST_F(CdbPage, KeysGivenAsValuesAreTakenInRelativePathsToo) {
+TEST_F(ConfdLibCdbPageCalls, KeysGivenAsValuesAreTakenInRelativePathsToo) {
   ASSERT_EQ(cdb_cd(cdb_, "/stall{2 2}"), CONFD_OK);
   confd_value_t id = Str("a b");
   uint8_t liters = 0;
@@ -231,7 +231,7 @@ TEST_F(CdbPage, KeysGivenAsValuesAreTakenInRelativePathsToo) {
   EXPECT_EQ(liters, 10);
 }
 
-TEST_F(CdbPage, CdIsNoTestOfExistence) {
+TEST_F(ConfdLibCdbPageCalls, CdIsNoTestOfExistence) {
   ASSERT_EQ(cdb_cd(cdb_, "/stall{9 9}/trough"), CONFD_OK);
   EXPECT_EQ(Here(), "/stall{9 9}/trough");
   EXPECT_EQ(CdbGet("length"), "NOEXISTS");
@@ -239,7 +239,7 @@ TEST_F(CdbPage, CdIsNoTestOfExistence) {
   EXPECT_EQ(cdb_exists(cdb_, "hay"), 0);
 }
 
-TEST_F(CdbPage, CdToABadPathStaysWhereItWas) {
+TEST_F(ConfdLibCdbPageCalls, CdToABadPathStaysWhereItWas) {
   ASSERT_EQ(cdb_cd(cdb_, "/barn"), CONFD_OK);
   for (const char* path :
        {"/none", "/stall", "doors", "/stall{1}", "/stall[3]", "loft{1}"}) {
@@ -250,12 +250,12 @@ TEST_F(CdbPage, CdToABadPathStaysWhereItWas) {
   EXPECT_EQ(Outcome(cdb_popd(cdb_)), "NOSTACK");
 }
 
-TEST_F(CdbPage, PositionsBecomeTheKeysOfTheirEntry) {
+TEST_F(ConfdLibCdbPageCalls, PositionsBecomeTheKeysOfTheirEntry) {
   ASSERT_EQ(cdb_cd(cdb_, "/stall[2]"), CONFD_OK);
   EXPECT_EQ(Here(), "/stall{2 2}");
 }
 
-TEST_F(CdbPage, PopdReturnsToWherePushdLeft) {
+TEST_F(ConfdLibCdbPageCalls, PopdReturnsToWherePushdLeft) {
   ASSERT_EQ(cdb_cd(cdb_, "/barn"), CONFD_OK);
   ASSERT_EQ(cdb_pushd(cdb_, "/stall{1 1}"), CONFD_OK);
   ASSERT_EQ(cdb_pushd(cdb_, "trough"), CONFD_OK);
@@ -266,11 +266,11 @@ TEST_F(CdbPage, PopdReturnsToWherePushdLeft) {
   EXPECT_EQ(Here(), "/barn");
 }
 
-TEST_F(CdbPage, PopdWithoutPushdHasNoStack) {
+TEST_F(ConfdLibCdbPageCalls, PopdWithoutPushdHasNoStack) {
   EXPECT_EQ(Outcome(cdb_popd(cdb_)), "NOSTACK");
 }
 
-TEST_F(CdbPage, GetcwdWritesWhatFitsWithItsNul) {
+TEST_F(ConfdLibCdbPageCalls, GetcwdWritesWhatFitsWithItsNul) {
   ASSERT_EQ(cdb_cd(cdb_, "/stall{1 1}"), CONFD_OK);
   char text[8];
   std::memset(text, '#', sizeof text);
@@ -278,7 +278,7 @@ TEST_F(CdbPage, GetcwdWritesWhatFitsWithItsNul) {
   EXPECT_EQ(std::string(text, 5), std::string("/st\0#", 5));
 }
 
-TEST_F(CdbPage, GetcwdGivesTheShortestUniqueForm) {
+TEST_F(ConfdLibCdbPageCalls, GetcwdGivesTheShortestUniqueForm) {
   ASSERT_EQ(cdb_cd(cdb_, "/farm:stall{1 1}/farm:trough"), CONFD_OK);
   EXPECT_EQ(Here(), "/stall{1 1}/trough");
   // Two modules have such a container.
@@ -288,7 +288,7 @@ TEST_F(CdbPage, GetcwdGivesTheShortestUniqueForm) {
   EXPECT_EQ(CdbGet("from"), "C_BUF alpha");
 }
 
-TEST_F(CdbPage, GetcwdKpathGivesThePathFromItsEndOn) {
+TEST_F(ConfdLibCdbPageCalls, GetcwdKpathGivesThePathFromItsEndOn) {
   ASSERT_EQ(cdb_cd(cdb_, "/stall{2 2}/bucket{\"a b\"}"), CONFD_OK);
   confd_hkeypath_t* path = nullptr;
   ASSERT_EQ(cdb_getcwd_kpath(cdb_, &path), CONFD_OK);
@@ -301,7 +301,7 @@ TEST_F(CdbPage, GetcwdKpathGivesThePathFromItsEndOn) {
   EXPECT_EQ(Outcome(cdb_getcwd_kpath(cdb_, nullptr)), "PROTOUSAGE");
 }
 
-TEST_F(CdbPage, TwinsTakeAList) {
+TEST_F(ConfdLibCdbPageCalls, TwinsTakeAList) {
   const auto by_list = [&](int (*twin)(int, const char*, va_list),
                            const char* path) {
     return ByList(

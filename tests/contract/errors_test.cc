@@ -130,6 +130,18 @@ std::vector<std::pair<std::string, std::string>> AllCdbCalls(int sock) {
       {"cdb_get_objects",
        Outcome(cdb_get_objects(sock, values, 4, 0, 1, "/object"))},
       {"cdb_set_namespace", Outcome(cdb_set_namespace(sock, 1001))},
+      {"cdb_get", Outcome(cdb_get(sock, values, "/object{1}/id"))},
+      {"cdb_get_object",
+       Outcome(cdb_get_object(sock, values, 4, "/object{1}"))},
+      {"cdb_get_values", Outcome(cdb_get_values(sock, nullptr, 0, "/"))},
+      {"cdb_get_case", Outcome(cdb_get_case(sock, "how", values, "/pick"))},
+      {"cdb_index", Outcome(cdb_index(sock, "/object{1}"))},
+      {"cdb_next_index", Outcome(cdb_next_index(sock, "/object{0}"))},
+      {"cdb_is_default", Outcome(cdb_is_default(sock, "/object{1}/size"))},
+      {"cdb_cd", Outcome(cdb_cd(sock, "/object{1}"))},
+      {"cdb_pushd", Outcome(cdb_pushd(sock, "/object{1}"))},
+      {"cdb_popd", Outcome(cdb_popd(sock))},
+      {"cdb_getcwd", Outcome(cdb_getcwd(sock, sizeof text, text))},
   };
 }
 
@@ -138,6 +150,7 @@ std::vector<std::pair<std::string, std::string>> AllMaapiCalls(int sock,
   confd_value_t v = Uint8(1);
   confd_value_t out;
   uint32_t u32 = 0;
+  int n = 1;
   maapi_cursor mc = {};
   maapi_cursor started = {};
   started.sock = sock;
@@ -158,6 +171,26 @@ std::vector<std::pair<std::string, std::string>> AllMaapiCalls(int sock,
       {"maapi_set_object",
        Outcome(maapi_set_object(sock, th, &v, 1, "/object{1}"))},
       {"maapi_set_namespace", Outcome(maapi_set_namespace(sock, th, 1001))},
+      {"maapi_set_flags", Outcome(maapi_set_flags(sock, th, 0))},
+      {"maapi_num_instances",
+       Outcome(maapi_num_instances(sock, th, "/object"))},
+      {"maapi_get_values",
+       Outcome(maapi_get_values(sock, th, nullptr, 0, "/"))},
+      {"maapi_set_values",
+       Outcome(maapi_set_values(sock, th, nullptr, 0, "/"))},
+      {"maapi_get_case",
+       Outcome(maapi_get_case(sock, th, "how", &out, "/pick"))},
+      {"maapi_set_elem2",
+       Outcome(maapi_set_elem2(sock, th, "1", "/object{1}/size"))},
+      {"maapi_move", Outcome(maapi_move(sock, th, &v, 1, "/object{1}"))},
+      {"maapi_move_ordered",
+       Outcome(maapi_move_ordered(sock, th, MAAPI_MOVE_LAST, nullptr, 0,
+                                  "/object{1}"))},
+      {"maapi_cd", Outcome(maapi_cd(sock, th, "/object{1}"))},
+      {"maapi_pushd", Outcome(maapi_pushd(sock, th, "/object{1}"))},
+      {"maapi_popd", Outcome(maapi_popd(sock, th))},
+      {"maapi_getcwd", Outcome(maapi_getcwd(sock, th, 0, nullptr))},
+      {"maapi_get_objects", Outcome(maapi_get_objects(&started, &out, 1, &n))},
       {"maapi_init_cursor",
        Outcome(maapi_init_cursor(sock, th, &mc, "/object"))},
       {"maapi_get_next", Outcome(maapi_get_next(&started))},

@@ -66,13 +66,13 @@ bool IsAddress6(const in6_addr& address, const char* text) {
          std::memcmp(&address, &expected, sizeof expected) == 0;
 }
 
-class TypedGetters : public ConfdLibCdbPage {
+class ConfdLibCdbAndMaapiPageGetters : public ConfdLibCdbPage {
  protected:
   void SetUp() override { OpenZoo(kValues); }
 };
 
 // The two pages say the same of them.
-TEST_F(TypedGetters, IntegersHaveOneForEachWidth) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, IntegersHaveOneForEachWidth) {
   CHECK_GETTER(int8, int8_t, "i8", value == -8);
   CHECK_GETTER(int16, int16_t, "i16", value == -16);
   CHECK_GETTER(int32, int32_t, "i32", value == -32);
@@ -83,21 +83,21 @@ TEST_F(TypedGetters, IntegersHaveOneForEachWidth) {
   CHECK_GETTER(u_int64, uint64_t, "u64", value == 64);
 }
 
-TEST_F(TypedGetters, BooleansEnumerationsAndBitsAreNumbers) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, BooleansEnumerationsAndBitsAreNumbers) {
   CHECK_GETTER(bool, int, "bool", value == 1);
   CHECK_GETTER(enum_value, int32_t, "enum", value == -2);
   CHECK_GETTER(bit32, uint32_t, "bits32", value == 0x80000001);
   CHECK_GETTER(bit64, uint64_t, "bits64", value == 0x8000000000000001);
 }
 
-TEST_F(TypedGetters, AddressesAreInNetworkByteOrder) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, AddressesAreInNetworkByteOrder) {
   CHECK_GETTER(ipv4, in_addr, "ip4", value.s_addr == htonl(0x0a000001));
   CHECK_GETTER(ipv6, in6_addr, "ip6", IsAddress6(value, "2001:db8::1"));
   CHECK_GETTER(dquad, confd_dotted_quad, "quad",
                std::memcmp(value.quad, "\1\2\3\4", 4) == 0);
 }
 
-TEST_F(TypedGetters, PrefixesHaveAddressAndLength) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, PrefixesHaveAddressAndLength) {
   CHECK_GETTER(ipv4prefix, confd_ipv4_prefix, "ip4-prefix",
                value.len == 16 && value.ip.s_addr == htonl(0x0a010000));
   CHECK_GETTER(ipv6prefix, confd_ipv6_prefix, "ip6-prefix",
@@ -108,7 +108,7 @@ TEST_F(TypedGetters, PrefixesHaveAddressAndLength) {
                value.len == 64 && IsAddress6(value.ip6, "2001:db8::1"));
 }
 
-TEST_F(TypedGetters, DatesDecimalsAndIdentitiesAreStructs) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, DatesDecimalsAndIdentitiesAreStructs) {
   CHECK_GETTER(datetime, confd_datetime, "when",
                value.year == 2026 && value.month == 2 && value.sec == 6);
   CHECK_GETTER(decimal64, confd_decimal64, "dec",
@@ -134,7 +134,7 @@ TEST_F(TypedGetters, DatesDecimalsAndIdentitiesAreStructs) {
               "BADTYPE");                                                      \
   } while (0)
 
-TEST_F(TypedGetters, NamedTypesHaveTheirOwn) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, NamedTypesHaveTheirOwn) {
   Open(
       "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
       "<dates xmlns=\"urn:test:types\"><date>2026-02-03Z</date>"
@@ -151,7 +151,7 @@ TEST_F(TypedGetters, NamedTypesHaveTheirOwn) {
               value.days == 1 && value.hours == 2);
 }
 
-TEST_F(TypedGetters, ObjectIdentifiersAreTheCallersToFree) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, ObjectIdentifiersAreTheCallersToFree) {
   Open(
       "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
       "<named xmlns=\"urn:test:types\"><timeticks>1</timeticks>"
@@ -169,7 +169,7 @@ TEST_F(TypedGetters, ObjectIdentifiersAreTheCallersToFree) {
   EXPECT_EQ(Outcome(cdb_get_oid(cdb_, &oid, "/named/timeticks")), "BADTYPE");
 }
 
-TEST_F(TypedGetters, QualifiedNamesHaveTwoParts) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, QualifiedNamesHaveTwoParts) {
   Open(
       "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"
       "<named xmlns=\"urn:test:types\"><timeticks>1</timeticks>"
@@ -220,7 +220,7 @@ TEST_F(TypedGetters, QualifiedNamesHaveTwoParts) {
               "PROTOUSAGE");                                                \
   } while (0)
 
-TEST_F(TypedGetters, BytesAreTheCallersToFree) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, BytesAreTheCallersToFree) {
   using std::string_literals::operator""s;
   CHECK_BYTES(buf, "str", "text"s);
   CHECK_BYTES(binary, "bin", "\0\1\2"s);
@@ -228,7 +228,7 @@ TEST_F(TypedGetters, BytesAreTheCallersToFree) {
   CHECK_BYTES(bitbig, "bitbig", "\1\0\0\0\0\0\0\0\x40"s);
 }
 
-TEST_F(TypedGetters, ListsAreTheCallersToFree) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, ListsAreTheCallersToFree) {
   confd_value_t* values = nullptr;
   int n = 0;
   ASSERT_EQ(cdb_get_list(cdb_, &values, &n, "/values/numbers"), CONFD_OK);
@@ -244,7 +244,7 @@ TEST_F(TypedGetters, ListsAreTheCallersToFree) {
   EXPECT_EQ(Outcome(cdb_get_list(cdb_, &values, &n, "/values/u8")), "BADTYPE");
 }
 
-TEST_F(TypedGetters, StringsAreCopiedWithTheirNul) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, StringsAreCopiedWithTheirNul) {
   char text[8];
   std::memset(text, '#', sizeof text);
   ASSERT_EQ(maapi_get_str_elem(maapi_, th_, text, 5, "/values/str"), CONFD_OK);
@@ -255,7 +255,7 @@ TEST_F(TypedGetters, StringsAreCopiedWithTheirNul) {
             "BADTYPE");
 }
 
-TEST_F(TypedGetters, Buf2CopiesWhatFitsAndTellsItsLength) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, Buf2CopiesWhatFitsAndTellsItsLength) {
   unsigned char bytes[8];
   std::memset(bytes, '#', sizeof bytes);
   int n = 4;
@@ -275,7 +275,7 @@ TEST_F(TypedGetters, Buf2CopiesWhatFitsAndTellsItsLength) {
             "PROTOUSAGE");
 }
 
-TEST_F(TypedGetters, ReadDefaultsUnlessTheyAreToldApart) {
+TEST_F(ConfdLibCdbAndMaapiPageGetters, ReadDefaultsUnlessTheyAreToldApart) {
   uint8_t small = 0;
   ASSERT_EQ(maapi_get_u_int8_elem(maapi_, th_, &small, "/values/small"),
             CONFD_OK);

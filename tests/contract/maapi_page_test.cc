@@ -15,7 +15,7 @@ constexpr char kFarm[] =
     "<chore><name>wash</name></chore><chore><name>feed</name>"
     "<step><n>1</n></step></chore><chore><name>sweep</name></chore>";
 
-class MaapiPage : public ConfdLibMaapiPage {
+class ConfdLibMaapiPageCalls : public ConfdLibMaapiPage {
  protected:
   void SetUp() override { OpenFarm(kFarm); }
 
@@ -54,7 +54,7 @@ class MaapiPage : public ConfdLibMaapiPage {
 
 // ---- Reading ----------------------------------------------------------------
 
-TEST_F(MaapiPage, WrongHandlesAreNoTransaction) {
+TEST_F(ConfdLibMaapiPageCalls, WrongHandlesAreNoTransaction) {
   confd_value_t value;
   EXPECT_EQ(Outcome(maapi_get_elem(maapi_, th_ + 1, &value, "/barn/doors")),
             "NOTRANS");
@@ -63,20 +63,20 @@ TEST_F(MaapiPage, WrongHandlesAreNoTransaction) {
   EXPECT_EQ(Outcome(maapi_set_flags(cdb_, th_, 0)), "NOSESSION");
 }
 
-TEST_F(MaapiPage, NumInstancesCountsEntriesAndValues) {
+TEST_F(ConfdLibMaapiPageCalls, NumInstancesCountsEntriesAndValues) {
   EXPECT_EQ(maapi_num_instances(maapi_, th_, "/stall"), 3);
   EXPECT_EQ(maapi_num_instances(maapi_, th_, "/barn/colors"), 2);
   EXPECT_EQ(maapi_num_instances(maapi_, th_, "/stall{9 9}/bucket"), 0);
   EXPECT_EQ(Outcome(maapi_num_instances(maapi_, th_, "/barn")), "BADPATH");
 }
 
-TEST_F(MaapiPage, GetElemOfOtherNodesIsABadPath) {
+TEST_F(ConfdLibMaapiPageCalls, GetElemOfOtherNodesIsABadPath) {
   for (const char* path : {"/barn", "/stall", "/stall{1 1}", "/"}) {
     EXPECT_EQ(Get(path), "BADPATH") << path;
   }
 }
 
-TEST_F(MaapiPage, NoDefaultsShowsWhatIsNotSetAsDefault) {
+TEST_F(ConfdLibMaapiPageCalls, NoDefaultsShowsWhatIsNotSetAsDefault) {
   ASSERT_EQ(maapi_set_flags(maapi_, th_, MAAPI_FLAG_NO_DEFAULTS), CONFD_OK);
   EXPECT_EQ(Get("/barn/roof"), "C_DEFAULT");
   EXPECT_EQ(Get("/stall{1 1}/animal"), "C_BUF pig");
@@ -89,16 +89,16 @@ TEST_F(MaapiPage, NoDefaultsShowsWhatIsNotSetAsDefault) {
   EXPECT_EQ(Get("/barn/roof"), "C_BUF straw");
 }
 
-TEST_F(MaapiPage, UnknownFlagsAreMisuse) {
+TEST_F(ConfdLibMaapiPageCalls, UnknownFlagsAreMisuse) {
   EXPECT_EQ(Outcome(maapi_set_flags(maapi_, th_, 1 << 20)), "PROTOUSAGE");
 }
 
-TEST_F(MaapiPage, GetObjectOfWhatIsNotThereDoesNotExist) {
+TEST_F(ConfdLibMaapiPageCalls, GetObjectOfWhatIsNotThereDoesNotExist) {
   EXPECT_EQ(Object("/stall{9 9}"), "NOEXISTS");
   EXPECT_EQ(Object("/barn/loft"), "NOEXISTS");
 }
 
-TEST_F(MaapiPage, GetCaseFollowsWhatIsWritten) {
+TEST_F(ConfdLibMaapiPageCalls, GetCaseFollowsWhatIsWritten) {
   EXPECT_EQ(Case("feed", "/stall{1 1}"), "NOEXISTS");
   ASSERT_EQ(Set("/stall{1 1}/bowl", Str("deep")), "ok");
   EXPECT_EQ(Case("feed", "/stall{1 1}"), "wet");
@@ -109,7 +109,7 @@ TEST_F(MaapiPage, GetCaseFollowsWhatIsWritten) {
   EXPECT_EQ(Case("feed/wet/liquid", "/stall{1 1}"), "NOEXISTS");
 }
 
-TEST_F(MaapiPage, PathsBeginWhereTheProgramStands) {
+TEST_F(ConfdLibMaapiPageCalls, PathsBeginWhereTheProgramStands) {
   EXPECT_EQ(Here(), "/");
   ASSERT_EQ(maapi_cd(maapi_, th_, "/stall{1 4}"), CONFD_OK);
   ASSERT_EQ(maapi_pushd(maapi_, th_, "bucket{a}"), CONFD_OK);
@@ -127,7 +127,7 @@ TEST_F(MaapiPage, PathsBeginWhereTheProgramStands) {
   EXPECT_EQ(CdbGet("barn/doors"), "C_UINT8 2");
 }
 
-TEST_F(MaapiPage, CursorsKeepTheListOfTheirInit) {
+TEST_F(ConfdLibMaapiPageCalls, CursorsKeepTheListOfTheirInit) {
   ASSERT_EQ(maapi_cd(maapi_, th_, "/stall{1 4}"), CONFD_OK);
   maapi_cursor mc;
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "bucket"), CONFD_OK);
@@ -137,7 +137,7 @@ TEST_F(MaapiPage, CursorsKeepTheListOfTheirInit) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(MaapiPage, Getcwd2TellsTheFullLength) {
+TEST_F(ConfdLibMaapiPageCalls, Getcwd2TellsTheFullLength) {
   ASSERT_EQ(maapi_cd(maapi_, th_, "/stall{1 4}"), CONFD_OK);
   char text[6];
   size_t size = sizeof text;
@@ -147,7 +147,7 @@ TEST_F(MaapiPage, Getcwd2TellsTheFullLength) {
   EXPECT_EQ(Outcome(maapi_getcwd2(maapi_, th_, nullptr, text)), "PROTOUSAGE");
 }
 
-TEST_F(MaapiPage, GetcwdKpathGivesThePathFromItsEndOn) {
+TEST_F(ConfdLibMaapiPageCalls, GetcwdKpathGivesThePathFromItsEndOn) {
   confd_hkeypath_t* path = nullptr;
   ASSERT_EQ(maapi_getcwd_kpath(maapi_, th_, &path), CONFD_OK);
   EXPECT_EQ(path->len, 0);
@@ -163,7 +163,7 @@ TEST_F(MaapiPage, GetcwdKpathGivesThePathFromItsEndOn) {
 
 // ---- Writing ----------------------------------------------------------------
 
-TEST_F(MaapiPage, SetElem2TakesTheText) {
+TEST_F(ConfdLibMaapiPageCalls, SetElem2TakesTheText) {
   EXPECT_EQ(SetText("/barn/doors", "7"), "ok");
   EXPECT_EQ(Get("/barn/doors"), "C_UINT8 7");
   EXPECT_EQ(SetText("/stall{1 1}/trough/filling", "1.5"), "ok");
@@ -173,7 +173,7 @@ TEST_F(MaapiPage, SetElem2TakesTheText) {
   EXPECT_EQ(Get("/barn/doors"), "C_UINT8 7");
 }
 
-TEST_F(MaapiPage, SetElem2FailsAsSetElemDoes) {
+TEST_F(ConfdLibMaapiPageCalls, SetElem2FailsAsSetElemDoes) {
   EXPECT_EQ(SetText("/barn", "1"), "NOT_WRITABLE");
   EXPECT_EQ(SetText("/stall{1 1}/row", "1"), "NOT_WRITABLE");
   EXPECT_EQ(SetText("/stall{9 9}/animal", "cat"), "NOEXISTS");
@@ -182,7 +182,7 @@ TEST_F(MaapiPage, SetElem2FailsAsSetElemDoes) {
             "PROTOUSAGE");
 }
 
-TEST_F(MaapiPage, SetObjectWritesContainers) {
+TEST_F(ConfdLibMaapiPageCalls, SetObjectWritesContainers) {
   EXPECT_EQ(SetObject("/stall{1 1}/trough", {Uint16(9)}), "ok");
   EXPECT_EQ(Object("/stall{1 1}/trough"), "C_UINT16 9, C_NOEXISTS");
   // What is missing is created, a presence container too.
@@ -190,7 +190,7 @@ TEST_F(MaapiPage, SetObjectWritesContainers) {
   EXPECT_EQ(Get("/barn/loft/hay"), "C_UINT16 5");
 }
 
-TEST_F(MaapiPage, SetObjectOfAContainerFailsAsThatOfAnEntry) {
+TEST_F(ConfdLibMaapiPageCalls, SetObjectOfAContainerFailsAsThatOfAnEntry) {
   EXPECT_EQ(SetObject("/stall{9 9}/trough", {Uint16(9)}), "NOEXISTS");
   EXPECT_EQ(SetObject("/stall{1 1}/trough", {Uint16(9), NoExists(), Uint8(1)}),
             "BADTYPE");
@@ -198,7 +198,7 @@ TEST_F(MaapiPage, SetObjectOfAContainerFailsAsThatOfAnEntry) {
   EXPECT_EQ(Get("/stall{1 1}/trough/length"), "NOEXISTS");
 }
 
-TEST_F(MaapiPage, MoveGivesAnEntryOtherKeys) {
+TEST_F(ConfdLibMaapiPageCalls, MoveGivesAnEntryOtherKeys) {
   EXPECT_EQ(Move("/stall{1 4}", {Uint8(0), Uint8(7)}), "ok");
   EXPECT_EQ(Exists("/stall{1 4}"), 0);
   EXPECT_EQ(Get("/stall{0 7}/grain"), "C_BUF oats");
@@ -208,23 +208,23 @@ TEST_F(MaapiPage, MoveGivesAnEntryOtherKeys) {
   EXPECT_EQ(Walk("/stall"), (std::vector<std::string>{"0 7", "1 1", "2 2"}));
 }
 
-TEST_F(MaapiPage, MoveKeepsThePlaceThatTheUserGave) {
+TEST_F(ConfdLibMaapiPageCalls, MoveKeepsThePlaceThatTheUserGave) {
   EXPECT_EQ(Move("/chore{feed}", {Str("groom")}), "ok");
   EXPECT_EQ(Chores(), "wash groom sweep ");
   EXPECT_EQ(Exists("/chore{groom}/step{1}"), 1);
 }
 
-TEST_F(MaapiPage, MoveOntoAnEntryAlreadyExists) {
+TEST_F(ConfdLibMaapiPageCalls, MoveOntoAnEntryAlreadyExists) {
   EXPECT_EQ(Move("/stall{1 1}", {Uint8(2), Uint8(2)}), "ALREADY_EXISTS");
   EXPECT_EQ(Get("/stall{1 1}/animal"), "C_BUF pig");
 }
 
-TEST_F(MaapiPage, MoveOfWhatIsNotThereDoesNotExist) {
+TEST_F(ConfdLibMaapiPageCalls, MoveOfWhatIsNotThereDoesNotExist) {
   EXPECT_EQ(Move("/stall{9 9}", {Uint8(3), Uint8(3)}), "NOEXISTS");
   EXPECT_EQ(Move("/stall{9 9}/bucket{a}", {Str("b")}), "NOEXISTS");
 }
 
-TEST_F(MaapiPage, MoveToWhatAreNoKeysIsNotPossible) {
+TEST_F(ConfdLibMaapiPageCalls, MoveToWhatAreNoKeysIsNotPossible) {
   EXPECT_EQ(Move("/stall{1 1}", {Uint8(3)}), "NOTMOVABLE");
   EXPECT_EQ(Move("/stall{1 1}", {Uint8(3), Uint16(3)}), "NOTMOVABLE");
   EXPECT_EQ(Move("/stall{1 1}", {Uint8(3), NoExists()}), "NOTMOVABLE");
@@ -236,7 +236,7 @@ TEST_F(MaapiPage, MoveToWhatAreNoKeysIsNotPossible) {
   EXPECT_EQ(Exists("/stall{1 1}"), 1);
 }
 
-TEST_F(MaapiPage, MoveOrderedGoesToTheEnds) {
+TEST_F(ConfdLibMaapiPageCalls, MoveOrderedGoesToTheEnds) {
   EXPECT_EQ(MoveOrdered("/chore{sweep}", MAAPI_MOVE_FIRST), "ok");
   EXPECT_EQ(Chores(), "sweep wash feed ");
   EXPECT_EQ(MoveOrdered("/chore{sweep}", MAAPI_MOVE_LAST), "ok");
@@ -246,7 +246,7 @@ TEST_F(MaapiPage, MoveOrderedGoesToTheEnds) {
   EXPECT_EQ(Chores(), "wash feed sweep ");
 }
 
-TEST_F(MaapiPage, MoveOrderedGoesNextToAnEntry) {
+TEST_F(ConfdLibMaapiPageCalls, MoveOrderedGoesNextToAnEntry) {
   EXPECT_EQ(MoveOrdered("/chore{sweep}", MAAPI_MOVE_BEFORE, "feed"), "ok");
   EXPECT_EQ(Chores(), "wash sweep feed ");
   EXPECT_EQ(MoveOrdered("/chore{wash}", MAAPI_MOVE_AFTER, "sweep"), "ok");
@@ -259,7 +259,7 @@ TEST_F(MaapiPage, MoveOrderedGoesNextToAnEntry) {
   EXPECT_EQ(Exists("/chore{feed}/step{1}"), 1);
 }
 
-TEST_F(MaapiPage, MoveOrderedFindsRoomBetweenAnyTwoEntries) {
+TEST_F(ConfdLibMaapiPageCalls, MoveOrderedFindsRoomBetweenAnyTwoEntries) {
   // Each time the room between the two gets smaller.
   for (int i = 0; i < 60; ++i) {
     ASSERT_EQ(MoveOrdered("/chore{sweep}", MAAPI_MOVE_BEFORE, "feed"), "ok");
@@ -271,12 +271,12 @@ TEST_F(MaapiPage, MoveOrderedFindsRoomBetweenAnyTwoEntries) {
   EXPECT_EQ(Chores(), "sweep wash feed last ");
 }
 
-TEST_F(MaapiPage, MoveOrderedIsForListsThatTheUserOrders) {
+TEST_F(ConfdLibMaapiPageCalls, MoveOrderedIsForListsThatTheUserOrders) {
   EXPECT_EQ(MoveOrdered("/stall{1 1}", MAAPI_MOVE_LAST), "NOTMOVABLE");
   EXPECT_EQ(MoveOrdered("/barn", MAAPI_MOVE_LAST), "NOTMOVABLE");
 }
 
-TEST_F(MaapiPage, MoveOrderedOfOrToWhatIsNotThereDoesNotExist) {
+TEST_F(ConfdLibMaapiPageCalls, MoveOrderedOfOrToWhatIsNotThereDoesNotExist) {
   EXPECT_EQ(MoveOrdered("/chore{none}", MAAPI_MOVE_FIRST), "NOEXISTS");
   EXPECT_EQ(MoveOrdered("/chore{feed}", MAAPI_MOVE_AFTER, "none"), "NOEXISTS");
   EXPECT_EQ(MoveOrdered("/chore{feed}", MAAPI_MOVE_AFTER), "NOTMOVABLE");
@@ -286,7 +286,7 @@ TEST_F(MaapiPage, MoveOrderedOfOrToWhatIsNotThereDoesNotExist) {
   EXPECT_EQ(Chores(), "wash feed sweep ");
 }
 
-TEST_F(MaapiPage, MovedEntriesAreWhatTheOutputHolds) {
+TEST_F(ConfdLibMaapiPageCalls, MovedEntriesAreWhatTheOutputHolds) {
   ASSERT_EQ(MoveOrdered("/chore{sweep}", MAAPI_MOVE_FIRST), "ok");
   ASSERT_EQ(Move("/stall{1 1}", {Uint8(9), Uint8(9)}), "ok");
   std::string text;
@@ -299,7 +299,7 @@ TEST_F(MaapiPage, MovedEntriesAreWhatTheOutputHolds) {
 
 // ---- Cursors ----------------------------------------------------------------
 
-TEST_F(MaapiPage, InitCursorClearsWhatProgramsMaySet) {
+TEST_F(ConfdLibMaapiPageCalls, InitCursorClearsWhatProgramsMaySet) {
   maapi_cursor mc;
   std::memset(&mc, 0xee, sizeof mc);
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/stall"), CONFD_OK);
@@ -309,7 +309,7 @@ TEST_F(MaapiPage, InitCursorClearsWhatProgramsMaySet) {
 }
 
 // What can't be obeyed fails rather than walk over other entries.
-TEST_F(MaapiPage, WalksWithAnIndexOrAnExpressionAreUnavailable) {
+TEST_F(ConfdLibMaapiPageCalls, WalksWithAnIndexOrAnExpressionAreUnavailable) {
   maapi_cursor mc;
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/stall"), CONFD_OK);
   char name[] = "by-animal";
@@ -330,7 +330,7 @@ TEST_F(MaapiPage, WalksWithAnIndexOrAnExpressionAreUnavailable) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(MaapiPage, GetObjectsReadsTheEntriesBehindTheCursor) {
+TEST_F(ConfdLibMaapiPageCalls, GetObjectsReadsTheEntriesBehindTheCursor) {
   maapi_cursor mc;
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/stall"), CONFD_OK);
   ASSERT_EQ(maapi_get_next(&mc), CONFD_OK);
@@ -348,7 +348,7 @@ TEST_F(MaapiPage, GetObjectsReadsTheEntriesBehindTheCursor) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(MaapiPage, GetObjectsTellsHowManyWereLeft) {
+TEST_F(ConfdLibMaapiPageCalls, GetObjectsTellsHowManyWereLeft) {
   maapi_cursor mc;
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/stall"), CONFD_OK);
   confd_value_t values[8];
@@ -362,7 +362,7 @@ TEST_F(MaapiPage, GetObjectsTellsHowManyWereLeft) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(MaapiPage, GetObjectsNeedsACursorAndCounts) {
+TEST_F(ConfdLibMaapiPageCalls, GetObjectsNeedsACursorAndCounts) {
   maapi_cursor mc = {};
   confd_value_t values[2];
   int nobj = 1;
@@ -374,7 +374,7 @@ TEST_F(MaapiPage, GetObjectsNeedsACursorAndCounts) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(MaapiPage, FindNextWithKeysThatCantBeAnyIsABadPath) {
+TEST_F(ConfdLibMaapiPageCalls, FindNextWithKeysThatCantBeAnyIsABadPath) {
   maapi_cursor mc;
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/stall"), CONFD_OK);
   confd_value_t keys[3] = {Uint8(1), Uint16(1), Uint8(1)};
@@ -383,7 +383,7 @@ TEST_F(MaapiPage, FindNextWithKeysThatCantBeAnyIsABadPath) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(MaapiPage, TwinsTakeAList) {
+TEST_F(ConfdLibMaapiPageCalls, TwinsTakeAList) {
   const auto by_list = [&](int (*twin)(int, int, const char*, va_list),
                            const char* path) {
     return ByList([&](const char* fmt,
