@@ -169,6 +169,19 @@ TEST_F(ConfdLibCdbAndMaapiPageGetters, ObjectIdentifiersAreTheCallersToFree) {
   EXPECT_EQ(Outcome(cdb_get_oid(cdb_, &oid, "/named/timeticks")), "BADTYPE");
 }
 
+TEST_F(ConfdLibCdbAndMaapiPageGetters, InstanceIdentifiersArePathsToFree) {
+  OpenZoo("<values><i8>1</i8><where>/zoo:values/zoo:i8</where></values>");
+  confd_hkeypath_t* path = nullptr;
+  ASSERT_EQ(cdb_get_objectref(cdb_, &path, "/values/where"), CONFD_OK);
+  EXPECT_EQ(path->len, 2);
+  confd_free_hkeypath(path);
+  ASSERT_EQ(maapi_get_objectref_elem(maapi_, th_, &path, "/values/where"),
+            CONFD_OK);
+  EXPECT_EQ(CONFD_GET_XMLTAG_NS(&path->v[1][0]), 1001u);
+  confd_free_hkeypath(path);
+  EXPECT_EQ(Outcome(cdb_get_objectref(cdb_, &path, "/values/i8")), "BADTYPE");
+}
+
 TEST_F(ConfdLibCdbAndMaapiPageGetters, QualifiedNamesHaveTwoParts) {
   Open(
       "<config xmlns=\"http://tail-f.com/ns/config/1.0\">"

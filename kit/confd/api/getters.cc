@@ -81,7 +81,7 @@ int HandOut(Call& call, const Scope& scope, const store::Target& target,
             store::ValueType type, const Take& take) {
   const auto leaf = ReadLeaf(call, scope, target, type);
   if (!leaf) return CONFD_ERR;
-  const confd_value_t value = ToC(*leaf);
+  const confd_value_t value = ToC(*leaf, target.schema);
   if (call.wants_values()) call.OutputText(Describe(value));
   take(value.val);
   return CONFD_OK;
@@ -245,6 +245,7 @@ KIT_MEMBER_GETTER(duration,      struct confd_duration,     kDuration,     durat
 KIT_MEMBER_GETTER(decimal64,     struct confd_decimal64,    kDecimal64,    d64)
 KIT_MEMBER_GETTER(identityref,   struct confd_identityref,  kIdentityref,  idref)
 KIT_MEMBER_GETTER(oid,           struct confd_snmp_oid*,    kOid,          oidp)
+KIT_MEMBER_GETTER(objectref,     confd_hkeypath_t*,         kObjectRef,    hkp)
 // clang-format on
 #undef KIT_MEMBER_GETTER
 

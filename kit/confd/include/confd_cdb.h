@@ -81,8 +81,8 @@ CONFD_KIT_CDB(get_case, int sock, const char *choice, confd_value_t *rcase);
  * BADTYPE: the value has another type than the call reads.
  *
  * What is pointed to belongs to the caller: confd_free_value releases what
- * cdb_get read, free() what a typed call did, and the items of a list one by
- * one confd_free_value.
+ * cdb_get read and each item of a list, confd_free_hkeypath a path, and free()
+ * what else a typed call gave.
  */
 CONFD_KIT_CDB(get, int sock, confd_value_t *v);
 CONFD_KIT_CDB(get_int8, int sock, int8_t *rval);
@@ -111,6 +111,7 @@ CONFD_KIT_CDB(get_time, int sock, struct confd_time *rval);
 CONFD_KIT_CDB(get_duration, int sock, struct confd_duration *rval);
 CONFD_KIT_CDB(get_decimal64, int sock, struct confd_decimal64 *rval);
 CONFD_KIT_CDB(get_identityref, int sock, struct confd_identityref *rval);
+CONFD_KIT_CDB(get_objectref, int sock, confd_hkeypath_t **rval);
 CONFD_KIT_CDB(get_oid, int sock, struct confd_snmp_oid **rval);
 CONFD_KIT_CDB(get_buf, int sock, unsigned char **rval, int *bufsiz);
 CONFD_KIT_CDB(get_binary, int sock, unsigned char **rval, int *bufsiz);

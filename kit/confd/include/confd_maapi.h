@@ -103,6 +103,8 @@ CONFD_KIT_MAAPI(get_decimal64_elem, int sock, int thandle,
                 struct confd_decimal64 *rval);
 CONFD_KIT_MAAPI(get_identityref_elem, int sock, int thandle,
                 struct confd_identityref *rval);
+CONFD_KIT_MAAPI(get_objectref_elem, int sock, int thandle,
+                confd_hkeypath_t **rval);
 CONFD_KIT_MAAPI(get_oid_elem, int sock, int thandle,
                 struct confd_snmp_oid **rval);
 CONFD_KIT_MAAPI(get_buf_elem, int sock, int thandle, unsigned char **rval,
