@@ -235,6 +235,35 @@ TEST_F(ConfdTypesPage, UnionKeysGoByTagWithStringsDurationsAndIntegersLast) {
                                 "\"a word\"", "P1D", "-1", "2", "3", "300"}));
 }
 
+TEST_F(ConfdTypesPage, UnionKeysKeepTheTagThatTheyWereGivenWith) {
+  confd_value_t narrow = Int32(5);
+  confd_value_t wide = Int64(5);
+  ASSERT_EQ(maapi_create(maapi_, th_, "/numbers/by-anything{%x}", &wide),
+            CONFD_OK);
+  EXPECT_EQ(maapi_exists(maapi_, th_, "/numbers/by-anything{%x}", &wide), 1);
+  EXPECT_EQ(maapi_exists(maapi_, th_, "/numbers/by-anything{%x}", &narrow), 0);
+  confd_value_t read;
+  ASSERT_EQ(
+      maapi_get_elem(maapi_, th_, &read, "/numbers/by-anything{%x}/k", &wide),
+      CONFD_OK);
+  EXPECT_EQ(Show(read), "C_INT64 5");
+}
+
+TEST_F(ConfdTypesPage, BitsAndIdentitiesAmongTheKeysOfUnionsAreFoundAgain) {
+  OpenTypes("<kind xmlns=\"urn:test:types\">sort</kind>");
+  confd_value_t keys[2];
+  CONFD_SET_BIT32(&keys[0], 3);
+  ASSERT_EQ(maapi_get_elem(maapi_, th_, &keys[1], "/kind"), CONFD_OK);
+  for (confd_value_t& key : keys) {
+    ASSERT_EQ(maapi_create(maapi_, th_, "/numbers/by-anything{%x}", &key),
+              CONFD_OK)
+        << confd_lasterr();
+    EXPECT_EQ(maapi_exists(maapi_, th_, "/numbers/by-anything{%x}", &key), 1);
+  }
+  EXPECT_EQ(Exists("/numbers/by-anything{\"left right\"}"), 1);
+  EXPECT_EQ(Exists("/numbers/by-anything{types:sort}"), 1);
+}
+
 // ---- Bits -------------------------------------------------------------------
 
 TEST_F(ConfdTypesPage, LongBitSetsMayBeGivenShorterThanTheTypeButNotLonger) {

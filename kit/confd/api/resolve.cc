@@ -234,8 +234,9 @@ class Resolver {
       const PathDraft::Slot& slot = draft_.values[next_slot_++];
       at_ = slot.end;
       Value value = FromC(*slot.value);
-      // One of another type may still be written as the key is.
-      if (type.value_type() != value.type()) return false;
+      // One of another type may still be written as the key is. Among those of
+      // a union the value counts with its type.
+      if (type.value_type() && type.value_type() != value.type()) return false;
       target_.keys.push_back(type.Check(std::move(value)));
       return true;
     }
