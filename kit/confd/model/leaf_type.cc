@@ -541,8 +541,10 @@ std::string LeafType::Canonical(std::string_view text) const {
   std::string why;
   if (fault != nullptr && fault->msg != nullptr) why = fault->msg;
   ly_err_free(fault);
-  memory.Require(result);
-  if (result != LY_SUCCESS && result != LY_EINCOMPLETE) Reject(text, why);
+  if (result != LY_SUCCESS && result != LY_EINCOMPLETE) {
+    memory.Require(result);
+    Reject(text, why);
+  }
   const char* canonical = lyd_value_get_canonical(context, &stored);
   const std::string owned =
       canonical != nullptr ? canonical : std::string(text);
