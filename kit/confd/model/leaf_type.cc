@@ -593,6 +593,8 @@ Value LeafType::ParseKey(std::string_view text) const {
   } else if (row.text == TextForm::kIdentity) {
     if (auto bits = ParsePair(text)) {
       value = Value::Text(value_type_, "", 0, *bits);
+    } else if (const auto identity = FindPrefixed(text)) {
+      return ParseCanonical(*identity);
     }
   }
   // Names begin with no digit, so that nothing else can be meant.
@@ -852,6 +854,29 @@ Value LeafType::CheckMember(const Value& value) const {
     }
   }
   Reject(TypeName(value.type()));
+}
+
+std::string LeafType::WithPrefix(const std::string& identity) const {
+  const size_t colon = identity.find(':');
+  const lys_module* module = ly_ctx_get_module_implemented(
+      node_->module->ctx, identity.substr(0, colon).c_str());
+  if (module == nullptr) return identity;
+  return module->prefix + identity.substr(colon);
+}
+
+std::optional<std::string> LeafType::FindPrefixed(std::string_view text) const {
+  if (members_.empty()) {
+    for (const auto& [name, number] : names_.numbers) {
+      if (WithPrefix(name) == text) return name;
+    }
+  }
+  return std::nullopt;
+}
+
+std::string LeafType::PrintForPrograms(const Value& value) const {
+  std::string text = Print(value);
+  return RowOf(value.type()).text == TextForm::kIdentity ? WithPrefix(text)
+                                                         : text;
 }
 
 Value LeafType::Check(Value value) const {

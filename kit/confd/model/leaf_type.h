@@ -45,8 +45,9 @@ class LeafType {
   // The same for a text that libyang has accepted and made canonical.
   Value ParseValidated(std::string_view text) const;
 
-  // The same for a key of a key path, where bit sets and identities may stand
-  // as the numbers that values carry: "5", "NAMESPACE-HASH:NAME-HASH".
+  // The same for a key of a key path, where an identity may have its module's
+  // prefix, and bit sets and identities may stand as the numbers that values
+  // carry: "5", "NAMESPACE-HASH:NAME-HASH".
   Value ParseKey(std::string_view text) const;
 
   // The same into `value`, for what takes no more than reading a number or an
@@ -65,8 +66,15 @@ class LeafType {
   // The canonical text as libyang knows it. The value must be of the type.
   std::string Print(const Value& value) const;
 
+  // The same for programs: identities have their module's prefix in place of
+  // its name.
+  std::string PrintForPrograms(const Value& value) const;
+
   // The name of an enum constant, of a union's first member that has it.
   std::optional<std::string> EnumName(int32_t number) const;
+
+  // The number of digits behind the point of a decimal64; 0: another type.
+  uint8_t fraction_digits() const { return fraction_digits_; }
 
  private:
   struct Names {
@@ -108,6 +116,10 @@ class LeafType {
   std::string PrintMember(const Value& value) const;
   Value ParseBits(std::string_view text) const;
   std::string PrintBits(const Value& value) const;
+  // "prefix:name" of "module:name".
+  std::string WithPrefix(const std::string& identity) const;
+  // The identity, as "module:name", that such a text means.
+  std::optional<std::string> FindPrefixed(std::string_view text) const;
   [[noreturn]] void Reject(std::string_view text,
                            const std::string& why = {}) const;
   [[noreturn]] void RejectBytes(std::string_view text) const;

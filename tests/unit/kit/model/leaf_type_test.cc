@@ -325,6 +325,15 @@ TEST(LeafType, IdentitiesCarryTheirNamespacesHash) {
   EXPECT_EQ(more->name, "zoo-more");
 }
 
+TEST(LeafType, ProgramsReadIdentitiesWithTheirModulesPrefix) {
+  const Value parrot = TypeOf("kin").Parse("zoo-more:parrot");
+  EXPECT_EQ(TypeOf("kin").PrintForPrograms(parrot), "zm:parrot");
+  EXPECT_EQ(TypeOf("kin").ParseKey("zm:parrot"), parrot);
+  EXPECT_NE(ErrorOf([] { TypeOf("kin").ParseKey("zm:fish"); }), "");
+  EXPECT_EQ(TypeOf("enum").PrintForPrograms(TypeOf("enum").Parse("red")),
+            "red");
+}
+
 TEST(LeafType, NamesEnums) {
   EXPECT_EQ(TypeOf("enum").EnumName(-2), "dark-blue");
   EXPECT_EQ(TypeOf("enum").EnumName(2), std::nullopt);
