@@ -70,6 +70,7 @@ void Run(bool count, char** arguments) {
   Database database = Database::Open(Models(arguments[1]), Models(arguments[2]),
                                      ReadFile(arguments[3]), arguments[3]);
   kit::control::Handles handles = database.Attach();
+  kit::control::SetSchemasLoaded(true);
   Counter counter;
   if (count) kit::control::SetObserver(&counter);
   double start = CpuSeconds();

@@ -282,6 +282,7 @@ class Worker {
     Enter(Phase::kLoading);
     UpdateFunction* update = LoadPlugin(task_.plugin);
     const control::Handles handles = database.Attach();
+    control::SetSchemasLoaded(true);
     Enter(Phase::kUpdating);
     const int result = CallUpdate(update, handles);
     LeaveForkedProcess();

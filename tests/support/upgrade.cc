@@ -66,6 +66,7 @@ Upgrade::Upgrade(std::string config, const Models& models)
                                std::move(config), "test")),
       handles_(database_.Attach()) {
   zqconfd_set_sink(&Upgrade::OnLog, this);
+  kit::control::SetSchemasLoaded(true);
   kit::control::SetFaults({});
   kit::control::SetObserver(recorder_.get());
 }

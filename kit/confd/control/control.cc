@@ -7,6 +7,7 @@
 #include "kit/confd/model/memory.h"
 #include "kit/confd/session/call_gate.h"
 #include "kit/confd/session/call_hooks.h"
+#include "kit/confd/session/loaded_schemas.h"
 #include "kit/confd/session/session.h"
 #include "kit/confd/upgrade/database.h"
 #include "kit/confd/upgrade/difference.h"
@@ -152,6 +153,16 @@ size_t Database::OpenCursors() const {
   store::RequireMemory();
   if (!impl_->handles) return 0;
   return store::Sessions::Instance().OpenCursors(impl_->handles->maapi_sock);
+}
+
+void SetSchemasLoaded(bool loaded) {
+  auto& schemas = store::LoadedSchemas::Instance();
+  schemas.Unload();
+  if (loaded) schemas.Load();
+}
+
+void SetSchemaWatcher(std::function<void()> watcher) {
+  store::LoadedSchemas::Instance().SetWatcher(std::move(watcher));
 }
 
 void CloseCalls() { store::CallGate::Instance().Close(); }
