@@ -67,15 +67,20 @@ Session& Sessions::Cdb(int socket) {
 }
 
 Session& Sessions::Maapi(int socket, int thandle) {
+  Session& session = Maapi(socket);
+  if (session.thandle != thandle) {
+    throw Error(ErrorCode::kNoTrans,
+                "no transaction " + std::to_string(thandle) + " on socket " +
+                    std::to_string(socket));
+  }
+  return session;
+}
+
+Session& Sessions::Maapi(int socket) {
   Session* session = Find(socket);
   if (session == nullptr || session->kind != Session::Kind::kMaapi) {
     throw Error(ErrorCode::kNoSession,
                 "no MAAPI session on socket " + std::to_string(socket));
-  }
-  if (session->thandle != thandle) {
-    throw Error(ErrorCode::kNoTrans,
-                "no transaction " + std::to_string(thandle) + " on socket " +
-                    std::to_string(socket));
   }
   return *session;
 }

@@ -61,6 +61,7 @@ class Sessions {
   // handle that is not the socket's.
   Session& Cdb(int socket);
   Session& Maapi(int socket, int thandle);
+  Session& Maapi(int socket);
 
   // The databases of open sessions, those with a transaction first.
   std::vector<const Data*> AttachedData();
