@@ -207,6 +207,16 @@ struct maapi_cursor {
   void *impl;
 };
 
+/* Loads the schemas of all namespaces into the process; see confd_lib.h. */
+CONFD_KIT_EXPORT int maapi_load_schemas(int sock);
+/*
+ * Loads those of the namespaces given. NOEXISTS: unknown hash. PROTOUSAGE:
+ * flags other than 0, which this library knows none of; nsflags may be NULL.
+ */
+CONFD_KIT_EXPORT int maapi_load_schemas_list(int sock, int flags,
+                                             const uint32_t *nshash,
+                                             const int *nsflags, int num_ns);
+
 /* Places a cursor before the first entry of a list. */
 CONFD_KIT_MAAPI(init_cursor, int sock, int thandle, struct maapi_cursor *mc);
 /* Moves to the next entry. */
