@@ -5,6 +5,7 @@
 #include <new>
 #include <system_error>
 
+#include "kit/confd/api/key_names.h"
 #include "kit/confd/api/path_format.h"
 #include "kit/confd/api/resolve.h"
 #include "kit/confd/api/value_text.h"
@@ -35,43 +36,8 @@ struct InjectedFailure {
   std::string text;
 };
 
-std::optional<std::string> EnumNameIn(const store::Data& data,
-                                      const store::Module* selected,
-                                      std::string_view list_path, size_t key,
-                                      int32_t number) {
-  try {
-    const store::SchemaNode* list =
-        FindSchemaNode(data.schema(), selected, list_path);
-    if (list == nullptr) {
-      list = data.Find(keypath::Parse(list_path), {true, selected}).schema;
-    }
-    if (list->kind != store::NodeKind::kList || key >= list->key_count) {
-      return std::nullopt;
-    }
-    return list->children[key]->type->EnumName(number);
-  } catch (const Error&) {
-    // Not a path of this model; the call that uses it will say so.
-    return std::nullopt;
-  } catch (const keypath::SyntaxError&) {
-    return std::nullopt;
-  }
-}
-
-// By the models of the scope, or of all open sessions.
-EnumNamer NamerOf(const Scope* scope) {
-  return [scope](std::string_view list_path, size_t key,
-                 int32_t number) -> std::optional<std::string> {
-    if (scope != nullptr) {
-      return EnumNameIn(*scope->data, scope->rules.selected, list_path, key,
-                        number);
-    }
-    for (const store::Data* data : store::Sessions::Instance().AttachedData()) {
-      if (auto name = EnumNameIn(*data, nullptr, list_path, key, number)) {
-        return name;
-      }
-    }
-    return std::nullopt;
-  };
+ModelNames NamesOf(const Scope& scope) {
+  return {scope.data->schema(), scope.rules.selected};
 }
 
 // A path from where the program stands, which is not the root.
@@ -137,10 +103,6 @@ int SetError(int error, const std::string& text) {
   return CONFD_ERR;
 }
 
-std::string FormatPath(const Scope* scope, const char* fmt, va_list args) {
-  return FormatKeyPath(fmt, args, NamerOf(scope));
-}
-
 Call::Call(const char* function)
     : function_(function),
       wants_values_(CallHooks::Instance().wants_values()) {}
@@ -156,15 +118,16 @@ void Call::SetPath(const Scope& scope, const char* fmt, va_list args) {
   va_copy(args_, args);
   scope_ = &scope;
   fmt_ = fmt;
-  const EnumNamer namer = NamerOf(&scope);
+  const ModelNames names = NamesOf(scope);
   has_path_ = CallHooks::Instance().wants_paths();
-  DraftKeyPath(fmt, args_, has_path_ ? &namer : nullptr, scratch_->draft);
+  DraftKeyPath(fmt, args_, has_path_ ? &names : nullptr, scratch_->draft);
   if (has_path_) path_ = scratch_->draft.text;
 }
 
 const std::string& Call::path() const {
   if (!has_path_) {
-    path_ = FormatPath(scope_, fmt_, const_cast<Call*>(this)->args_);
+    path_ =
+        FormatKeyPath(fmt_, const_cast<Call*>(this)->args_, NamesOf(*scope_));
     has_path_ = true;
   }
   return path_;

@@ -46,9 +46,6 @@ void RequirePointer(const void* pointer, const char* what);
 // Records this thread's last error and returns CONFD_ERR.
 int SetError(int error, const std::string& text);
 
-// Names enum constants by the models of the scope, or of all open sessions.
-std::string FormatPath(const Scope* scope, const char* fmt, va_list args);
-
 // What calls with a path use again and again.
 struct Scratch {
   PathDraft draft;
@@ -86,7 +83,7 @@ class Call {
 
   void SetPath(std::string path) { path_ = std::move(path); }
   // The path of a format in a scope, both of which outlive the call. Throws
-  // what FormatPath does.
+  // what FormatKeyPath does.
   void SetPath(const Scope& scope, const char* fmt, va_list args);
   const std::string& path() const;
   // Where that path leads; null, and the call's failure, where it does not fit

@@ -6,8 +6,6 @@
 
 #include <cstdarg>
 #include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,31 +13,37 @@
 
 namespace kit::api {
 
-// Names the enum constant `number` of key `key_index` (from 0) of the list
-// whose path text, up to its '{', is `list_path`; nullopt: unknown. The view
-// is valid during the call only.
-using EnumNamer = std::function<std::optional<std::string>(
-    std::string_view list_path, size_t key_index, int32_t number)>;
+// What a formatter knows of the data models.
+class Names {
+ public:
+  virtual ~Names() = default;
+  // The text, unquoted, of a value as key number `key_index` (from 0) of the
+  // list whose path text, up to its '{', is `list_path`; nullopt: unknown.
+  // Asked only for values whose text depends on the model.
+  virtual std::optional<std::string> KeyText(
+      std::string_view list_path, size_t key_index,
+      const confd_value_t& value) const = 0;
+};
 
 // Formats a key path of any length. Directives, which may stand anywhere:
 //
-//   %d %i %u %c %s   like printf with its flags, width, precision and the
-//                    length modifiers hh h l ll j z t (integers only); %s
-//                    inserts its text unquoted, so it may hold path syntax
-//   %x               const confd_value_t *, in key form
-//   %*x              int count, const confd_value_t *array: blank-separated
-//   %ip4             struct in_addr by value, as a dotted quad
-//   %%               a percent sign
+//   %d %u %s     int, unsigned int, a decimal number; char *, unquoted, so that
+//                it may hold path syntax
+//   %ip4 %ip6    struct in_addr *, struct in6_addr *: the address
+//   %x           const confd_value_t *, in key form
+//   %*x          int count, const confd_value_t *array: blank-separated
 //
-// Enumeration values inside braces are written by the name that `namer` gives,
-// by number where it gives none or is empty. Leaves `args` of the caller
-// untouched.
+// Leaves `args` of the caller untouched.
 //
-// Throws keypath::SyntaxError, with offsets into `fmt`, for an unknown
-// directive, for a null `fmt` or pointer argument and for a value that can't be
-// a key.
-std::string FormatKeyPath(const char* fmt, va_list args,
-                          const EnumNamer& namer);
+// For a call: throws keypath::SyntaxError, with offsets into `fmt`, for any
+// other directive, for a null `fmt` or pointer argument and for a value that
+// can't be a key.
+std::string FormatKeyPath(const char* fmt, va_list args, const Names& names);
+
+// For a program to read, which takes anything: other directives stand as they
+// are, what can't be written reads like "(null)". What `names` does not know is
+// written as its tag tells (plain_text.h).
+std::string FormatText(const char* fmt, va_list args, const Names& names);
 
 // A path with what was put into it as a value.
 struct PathDraft {
@@ -52,9 +56,9 @@ struct PathDraft {
   std::vector<Slot> values;
 };
 
-// The same as FormatKeyPath with a namer. Without one the values are not looked
+// The same as FormatKeyPath with names. Without them the values are not looked
 // at, and a character stands in for each. A draft may be used again.
-void DraftKeyPath(const char* fmt, va_list args, const EnumNamer* namer,
+void DraftKeyPath(const char* fmt, va_list args, const Names* names,
                   PathDraft& draft);
 
 }  // namespace kit::api

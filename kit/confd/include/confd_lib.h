@@ -402,18 +402,45 @@ CONFD_KIT_EXPORT int confd_val_eq(const confd_value_t *v1,
 /* As strcmp, with a C_BUF or C_STR; another value counts as "". */
 CONFD_KIT_EXPORT int confd_svcmp(const char *s, const confd_value_t *v);
 
+/* ---- Schemas ------------------------------------------------------------ */
+
 /*
- * Formats a key path like vsnprintf: at most size bytes with the terminating
- * NUL go to buf (which may be NULL when size is 0). Besides printf's %d, %u,
- * %s and their kin it knows %x (a confd_value_t *, printed in key form), %*x
- * (an int count and an array of values, printed blank-separated) and %ip4 (a
- * struct in_addr by value, printed as a dotted quad).
- *
- * Returns the length that was needed, or CONFD_ERR with CONFD_ERR_BADPATH for
- * a format it does not know.
+ * Loads the schemas of all namespaces into the process: only then can texts
+ * name enumerations, bits, identities and nodes. maapi_load_schemas does so
+ * over a socket that is there. OS: nobody listens at the address.
  */
-CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int size, const char *fmt,
-                                           va_list ap);
+struct sockaddr;
+CONFD_KIT_EXPORT int confd_load_schemas(const struct sockaddr *srv, int srv_sz);
+
+/* ---- Text --------------------------------------------------------------- */
+
+/*
+ * Formatters write at most bufsiz bytes, the terminating NUL among them, to buf
+ * (which may be NULL when bufsiz is 0). They return the length that was needed
+ * without the NUL: bufsiz or more means cut. They never return a negative
+ * number.
+ */
+
+/*
+ * Formats a key path. Directives: %d int, %u unsigned int, %s char *, %ip4
+ * struct in_addr *, %ip6 struct in6_addr *, %x confd_value_t *, %*x int and
+ * that many values, printed blank-separated. Others stand as they are.
+ *
+ * In an absolute path and with loaded schemas %x prints enumerations, bits and
+ * identities by name, otherwise as confd_pp_value does; keys that need quotes
+ * get them.
+ */
+CONFD_KIT_EXPORT int confd_format_keypath(char *buf, int bufsiz,
+                                          const char *fmt, ...);
+CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int bufsiz,
+                                           const char *fmt, va_list ap);
+
+/*
+ * Prints a value as far as its tag tells: "enum<3>", "bits<5>", bytes in
+ * hexadecimal.
+ */
+CONFD_KIT_EXPORT int confd_pp_value(char *buf, int bufsiz,
+                                    const confd_value_t *v);
 
 /* ---- Accessors --------------------------------------------------------- */
 

@@ -1,0 +1,43 @@
+// Names of keys by the data models of open sessions.
+#ifndef KIT_CONFD_API_KEY_NAMES_H_
+#define KIT_CONFD_API_KEY_NAMES_H_
+
+#include <confd_lib.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "kit/confd/api/path_format.h"
+#include "kit/confd/model/schema.h"
+
+namespace kit::api {
+
+// For paths of calls: by the model that the call works on.
+class ModelNames : public Names {
+ public:
+  ModelNames(const store::Schema& schema, const store::Module* selected)
+      : schema_(schema), selected_(selected) {}
+  std::optional<std::string> KeyText(std::string_view list_path,
+                                     size_t key_index,
+                                     const confd_value_t& value) const override;
+
+ private:
+  const store::Schema& schema_;
+  const store::Module* selected_;
+};
+
+// For text: by the models of all open sessions, those of transactions first, as
+// far as the process has loaded their schemas, and in absolute paths only.
+// Notes where text depends on that.
+class LoadedNames : public Names {
+ public:
+  std::optional<std::string> KeyText(std::string_view list_path,
+                                     size_t key_index,
+                                     const confd_value_t& value) const override;
+};
+
+}  // namespace kit::api
+
+#endif  // KIT_CONFD_API_KEY_NAMES_H_
