@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 
+#include <cstdlib>
 #include <utility>
 
 namespace contract {
@@ -65,6 +66,33 @@ std::string FormatKey(const char* fmt, ...) {
   return length < 0 ? "?" : text;
 }
 
+// With all its digits.
+std::string DecimalText(const confd_decimal64& decimal) {
+  const size_t fraction = decimal.fraction_digits;
+  std::string digits = std::to_string(std::abs(decimal.value));
+  if (digits.size() <= fraction) {
+    digits.insert(0, fraction + 1 - digits.size(), '0');
+  }
+  if (fraction > 0) digits.insert(digits.size() - fraction, ".");
+  return (decimal.value < 0 ? "-" : "") + digits;
+}
+
+// As a key, but enumerations and bits by number.
+std::string Text(const confd_value_t& value) {
+  switch (value.type) {
+    case C_ENUM_VALUE:
+      return std::to_string(value.val.enumvalue);
+    case C_BIT32:
+      return std::to_string(value.val.b32);
+    case C_BIT64:
+      return std::to_string(value.val.b64);
+    case C_DECIMAL64:
+      return DecimalText(value.val.d64);
+    default:
+      return FormatKey("%x", &value);
+  }
+}
+
 }  // namespace
 
 std::string Show(const confd_value_t& value) {
@@ -85,7 +113,7 @@ std::string Show(const confd_value_t& value) {
     case C_OBJECTREF:
       return text + " of " + std::to_string(value.val.hkp->len) + " elements";
     default:
-      return text + " " + FormatKey("%x", &value);
+      return text + " " + Text(value);
   }
 }
 
@@ -154,6 +182,7 @@ void CApiTest::Open(const std::string& config, const std::string& before,
   database_.reset();
   database_.emplace(OpenDatabase(config, before, after));
   const kit::control::Handles handles = database_->Attach();
+  kit::control::SetSchemasLoaded(true);
   cdb_ = handles.cdb_sock;
   maapi_ = handles.maapi_sock;
   th_ = handles.thandle;
@@ -237,7 +266,10 @@ std::vector<std::string> CApiTest::Walk(const std::string& list) const {
     return {ErrorName(confd_errno)};
   }
   while (maapi_get_next(&mc) == CONFD_OK && mc.n > 0) {
-    keys.push_back(FormatKey("%*x", mc.n, mc.keys));
+    std::string text;
+    for (int i = 0; i < mc.n; ++i)
+      text += (i > 0 ? " " : "") + Text(mc.keys[i]);
+    keys.push_back(text);
   }
   maapi_destroy_cursor(&mc);
   return keys;

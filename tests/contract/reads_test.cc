@@ -68,7 +68,7 @@ TEST_F(ReadsTest, EachTypeOfTheModelsHasItsTag) {
       {"bits64", "C_BIT64 9223372036854775809"},
       {"bitbig", "C_BITBIG of 9 bytes"},
       {"dec", "C_DECIMAL64 -1.50"},
-      {"bin", "C_BINARY AAEC"},
+      {"bin", "C_BINARY 000102"},
       {"flag", "BADTYPE"},  // it has none
       {"kin", "C_IDENTITYREF"},
       {"ip4", "C_IPV4 10.0.0.1"},
