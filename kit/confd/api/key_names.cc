@@ -74,7 +74,7 @@ std::optional<std::string> LoadedNames::KeyText(
     auto key = NameKey(data->schema(), nullptr, list_path, key_index, value);
     if (!key) continue;
     if (key->text == PlainText(value)) return std::nullopt;
-    loaded.NoteDependence();
+    loaded.NoteDependence(key->module->hash);
     if (!loaded.Has(key->module->hash)) return std::nullopt;
     return std::move(key->text);
   }

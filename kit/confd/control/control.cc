@@ -156,10 +156,10 @@ size_t Database::OpenCursors() const {
 }
 
 void SetSchemasLoaded(bool loaded) {
-  auto& schemas = store::LoadedSchemas::Instance();
-  schemas.Unload();
-  if (loaded) schemas.Load();
+  store::LoadedSchemas::Instance().Start(loaded);
 }
+
+void SwitchSchemasLoaded() { store::LoadedSchemas::Instance().Switch(); }
 
 void SetSchemaWatcher(std::function<void()> watcher) {
   store::LoadedSchemas::Instance().SetWatcher(std::move(watcher));

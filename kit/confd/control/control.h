@@ -154,16 +154,21 @@ class KIT_CONTROL_EXPORT Database {
   std::unique_ptr<Impl> impl_;
 };
 
-// Whether the schemas count as loaded into the process, as a program's own
-// maapi_load_schemas has it; they don't at first. Text that the C API makes for
-// a program has names only with them.
+// Whether a program finds the schemas loaded into its process, as by its own
+// maapi_load_schemas, whose effect ends with this; at first it does not. Text
+// that the C API makes for a program has names only with them. To be set while
+// no program makes calls.
 KIT_CONTROL_EXPORT void SetSchemasLoaded(bool loaded);
 
 // Replaces what is called, once, before a program is given the first text that
-// would be another one without the schemas, or with them: in that call, on its
-// thread. It may call SetSchemasLoaded, and fork; calls of the C API are
-// refused. Empty for none.
+// would be another one had it found the schemas otherwise: in that call, on its
+// thread. It may fork and call SetObserver and SwitchSchemasLoaded; calls of
+// the C API are refused. Empty for none.
 KIT_CONTROL_EXPORT void SetSchemaWatcher(std::function<void()> watcher);
+
+// As if SetSchemasLoaded had been called with the other case; what the program
+// has loaded by itself stays loaded.
+KIT_CONTROL_EXPORT void SwitchSchemasLoaded();
 
 // Ends what programs can do, for the rest of the process: waits until no call
 // of the C API is under way, and lets none through any more. Calls of the

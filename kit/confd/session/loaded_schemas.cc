@@ -10,7 +10,8 @@ LoadedSchemas& LoadedSchemas::Instance() {
   return instance;
 }
 
-void LoadedSchemas::Unload() {
+void LoadedSchemas::Start(bool found) {
+  found_ = found;
   all_ = false;
   hashes_.clear();
 }
@@ -19,7 +20,8 @@ void LoadedSchemas::SetWatcher(std::function<void()> watcher) {
   watcher_ = std::move(watcher);
 }
 
-void LoadedSchemas::NoteDependence() {
+void LoadedSchemas::NoteDependence(uint32_t hash) {
+  if (HasLoaded(hash)) return;
   if (const auto watcher = std::exchange(watcher_, nullptr)) watcher();
 }
 

@@ -15,21 +15,31 @@ class LoadedSchemas {
  public:
   static LoadedSchemas& Instance();
 
-  // All of them, or none, as at first.
+  // Begins anew: whoever runs the program has loaded all, or none, as at first.
+  void Start(bool found);
+  // The other case of that. What the program has loaded itself stays.
+  void Switch() { found_ = !found_; }
+
+  // What the program loads: all, or one namespace by its hash.
   void Load() { all_ = true; }
-  void Unload();
-  // Those of one namespace, by its hash.
   void Load(uint32_t hash) { hashes_.insert(hash); }
 
-  bool all() const { return all_; }
-  bool Has(uint32_t hash) const { return all_ || hashes_.count(hash) > 0; }
+  bool Has(uint32_t hash) const { return found_ || HasLoaded(hash); }
+  bool HasAny() const { return found_ || all_ || !hashes_.empty(); }
 
   // Called once: before a program is given the first text, or other answer,
-  // that depends on what is loaded. It may change that.
+  // that depends on what it found loaded. It may switch that.
   void SetWatcher(std::function<void()> watcher);
-  void NoteDependence();
+  // Something about a namespace is about to be answered, by whether its schema
+  // is there.
+  void NoteDependence(uint32_t hash);
 
  private:
+  bool HasLoaded(uint32_t hash) const {
+    return all_ || hashes_.count(hash) > 0;
+  }
+
+  bool found_ = false;
   bool all_ = false;
   std::set<uint32_t> hashes_;
   std::function<void()> watcher_;
