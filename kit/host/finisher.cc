@@ -68,13 +68,18 @@ void Write(const std::function<void()>& write) {
 class Finisher {
  public:
   Finisher(const WorkerTask& task, const control::Database& database,
-           const Channel& channel, int output)
-      : task_(task), database_(database), channel_(channel), output_(output) {}
+           const TrialOutcome& trial, const Channel& channel, int output)
+      : task_(task),
+        database_(database),
+        trial_(trial),
+        channel_(channel),
+        output_(output) {}
 
   void Run() {
     try {
       CheckThreads();
       const bool valid = Validate();
+      if (valid) JudgeTrial();
       if (task_.count_changes || task_.send_entries) Compare();
       if (valid && output_ >= 0) Save();
       channel_.Send(DoneMessage{written_});
@@ -113,6 +118,29 @@ class Finisher {
     return violations.empty();
   }
 
+  // The run itself has succeeded.
+  void JudgeTrial() {
+    using End = TrialOutcome::End;
+    SchemasMessage message{SchemaEffect::kNone, 0};
+    if (trial_.end == End::kUnknown) {
+      message.effect = SchemaEffect::kUnknown;
+    } else if (trial_.end == End::kDied) {
+      message.effect = SchemaEffect::kDies;
+    } else if (trial_.result != 0) {
+      message = {SchemaEffect::kFails, trial_.result};
+    } else if (trial_.violations > 0) {
+      message = {SchemaEffect::kInvalid, static_cast<int>(trial_.violations)};
+    } else if (trial_.end == End::kReturned &&
+               trial_.saved != ChecksumOf(database_, format())) {
+      message.effect = SchemaEffect::kOtherResult;
+    }
+    channel_.Send(message);
+  }
+
+  control::Format format() const {
+    return task_.format.value_or(database_.input_format());
+  }
+
   void Compare() {
     Enter(Phase::kComparing);
     ListCounter counter;
@@ -125,9 +153,7 @@ class Finisher {
 
   void Save() {
     Enter(Phase::kSaving);
-    const control::Format format =
-        task_.format.value_or(database_.input_format());
-    database_.Save(format, [this](std::string_view piece) {
+    database_.Save(format(), [this](std::string_view piece) {
       Write([this, piece] { WriteAll(output_, piece); });
       written_.Add(piece);
     });
@@ -135,6 +161,7 @@ class Finisher {
 
   const WorkerTask& task_;
   const control::Database& database_;
+  const TrialOutcome& trial_;
   const Channel& channel_;
   int output_;
   Phase phase_ = Phase::kValidating;
@@ -152,7 +179,7 @@ void MoveAway(FileDescriptor& descriptor) {
 // In the forked process, to its end.
 [[noreturn]] void Finish(const WorkerTask& task,
                          const control::Database& database,
-                         const ProcessState& state,
+                         const TrialOutcome& trial, const ProcessState& state,
                          const Channel& worker_channel, pid_t supervisor) {
   state.Restore();
   std::fflush(nullptr);  // what the plug-in has printed
@@ -170,7 +197,7 @@ void MoveAway(FileDescriptor& descriptor) {
   CloseAllBut(kept);
   const int output = task.has_output ? kept[2] : -1;
   const Channel channel(std::move(handed[0]));
-  Finisher(task, database, channel, output).Run();
+  Finisher(task, database, trial, channel, output).Run();
   std::fflush(nullptr);
   // The memory goes with the process; tearing it down takes long.
   _exit(EXIT_SUCCESS);
@@ -179,10 +206,10 @@ void MoveAway(FileDescriptor& descriptor) {
 }  // namespace
 
 void RunFinisher(const WorkerTask& task, const control::Database& database,
-                 const ProcessState& state, const Channel& worker_channel,
-                 pid_t supervisor) {
+                 const TrialOutcome& trial, const ProcessState& state,
+                 const Channel& worker_channel, pid_t supervisor) {
   try {
-    Finish(task, database, state, worker_channel, supervisor);
+    Finish(task, database, trial, state, worker_channel, supervisor);
   } catch (const std::bad_alloc&) {
     // There may be no channel yet to say so.
     _exit(kMemoryLost);

@@ -8,15 +8,18 @@
 #include "kit/confd/control/control.h"
 #include "kit/host/channel.h"
 #include "kit/host/process_state.h"
+#include "kit/host/schema_trial.h"
 #include "kit/host/worker.h"
 
 namespace kit::host {
 
 // Validates, compares and saves what `database` holds, over a channel that the
 // supervisor hands out through the worker's, and ends the process. To be called
-// in a process forked for it; `state` is from before the plug-in was loaded.
+// in a process forked for it; `state` is from before the plug-in was loaded,
+// and `trial` says how the plug-in does with the schemas the other way.
 [[noreturn]] void RunFinisher(const WorkerTask& task,
                               const control::Database& database,
+                              const TrialOutcome& trial,
                               const ProcessState& state,
                               const Channel& worker_channel, pid_t supervisor);
 

@@ -76,6 +76,8 @@ WorkerTask MakeTask(const RunOptions& options) {
                 options.namespace_hashes};
   task.named_modules = options.named_modules;
   task.format = options.format;
+  task.schemas_loaded = options.schemas_loaded;
+  task.timeout_s = options.timeout_s;
   task.send_calls = options.verbose;
   task.count_changes = !options.quiet;
   task.send_entries = options.diff;

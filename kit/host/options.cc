@@ -39,7 +39,8 @@ constexpr char kJsonKeys[] =
     "Keys of the --json report: config, plugin, result (of update),\n"
     "not_carried_over (path, value, reason), log (records of the plug-in),\n"
     "calls (total, by_function, last, open_cursors), changes (list, created,\n"
-    "changed, deleted), valid, violations (error, path, reason),\n"
+    "changed, deleted), valid, violations (error, path, reason), schemas\n"
+    "(loaded, matter, otherwise: what comes of the run the other way),\n"
     "plugin_output, exit_code, outcome, error (reason, details, advice, file,\n"
     "line, path), output, format; null is what does not apply or is not "
     "known.\n"
@@ -131,7 +132,8 @@ void AddFiles(CLI::App& run, RunOptions& options) {
 }
 
 void AddUpgrade(CLI::App& run, RunOptions& options,
-                std::vector<std::string>& namespaces, std::string& format) {
+                std::vector<std::string>& namespaces, std::string& format,
+                std::string& schemas) {
   run.add_option("--format", format,
                  "Format of the output; the input's by default")
       ->type_name("xml|json")
@@ -155,6 +157,12 @@ void AddUpgrade(CLI::App& run, RunOptions& options,
       ->type_name("MODULE=HASH")
       ->allow_extra_args(false)
       ->check(CheckNamespace);
+  run.add_option("--schemas", schemas,
+                 "Whether the plug-in finds ConfD's schemas loaded into its "
+                 "process, which is up to a device's upgrade framework; "
+                 "loaded by default")
+      ->type_name("loaded|none")
+      ->check(CLI::IsMember({"loaded", "none"}).description(""));
   run.add_option("--timeout", options.timeout_s,
                  "Give up when the plug-in, or any other step of the run "
                  "(reading, parsing, validating, comparing, saving), takes "
@@ -197,11 +205,12 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
   RunOptions options;
   std::vector<std::string> namespaces;
   std::string format;
+  std::string schemas;
   CLI::App* run =
       app.add_subcommand("run", "Run the plug-in on one configuration");
   run->footer(std::string(kExitCodes) + "\n\n" + kJsonKeys);
   AddFiles(*run, options);
-  AddUpgrade(*run, options, namespaces, format);
+  AddUpgrade(*run, options, namespaces, format, schemas);
   AddReport(*run, options);
 
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
@@ -222,6 +231,7 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
     options.format =
         format == "xml" ? control::Format::kXml : control::Format::kJson;
   }
+  options.schemas_loaded = schemas != "none";
   options.namespace_hashes = DeviceNamespaceHashes();
   for (const std::string& text : namespaces) {
     const auto hash = ParseNamespace(text);

@@ -26,6 +26,7 @@ struct RunOptions {
   std::optional<std::string> yang_after;
   std::map<std::string, uint32_t> namespace_hashes;  // by module name
   std::vector<std::string> named_modules;  // of them, those of the command line
+  bool schemas_loaded = true;
   double timeout_s = 60;  // of the plug-in and of each other step; 0: none
   std::optional<std::string> log;
   bool quiet = false;

@@ -104,4 +104,13 @@ SharedProgress MakeSharedProgress() {
   return SharedProgress(new (memory) Progress());
 }
 
+void MakePrivate(Progress& progress) {
+  void* memory = mmap(&progress, sizeof(Progress), PROT_READ | PROT_WRITE,
+                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+  if (memory == MAP_FAILED) {
+    throw std::system_error(errno, std::generic_category(), "mmap");
+  }
+  new (memory) Progress();
+}
+
 }  // namespace kit::host

@@ -93,6 +93,10 @@ using SharedProgress = std::unique_ptr<Progress, UnmapProgress>;
 // Throws std::system_error.
 SharedProgress MakeSharedProgress();
 
+// In a forked process that is not to write into it any more: it has an empty
+// one of its own in the same place then.
+void MakePrivate(Progress& progress);
+
 }  // namespace kit::host
 
 #endif  // KIT_HOST_PROGRESS_H_

@@ -24,6 +24,7 @@ auto Fields(ViolationMessage& m) {
   return std::tie(m.violation.error, m.violation.path, m.violation.reason);
 }
 auto Fields(ValidatedMessage&) { return std::tie(); }
+auto Fields(SchemasMessage& m) { return std::tie(m.effect, m.number); }
 auto Fields(ListTotals& m) {
   return std::tie(m.list, m.created, m.changed, m.deleted);
 }
@@ -87,6 +88,7 @@ constexpr control::Format Last(control::Format) {
 constexpr control::ChangeKind Last(control::ChangeKind) {
   return control::ChangeKind::kDeleted;
 }
+constexpr SchemaEffect Last(SchemaEffect) { return SchemaEffect::kOtherResult; }
 constexpr ExitCode Last(ExitCode) { return ExitCode::kInternal; }
 
 class Reader {

@@ -40,6 +40,20 @@ struct ViolationMessage {
   control::Violation violation;
 };
 struct ValidatedMessage {};
+// What would come of a successful run with the schemas the other way: loaded
+// where they were not, and not where they were.
+enum class SchemaEffect : uint32_t {
+  kNone,
+  kUnknown,      // something else, or not
+  kFails,        // update returns `number`
+  kDies,         // update does not return
+  kInvalid,      // the result breaks the new model in `number` places
+  kOtherResult,  // it differs, and is valid
+};
+struct SchemasMessage {
+  SchemaEffect effect;
+  int number;
+};
 struct ListTotals {
   std::string list;
   uint64_t created = 0;
@@ -60,7 +74,8 @@ struct DoneMessage {
 using Message =
     std::variant<PhaseMessage, InputMessage, LogMessage, CallMessage,
                  ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
-                 ListTotals, EntryMessage, FailureMessage, DoneMessage>;
+                 ListTotals, EntryMessage, FailureMessage, DoneMessage,
+                 SchemasMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

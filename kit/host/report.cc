@@ -146,6 +146,59 @@ void AppendLosses(const Report& report, bool all, std::string& text) {
   }
 }
 
+// What a device makes of it if its upgrade framework has the schemas the other
+// way; "" if nothing.
+std::string EffectOfSchemas(const SchemasMessage& schemas) {
+  switch (schemas.effect) {
+    case SchemaEffect::kNone:
+    case SchemaEffect::kUnknown:
+      return "";
+    case SchemaEffect::kFails:
+      return fmt::format(
+          "update returns {}, and the device gives the upgrade up",
+          schemas.number);
+    case SchemaEffect::kDies:
+      return "update does not return, and the device has no upgrade";
+    case SchemaEffect::kInvalid:
+      return fmt::format(
+          "the result breaks the new model in {}, and the device gives the "
+          "upgrade up",
+          Counted(static_cast<uint64_t>(schemas.number), "place", "places"));
+    case SchemaEffect::kOtherResult:
+      return "the device gets another configuration";
+  }
+  return "";
+}
+
+// Nothing where it makes no difference.
+void AppendSchemas(const Report& report, std::string& text) {
+  if (!report.schemas || report.schemas->effect == SchemaEffect::kNone) return;
+  const bool loaded = report.schemas_loaded;
+  const char* const here = loaded ? "loaded" : "not loaded";
+  if (report.schemas->effect == SchemaEffect::kUnknown) {
+    text += fmt::format(
+        "Schemas: {}, which the plug-in depends on; how it does otherwise was "
+        "not found out, --schemas {} shows it\n",
+        here, loaded ? "none" : "loaded");
+    return;
+  }
+  text += fmt::format("Schemas: {}; where the upgrade framework {} them, {}\n",
+                      here, loaded ? "does not load" : "loads",
+                      EffectOfSchemas(*report.schemas));
+}
+
+Json SchemasJson(const Report& report) {
+  Json matter;
+  Json effect;
+  if (report.schemas && report.schemas->effect != SchemaEffect::kUnknown) {
+    matter = report.schemas->effect != SchemaEffect::kNone;
+    if (matter) effect = EffectOfSchemas(*report.schemas);
+  }
+  return {{"loaded", report.schemas_loaded},
+          {"matter", std::move(matter)},
+          {"otherwise", std::move(effect)}};
+}
+
 Json LossesJson(const Report& report) {
   Json losses = Json::array();
   for (const control::Loss& loss : report.losses) {
@@ -313,6 +366,7 @@ std::string RenderText(const Report& report, const ReportView& view) {
     }
   }
   AppendValidation(report, text);
+  AppendSchemas(report, text);
   return text;
 }
 
@@ -340,6 +394,7 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"changes", ChangesJson(report)},
       {"valid", report.validated ? Json(report.violations.empty()) : Json()},
       {"violations", ViolationsJson(report)},
+      {"schemas", SchemasJson(report)},
       {"plugin_output", report.plugin_output}};
   if (view.diff) json["entries"] = EntriesJson(report);
   if (view.verbose) json["events"] = EventsJson(report);

@@ -22,6 +22,8 @@ struct Report {
   std::optional<int> result;
   uint64_t open_cursors = 0;          // left by the plug-in
   std::vector<control::Loss> losses;  // before the plug-in ran
+  bool schemas_loaded = true;
+  std::optional<SchemasMessage> schemas;  // after a success
   bool validated = false;
   std::vector<control::Violation> violations;
   bool compared = false;

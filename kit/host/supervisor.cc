@@ -105,8 +105,8 @@ bool MaySay(Speaker speaker, const Message& message) {
                      FailureMessage>(message);
     case Speaker::kFinisher:
       return IsAnyOf<PhaseMessage, ViolationMessage, ValidatedMessage,
-                     ListTotals, EntryMessage, FailureMessage, DoneMessage>(
-          message);
+                     SchemasMessage, ListTotals, EntryMessage, FailureMessage,
+                     DoneMessage>(message);
   }
   return false;
 }
@@ -157,6 +157,7 @@ class Supervisor {
         timer_(supervision.timeout_s) {
     report_.config = ConfigName(task.config);
     report_.plugin = task.plugin;
+    report_.schemas_loaded = task.schemas_loaded;
     AdoptDescendants();
   }
 
@@ -413,6 +414,7 @@ class Supervisor {
     report_.violations.push_back(std::move(message.violation));
   }
   void On(const ValidatedMessage&) { report_.validated = true; }
+  void On(const SchemasMessage& message) { report_.schemas = message; }
   void On(ListTotals& message) {
     report_.changes.push_back(std::move(message));
   }

@@ -8,13 +8,16 @@
 #include <unistd.h>
 #include <zqconfd_sink.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <typeinfo>
@@ -25,6 +28,7 @@
 #include "kit/host/finisher.h"
 #include "kit/host/process_state.h"
 #include "kit/host/protocol.h"
+#include "kit/host/schema_trial.h"
 #include "kit/host/text.h"
 
 namespace kit::host {
@@ -34,6 +38,7 @@ constexpr size_t kReadChunk = size_t{1} << 20;
 // Of a message that quotes the configuration, which may hold huge values.
 constexpr size_t kMaxQuote = 1000;
 
+using Clock = std::chrono::steady_clock;
 using UpdateFunction = int(int maapi_sock, int thandle, int cdb_sock);
 
 // Values are released without a word to the daemon, by the million, and only
@@ -258,7 +263,9 @@ class Worker {
 
   // One that the plug-in forked has no business here.
   void LeaveForkedProcess() const {
-    if (getpid() != self_) _exit(EXIT_FAILURE);
+    if (getpid() == self_) return;
+    if (trial_ && trial_->IsCopy()) trial_->EndAfterDeath();
+    _exit(EXIT_FAILURE);
   }
 
   control::Database Read() {
@@ -280,11 +287,16 @@ class Worker {
     zqconfd_set_sink(SendLogRecord, const_cast<Channel*>(&channel_));
     const CallRecorder recorder(channel_, progress_, task_.send_calls);
     Enter(Phase::kLoading);
+    loading_since_ = Clock::now();
     UpdateFunction* update = LoadPlugin(task_.plugin);
     const control::Handles handles = database.Attach();
-    control::SetSchemasLoaded(true);
     Enter(Phase::kUpdating);
+    trial_.emplace(task_.schemas_loaded, progress_, channel_.fd());
     const int result = CallUpdate(update, handles);
+    if (trial_->IsCopy()) {
+      trial_->EndAfterReturn(result, database,
+                             task_.format.value_or(database.input_format()));
+    }
     LeaveForkedProcess();
     try {
       HandOver(database, state, recorder.calls(), result);
@@ -302,7 +314,8 @@ class Worker {
     control::CloseCalls();
     ResultMessage message{result, calls, database.OpenCursors(), 0};
     if (result == 0) {
-      message.finisher = StartFinisher(database, state);
+      message.finisher =
+          StartFinisher(database, trial_->Wait(TimeForTrial()), state);
     } else {
       std::fflush(nullptr);
     }
@@ -330,14 +343,23 @@ class Worker {
     }
   }
 
+  // Half of what the plug-in has left.
+  std::chrono::milliseconds TimeForTrial() const {
+    using std::chrono::milliseconds;
+    if (task_.timeout_s == 0) return std::chrono::hours(1);
+    const std::chrono::duration<double> used = Clock::now() - loading_since_;
+    const double left = std::max(0.0, task_.timeout_s - used.count());
+    return milliseconds(static_cast<int64_t>(left * 1000 / 2));
+  }
+
   pid_t StartFinisher(const control::Database& database,
-                      const ProcessState& state) {
+                      const TrialOutcome& trial, const ProcessState& state) {
     const pid_t finisher = fork();
     if (finisher < 0) {
       throw std::system_error(errno, std::generic_category(), "fork");
     }
     if (finisher == 0) {
-      RunFinisher(task_, database, state, channel_, supervisor_);
+      RunFinisher(task_, database, trial, state, channel_, supervisor_);
     }
     // It must not be hit when the plug-in's group is killed.
     setpgid(finisher, finisher);
@@ -350,6 +372,8 @@ class Worker {
   pid_t supervisor_;
   pid_t self_ = getpid();
   Phase phase_ = Phase::kStarting;
+  Clock::time_point loading_since_;
+  std::optional<SchemaTrial> trial_;
 };
 
 }  // namespace

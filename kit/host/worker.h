@@ -25,6 +25,8 @@ struct WorkerTask {
   control::ModelSet after;
   std::vector<std::string> named_modules;  // that one of the sets has to have
   std::optional<control::Format> format;   // none: the input's
+  bool schemas_loaded = true;              // into the plug-in's process
+  double timeout_s = 60;                   // that the plug-in has; 0: no limit
   bool has_output = false;                 // otherwise the result is not saved
   bool send_calls = false;
   bool count_changes = false;

