@@ -31,6 +31,15 @@ std::string Printed(const confd_value_t& value) {
   return buf;
 }
 
+// The library makes the numbers of tags up from names: FNV-1a.
+uint32_t TagNumber(const char* name) {
+  uint32_t hash = 2166136261u;
+  for (; *name != '\0'; ++name) {
+    hash = (hash ^ static_cast<unsigned char>(*name)) * 16777619u;
+  }
+  return hash;
+}
+
 class TextPageTest : public CApiTest {
  protected:
   void SetUp() override {
@@ -47,6 +56,25 @@ class TextPageTest : public CApiTest {
     kit::control::SetSchemasLoaded(false);
   }
 
+  // /lists/pair{1 red}/note
+  confd_hkeypath_t PairNote() const {
+    confd_hkeypath_t path = {};
+    path.len = 4;
+    path.v[3][0] = TagOf("lists");
+    path.v[2][0] = TagOf("pair");
+    path.v[1][0] = Uint32(1);
+    path.v[1][1] = Enum(3);
+    CONFD_SET_NOEXISTS(&path.v[1][2]);
+    path.v[0][0] = TagOf("note");
+    return path;
+  }
+  // Of a node of the zoo.
+  static confd_value_t TagOf(const char* name) {
+    confd_value_t tag;
+    CONFD_SET_XMLTAG(&tag, TagNumber(name), kZoo);
+    return tag;
+  }
+
   // The key of the only entry of such a list.
   confd_value_t KeyOf(const std::string& list) const {
     maapi_cursor mc = {};
@@ -60,11 +88,11 @@ class TextPageTest : public CApiTest {
 };
 
 class ConfdLibLibPageText : public TextPageTest {};
-class ConfdTypesPage : public TextPageTest {};
+class ConfdTypesPageKeyPaths : public TextPageTest {};
 
 // ---- Schemas ----------------------------------------------------------------
 
-TEST_F(ConfdTypesPage, SchemasAreLoadedByACallNeverByThemselves) {
+TEST_F(ConfdTypesPageKeyPaths, SchemasAreLoadedByACallNeverByThemselves) {
   const confd_value_t blue = Enum(-2);
   EXPECT_EQ(Formatted("/lists/by-enum{%x}", &blue), "/lists/by-enum{enum<-2>}");
   EXPECT_EQ(Exists("/lists/by-enum{dark-blue}"), 1);
@@ -89,13 +117,13 @@ TEST_F(ConfdLibLibPageText, NobodyListensWithoutADatabase) {
   EXPECT_EQ(confd_errno, CONFD_ERR_OS);
 }
 
-TEST_F(ConfdTypesPage, SchemasTakeAMaapiSocket) {
+TEST_F(ConfdTypesPageKeyPaths, SchemasTakeAMaapiSocket) {
   EXPECT_EQ(Outcome(maapi_load_schemas(cdb_)), "NOSESSION");
   EXPECT_EQ(Outcome(maapi_load_schemas_list(-1, 0, nullptr, nullptr, 0)),
             "NOSESSION");
 }
 
-TEST_F(ConfdTypesPage, SchemasOfSomeNamespacesCanBeLoaded) {
+TEST_F(ConfdTypesPageKeyPaths, SchemasOfSomeNamespacesCanBeLoaded) {
   const confd_value_t blue = Enum(-2);
   const uint32_t hashes[] = {kAlpha, kZoo};
   ASSERT_EQ(maapi_load_schemas_list(maapi_, 0, hashes, nullptr, 1), CONFD_OK);
@@ -105,7 +133,7 @@ TEST_F(ConfdTypesPage, SchemasOfSomeNamespacesCanBeLoaded) {
             "/lists/by-enum{dark-blue}");
 }
 
-TEST_F(ConfdTypesPage, SchemasOfUnknownNamespacesCanNot) {
+TEST_F(ConfdTypesPageKeyPaths, SchemasOfUnknownNamespacesCanNot) {
   const confd_value_t blue = Enum(-2);
   const uint32_t hashes[] = {kZoo, 4711};
   const int flags[] = {0, 1};
@@ -120,7 +148,7 @@ TEST_F(ConfdTypesPage, SchemasOfUnknownNamespacesCanNot) {
 
 // ---- Text of keys -----------------------------------------------------------
 
-TEST_F(ConfdTypesPage, KeysHaveNamesWithSchemasInAbsolutePaths) {
+TEST_F(ConfdTypesPageKeyPaths, KeysHaveNamesWithSchemasInAbsolutePaths) {
   ASSERT_EQ(maapi_load_schemas(maapi_), CONFD_OK);
   const confd_value_t blue = Enum(-2);
   confd_value_t rights;
@@ -135,7 +163,7 @@ TEST_F(ConfdTypesPage, KeysHaveNamesWithSchemasInAbsolutePaths) {
             "/lists/by-enum{dark-blue}");
 }
 
-TEST_F(ConfdTypesPage, KeysHaveNoNamesWithoutSchemas) {
+TEST_F(ConfdTypesPageKeyPaths, KeysHaveNoNamesWithoutSchemas) {
   const confd_value_t blue = Enum(-2);
   confd_value_t rights;
   CONFD_SET_BIT32(&rights, 0x80000001);
@@ -147,14 +175,14 @@ TEST_F(ConfdTypesPage, KeysHaveNoNamesWithoutSchemas) {
             "/lists/by-kin{idref<" + std::to_string(bird.val.idref.id) + ">}");
 }
 
-TEST_F(ConfdTypesPage, RelativePathsNeverGetNames) {
+TEST_F(ConfdTypesPageKeyPaths, RelativePathsNeverGetNames) {
   ASSERT_EQ(maapi_load_schemas(maapi_), CONFD_OK);
   const confd_value_t blue = Enum(-2);
   EXPECT_EQ(Formatted("lists/by-enum{%x}", &blue), "lists/by-enum{enum<-2>}");
   EXPECT_EQ(Formatted("%x", &blue), "enum<-2>");
 }
 
-TEST_F(ConfdTypesPage, OtherKeysReadTheSameEitherWay) {
+TEST_F(ConfdTypesPageKeyPaths, OtherKeysReadTheSameEitherWay) {
   const confd_value_t keys[] = {Uint32(1), Str("a b"), Ipv4("10.0.0.1")};
   const char expected[] = "/object{1 \"a b\" 10.0.0.1}";
   EXPECT_EQ(Formatted("/object{%*x}", 3, keys), expected);
@@ -163,7 +191,7 @@ TEST_F(ConfdTypesPage, OtherKeysReadTheSameEitherWay) {
 }
 
 // In calls a value is itself, whatever was loaded.
-TEST_F(ConfdTypesPage, ValuesInCallsNeedNoSchemas) {
+TEST_F(ConfdTypesPageKeyPaths, ValuesInCallsNeedNoSchemas) {
   for (const char* list : {"by-enum", "by-kin", "by-bits", "by-ip4"}) {
     const confd_value_t key = KeyOf(std::string("/lists/") + list);
     EXPECT_EQ(maapi_exists(maapi_, th_, "/lists/%s{%x}", list, &key), 1);
@@ -172,7 +200,7 @@ TEST_F(ConfdTypesPage, ValuesInCallsNeedNoSchemas) {
 }
 
 // The text of one is no key.
-TEST_F(ConfdTypesPage, TextWithoutSchemasIsNoUsablePath) {
+TEST_F(ConfdTypesPageKeyPaths, TextWithoutSchemasIsNoUsablePath) {
   for (const char* list : {"by-enum", "by-kin", "by-bits"}) {
     const confd_value_t key = KeyOf(std::string("/lists/") + list);
     const std::string path = Formatted("/lists/%s{%x}", list, &key);
@@ -206,7 +234,7 @@ TEST_F(ConfdLibLibPageText, PpValueGoesByTheTag) {
   }
 }
 
-TEST_F(ConfdTypesPage, KeysThatNeedQuotesGetThem) {
+TEST_F(ConfdTypesPageKeyPaths, KeysThatNeedQuotesGetThem) {
   for (const char* text :
        {"", "a b", "a\nb", "a\tb", "a{", "a}", "a\"", "a\\"}) {
     const confd_value_t key = Str(text);
@@ -220,13 +248,13 @@ TEST_F(ConfdTypesPage, KeysThatNeedQuotesGetThem) {
 
 // ---- Directives -------------------------------------------------------------
 
-TEST_F(ConfdTypesPage, NumbersAndTextsAreDirectives) {
+TEST_F(ConfdTypesPageKeyPaths, NumbersAndTextsAreDirectives) {
   EXPECT_EQ(Formatted("/%s{%d %u}/%s", "a", -1, 4294967295u, "b{1}/c"),
             "/a{-1 4294967295}/b{1}/c");
   EXPECT_EQ(maapi_exists(maapi_, th_, "%s{%u}/%s", "/object", 3u, "id"), 1);
 }
 
-TEST_F(ConfdTypesPage, AddressDirectivesTakePointers) {
+TEST_F(ConfdTypesPageKeyPaths, AddressDirectivesTakePointers) {
   struct in_addr address;
   struct in6_addr address6;
   inet_pton(AF_INET, "127.0.0.1", &address);
@@ -236,17 +264,73 @@ TEST_F(ConfdTypesPage, AddressDirectivesTakePointers) {
   EXPECT_EQ(cdb_exists(cdb_, "/lists/by-ip6{%ip6}", &address6), 1);
 }
 
-TEST_F(ConfdTypesPage, BlanksBetweenCountedKeysComeByThemselves) {
+TEST_F(ConfdTypesPageKeyPaths, BlanksBetweenCountedKeysComeByThemselves) {
   const confd_value_t keys[] = {Uint32(1), Enum(3)};
   EXPECT_EQ(Formatted("{%*x}", 2, keys), "{1 enum<3>}");
   EXPECT_EQ(maapi_exists(maapi_, th_, "/lists/pair{%*x}", 2, keys), 1);
 }
 
-TEST_F(ConfdTypesPage, DirectivesMayStandOutsideBracesToo) {
+TEST_F(ConfdTypesPageKeyPaths, DirectivesMayStandOutsideBracesToo) {
   EXPECT_EQ(cdb_exists(cdb_, "/obj%s[%d]/i%s", "ect", 0, "d"), 1);
 }
 
-TEST_F(ConfdTypesPage, UnknownDirectivesAreBadPathsInCalls) {
+TEST_F(ConfdTypesPageKeyPaths, PathsBeginAFormat) {
+  ASSERT_EQ(maapi_load_schemas(maapi_), CONFD_OK);
+  const confd_hkeypath_t path = PairNote();
+  EXPECT_EQ(Formatted("%h", &path), "/lists/pair{1 red}/note");
+  EXPECT_EQ(Formatted("%*h", path.len - 1, &path), "/lists/pair{1 red}");
+  EXPECT_EQ(Formatted("%*h/%s", 3, &path, "b"), "/lists/pair{1 red}/b");
+  EXPECT_EQ(Formatted("%*h", 1, &path), "/lists");
+  EXPECT_EQ(maapi_exists(maapi_, th_, "%h", &path), 1);
+  EXPECT_EQ(cdb_exists(cdb_, "%*h/%s", 3, &path, "note"), 1);
+  EXPECT_EQ(cdb_num_instances(cdb_, "%*h", 2, &path), 1);
+}
+
+TEST_F(ConfdTypesPageKeyPaths, PathsOnlyBeginAFormat) {
+  const confd_hkeypath_t path = PairNote();
+  EXPECT_EQ(Outcome(maapi_exists(maapi_, th_, "/%h", &path)), "BADPATH");
+  EXPECT_EQ(Formatted("/a%h", &path), "/a%h");
+}
+
+TEST_F(ConfdTypesPageKeyPaths, PathsInCallsNeedNoSchemas) {
+  confd_hkeypath_t path = PairNote();
+  EXPECT_EQ(maapi_exists(maapi_, th_, "%h", &path), 1);
+  CONFD_SET_XMLTAG(&path.v[0][0], 4711, kZoo);
+  EXPECT_EQ(Outcome(maapi_exists(maapi_, th_, "%h", &path)), "BADPATH");
+  path = PairNote();
+  path.v[3][0].val.xmltag.ns = kAlpha;
+  EXPECT_EQ(Outcome(maapi_exists(maapi_, th_, "%h", &path)), "BADPATH");
+}
+
+TEST_F(ConfdLibLibPageText, PpKpathNeedsSchemas) {
+  const confd_hkeypath_t path = PairNote();
+  char buf[128];
+  const auto tag = [&](int i) { return "/" + Printed(path.v[i][0]); };
+  const std::string plain = tag(3) + tag(2) + "{1 enum<3>}" + tag(0);
+  EXPECT_EQ(tag(0).substr(0, 5), "/tag<");
+  EXPECT_EQ(confd_pp_kpath(buf, sizeof buf, &path),
+            static_cast<int>(plain.size()));
+  EXPECT_EQ(buf, plain);
+  ASSERT_EQ(maapi_load_schemas(maapi_), CONFD_OK);
+  EXPECT_EQ(confd_pp_kpath(buf, sizeof buf, &path), 23);
+  EXPECT_STREQ(buf, "/lists/pair{1 red}/note");
+  EXPECT_EQ(confd_pp_kpath(buf, 8, &path), 23);
+  EXPECT_STREQ(buf, "/lists/");
+  EXPECT_GE(confd_pp_kpath(buf, sizeof buf, nullptr), 0);
+}
+
+TEST_F(ConfdLibLibPageText, PpKpathLenPrintsTheFirstElements) {
+  ASSERT_EQ(maapi_load_schemas(maapi_), CONFD_OK);
+  const confd_hkeypath_t path = PairNote();
+  char buf[128];
+  EXPECT_EQ(confd_pp_kpath_len(buf, sizeof buf, &path, 3), 18);
+  EXPECT_STREQ(buf, "/lists/pair{1 red}");
+  EXPECT_EQ(confd_pp_kpath_len(buf, sizeof buf, &path, 2), 11);
+  EXPECT_STREQ(buf, "/lists/pair");
+  EXPECT_GE(confd_pp_kpath_len(buf, sizeof buf, &path, -1), 0);
+}
+
+TEST_F(ConfdTypesPageKeyPaths, UnknownDirectivesAreBadPathsInCalls) {
   for (const char* fmt : {"/object{%q}", "/object{%lu}", "/object{%3d}", "/%%",
                           "/object{%i}", "/object{%c}", "/object{%"}) {
     EXPECT_EQ(Outcome(maapi_exists(maapi_, th_, fmt)), "BADPATH") << fmt;

@@ -120,7 +120,7 @@ void Call::SetPath(const Scope& scope, const char* fmt, va_list args) {
   fmt_ = fmt;
   const ModelNames names = NamesOf(scope);
   has_path_ = CallHooks::Instance().wants_paths();
-  DraftKeyPath(fmt, args_, has_path_ ? &names : nullptr, scratch_->draft);
+  DraftKeyPath(fmt, args_, names, has_path_, scratch_->draft);
   if (has_path_) path_ = scratch_->draft.text;
 }
 

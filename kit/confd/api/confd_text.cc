@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdarg>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -40,6 +41,15 @@ int Format(const char* function, char* buf, int size, const Set& set) {
   return length < 0 ? Put("", buf, size) : length;
 }
 
+std::string TextOf(const char* fmt, ...) {
+  struct Arguments {
+    va_list list;
+    ~Arguments() { va_end(list); }
+  } arguments;
+  va_start(arguments.list, fmt);
+  return FormatText(fmt, arguments.list, LoadedNames());
+}
+
 }  // namespace
 
 extern "C" {
@@ -63,6 +73,18 @@ int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...) {
 int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v) {
   return Format("confd_pp_value", buf, bufsiz, [&](Call& call) {
     call.SetPath(v == nullptr ? "(null)" : PlainText(*v));
+  });
+}
+
+int confd_pp_kpath(char* buf, int bufsiz, const confd_hkeypath_t* hkeypath) {
+  return Format("confd_pp_kpath", buf, bufsiz,
+                [&](Call& call) { call.SetPath(TextOf("%h", hkeypath)); });
+}
+
+int confd_pp_kpath_len(char* buf, int bufsiz, const confd_hkeypath_t* hkeypath,
+                       int len) {
+  return Format("confd_pp_kpath_len", buf, bufsiz, [&](Call& call) {
+    call.SetPath(TextOf("%*h", len, hkeypath));
   });
 }
 

@@ -13,10 +13,12 @@ namespace {
 
 using store::SchemaNode;
 
-// The list that a path leads to, whatever the keys in it; null for none.
-const SchemaNode* FindList(const store::Schema& schema,
+// The node that a path leads to, whatever the keys in it; null for none. Throws
+// keypath::SyntaxError.
+const SchemaNode* FindNode(const store::Schema& schema,
                            const store::Module* selected,
                            std::string_view path) {
+  if (path.empty()) return &schema.root();
   if (const SchemaNode* node = FindSchemaNode(schema, selected, path)) {
     return node;
   }
@@ -39,7 +41,7 @@ std::optional<NamedKey> NameKey(const store::Schema& schema,
                                 std::string_view list_path, size_t key_index,
                                 const confd_value_t& value) {
   try {
-    const SchemaNode* list = FindList(schema, selected, list_path);
+    const SchemaNode* list = FindNode(schema, selected, list_path);
     if (list == nullptr || list->kind != store::NodeKind::kList ||
         key_index >= list->key_count) {
       return std::nullopt;
@@ -53,6 +55,24 @@ std::optional<NamedKey> NameKey(const store::Schema& schema,
     // The call that uses the path will say so.
     return std::nullopt;
   }
+}
+
+// Null for none.
+const SchemaNode* FindTag(const store::Schema& schema,
+                          const store::Module* selected, std::string_view path,
+                          const xml_tag& tag) {
+  try {
+    const SchemaNode* parent = FindNode(schema, selected, path);
+    if (parent == nullptr) return nullptr;
+    for (const auto& child : parent->children) {
+      if (TagOf(*child) == tag.tag && child->module->hash == tag.ns) {
+        return child.get();
+      }
+    }
+  } catch (const keypath::SyntaxError&) {
+    // Without names a path may be none.
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -77,6 +97,26 @@ std::optional<std::string> LoadedNames::KeyText(
     loaded.NoteDependence(key->module->hash);
     if (!loaded.Has(key->module->hash)) return std::nullopt;
     return std::move(key->text);
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> ModelNames::NodeName(std::string_view path,
+                                                const xml_tag& tag) const {
+  const SchemaNode* node = FindTag(schema_, selected_, path, tag);
+  if (node == nullptr) return std::nullopt;
+  return node->PathName();
+}
+
+std::optional<std::string> LoadedNames::NodeName(std::string_view path,
+                                                 const xml_tag& tag) const {
+  auto& loaded = store::LoadedSchemas::Instance();
+  for (const store::Data* data : store::Sessions::Instance().AttachedData()) {
+    const SchemaNode* node = FindTag(data->schema(), nullptr, path, tag);
+    if (node == nullptr) continue;
+    loaded.NoteDependence(tag.ns);
+    if (!loaded.Has(tag.ns)) return std::nullopt;
+    return node->PathName();
   }
   return std::nullopt;
 }

@@ -22,6 +22,8 @@ class ModelNames : public Names {
   std::optional<std::string> KeyText(std::string_view list_path,
                                      size_t key_index,
                                      const confd_value_t& value) const override;
+  std::optional<std::string> NodeName(std::string_view path,
+                                      const xml_tag& tag) const override;
 
  private:
   const store::Schema& schema_;
@@ -36,6 +38,8 @@ class LoadedNames : public Names {
   std::optional<std::string> KeyText(std::string_view list_path,
                                      size_t key_index,
                                      const confd_value_t& value) const override;
+  std::optional<std::string> NodeName(std::string_view path,
+                                      const xml_tag& tag) const override;
 };
 
 }  // namespace kit::api

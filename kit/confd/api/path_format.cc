@@ -75,6 +75,8 @@ enum class Conversion {
   kIpv6,
   kValue,
   kValues,
+  kPath,
+  kPathFromTop,
   kUnknown,
   kEnd,  // behind the last text
 };
@@ -89,7 +91,11 @@ constexpr Directive kDirectives[] = {
     {"s", Conversion::kText},   {"ip4", Conversion::kIpv4},
     {"ip6", Conversion::kIpv6}, {"x", Conversion::kValue},
     {"*x", Conversion::kValues}};
-constexpr char kKnown[] = "one of the directives %d %u %s %ip4 %ip6 %x %*x";
+// At the beginning of a format only.
+constexpr Directive kFirstDirectives[] = {{"h", Conversion::kPath},
+                                          {"*h", Conversion::kPathFromTop}};
+constexpr char kKnown[] =
+    "one of the directives %d %u %s %ip4 %ip6 %x %*x, or %h or %*h at first";
 
 // What a format says at one place: some text, and what to do behind it.
 struct Piece {
@@ -122,14 +128,27 @@ class ParsedFormat {
     piece.at = percent;
     pos_ = percent;
     if (percent == fmt.size()) return piece;
-    const Directive directive = FindDirective(fmt.substr(percent + 1));
+    const Directive directive =
+        FindDirective(fmt.substr(percent + 1), percent == 0);
     piece.conversion = directive.conversion;
     piece.directive = fmt.substr(percent, 1 + directive.text.size());
     pos_ += piece.directive.size();
     return piece;
   }
 
-  static Directive FindDirective(std::string_view rest) {
+  static Directive FindDirective(std::string_view rest, bool is_first) {
+    if (is_first) {
+      for (const Directive& known : kFirstDirectives) {
+        const size_t size = known.text.size();
+        // A path ends there or goes on with a step or a selector: "%hd" is
+        // something else.
+        if (rest.substr(0, size) == known.text &&
+            (rest.size() == size || std::string_view("/{[%").find(rest[size]) !=
+                                        std::string_view::npos)) {
+          return known;
+        }
+      }
+    }
     for (const Directive& known : kDirectives) {
       if (rest.substr(0, known.text.size()) == known.text) return known;
     }
@@ -168,13 +187,13 @@ enum class Purpose {
 
 class Formatter {
  public:
-  // Without names values are not written.
-  Formatter(const ParsedFormat& format, va_list args, const Names* names,
-            Purpose purpose, std::string& out,
+  Formatter(const ParsedFormat& format, va_list args, const Names& names,
+            Purpose purpose, bool write_values, std::string& out,
             std::vector<PathDraft::Slot>* slots)
       : format_(format),
         names_(names),
         is_text_(purpose == Purpose::kText),
+        writes_values_(write_values),
         out_(out),
         slots_(slots) {
     va_copy(args_, args);
@@ -214,6 +233,10 @@ class Formatter {
         return ConvertValues(1);
       case Conversion::kValues:
         return ConvertValues(va_arg(args_, int));
+      case Conversion::kPath:
+        return ConvertPath(std::nullopt);
+      case Conversion::kPathFromTop:
+        return ConvertPath(va_arg(args_, int));
       case Conversion::kUnknown:
         if (!is_text_) Fail(kKnown);
         out_.append(piece.directive);
@@ -256,9 +279,40 @@ class Formatter {
     }
   }
 
+  // All of a path, or so many elements.
+  void ConvertPath(std::optional<int> count) {
+    const auto* path = va_arg(args_, const confd_hkeypath_t*);
+    if (!Require(path, "a path pointer other than NULL")) return;
+    const int size = std::clamp(path->len, 0, MAXDEPTH);
+    const int taken = std::clamp(count.value_or(size), 0, size);
+    if (!is_text_ && (path->len != size || count.value_or(size) != taken)) {
+      Fail("a path of that length");
+    }
+    for (int i = size - 1; i >= size - taken; --i) AppendElement(path->v[i]);
+    if (taken == 0) out_.push_back('/');
+  }
+
+  void AppendElement(const confd_value_t (&element)[MAXKEYLEN]) {
+    if (element[0].type == C_XMLTAG) {
+      const auto name = names_.NodeName(out_, element[0].val.xmltag);
+      if (!name && !is_text_) Fail("a path of the model");
+      out_.push_back('/');
+      out_.append(name ? *name : PlainText(element[0]));
+      return;
+    }
+    char separator = '{';
+    for (const confd_value_t& key : element) {
+      if (key.type == C_NOEXISTS) break;
+      out_.push_back(separator);
+      AppendValue(key);
+      separator = ' ';
+    }
+    out_.push_back('}');
+  }
+
   void AppendValue(const confd_value_t& value) {
     const size_t begin = out_.size();
-    if (names_ != nullptr) {
+    if (writes_values_) {
       WriteValue(value);
     } else {
       out_.push_back('?');
@@ -282,15 +336,16 @@ class Formatter {
   bool AppendNamed(const confd_value_t& value) {
     const auto key = FindOpenKey(out_);
     if (!key) return false;
-    const auto text = names_->KeyText(key->list_path, key->index, value);
+    const auto text = names_.KeyText(key->list_path, key->index, value);
     if (!text) return false;
     keypath::AppendQuotedKey(&out_, *text);
     return true;
   }
 
   const ParsedFormat& format_;
-  const Names* names_;
+  const Names& names_;
   const bool is_text_;
+  const bool writes_values_;
   va_list args_;
   size_t directive_at_ = 0;  // its '%'
   std::string& out_;
@@ -306,19 +361,21 @@ const ParsedFormat& Require(const char* fmt) {
 
 std::string FormatKeyPath(const char* fmt, va_list args, const Names& names) {
   std::string path;
-  Formatter(Require(fmt), args, &names, Purpose::kCall, path, nullptr).Run();
+  Formatter(Require(fmt), args, names, Purpose::kCall, true, path, nullptr)
+      .Run();
   return path;
 }
 
 std::string FormatText(const char* fmt, va_list args, const Names& names) {
   std::string text;
   if (fmt == nullptr) return text;
-  Formatter(Parsed(fmt), args, &names, Purpose::kText, text, nullptr).Run();
+  Formatter(Parsed(fmt), args, names, Purpose::kText, true, text, nullptr)
+      .Run();
   return text;
 }
 
-void DraftKeyPath(const char* fmt, va_list args, const Names* names,
-                  PathDraft& draft) {
+void DraftKeyPath(const char* fmt, va_list args, const Names& names,
+                  bool write_values, PathDraft& draft) {
   draft.values.clear();
   // Programs that put paths together by themselves hand in another one each
   // time: there is nothing to parse in it, and nothing to remember.
@@ -327,7 +384,7 @@ void DraftKeyPath(const char* fmt, va_list args, const Names* names,
     return;
   }
   draft.text.clear();
-  Formatter(Require(fmt), args, names, Purpose::kCall, draft.text,
+  Formatter(Require(fmt), args, names, Purpose::kCall, write_values, draft.text,
             &draft.values)
       .Run();
 }

@@ -23,15 +23,23 @@ class Names {
   virtual std::optional<std::string> KeyText(
       std::string_view list_path, size_t key_index,
       const confd_value_t& value) const = 0;
+  // How a path goes on from `path` ("" is the root) to the node of a tag;
+  // nullopt: unknown.
+  virtual std::optional<std::string> NodeName(std::string_view path,
+                                              const xml_tag& tag) const = 0;
 };
 
-// Formats a key path of any length. Directives, which may stand anywhere:
+// Formats a key path of any length. Directives, which may stand anywhere but
+// for the last two, which only begin a format:
 //
 //   %d %u %s     int, unsigned int, a decimal number; char *, unquoted, so that
 //                it may hold path syntax
 //   %ip4 %ip6    struct in_addr *, struct in6_addr *: the address
 //   %x           const confd_value_t *, in key form
 //   %*x          int count, const confd_value_t *array: blank-separated
+//   %h           const confd_hkeypath_t *: that path
+//   %*h          int count, const confd_hkeypath_t *: so much of it, from the
+//   top
 //
 // Leaves `args` of the caller untouched.
 //
@@ -56,10 +64,11 @@ struct PathDraft {
   std::vector<Slot> values;
 };
 
-// The same as FormatKeyPath with names. Without them the values are not looked
-// at, and a character stands in for each. A draft may be used again.
-void DraftKeyPath(const char* fmt, va_list args, const Names* names,
-                  PathDraft& draft);
+// The same as FormatKeyPath, unless the values need not be written: then they
+// are not looked at, and a character stands in for each. A draft may be used
+// again.
+void DraftKeyPath(const char* fmt, va_list args, const Names& names,
+                  bool write_values, PathDraft& draft);
 
 }  // namespace kit::api
 

@@ -424,7 +424,9 @@ CONFD_KIT_EXPORT int confd_load_schemas(const struct sockaddr *srv, int srv_sz);
 /*
  * Formats a key path. Directives: %d int, %u unsigned int, %s char *, %ip4
  * struct in_addr *, %ip6 struct in6_addr *, %x confd_value_t *, %*x int and
- * that many values, printed blank-separated. Others stand as they are.
+ * that many values, printed blank-separated; at the beginning %h
+ * confd_hkeypath_t *, %*h int and so many elements of that path from the top.
+ * Others stand as they are.
  *
  * In an absolute path and with loaded schemas %x prints enumerations, bits and
  * identities by name, otherwise as confd_pp_value does; keys that need quotes
@@ -441,6 +443,13 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int bufsiz,
  */
 CONFD_KIT_EXPORT int confd_pp_value(char *buf, int bufsiz,
                                     const confd_value_t *v);
+
+/* Print a path, or its first len elements; needs schemas for its names. */
+CONFD_KIT_EXPORT int confd_pp_kpath(char *buf, int bufsiz,
+                                    const confd_hkeypath_t *hkeypath);
+CONFD_KIT_EXPORT int confd_pp_kpath_len(char *buf, int bufsiz,
+                                        const confd_hkeypath_t *hkeypath,
+                                        int len);
 
 /* ---- Accessors --------------------------------------------------------- */
 

@@ -40,6 +40,10 @@ class NoNames : public Names {
                                      const confd_value_t&) const override {
     return std::nullopt;
   }
+  std::optional<std::string> NodeName(std::string_view,
+                                      const xml_tag&) const override {
+    return std::nullopt;
+  }
 };
 
 template <typename... Args>
@@ -131,6 +135,12 @@ class Recorder : public Names {
     return name_;
   }
 
+  std::optional<std::string> NodeName(std::string_view path,
+                                      const xml_tag& tag) const override {
+    calls.push_back(std::string(path) + "/" + std::to_string(tag.tag));
+    return "node" + std::to_string(tag.tag);
+  }
+
   mutable std::vector<std::string> calls;
 
  private:
@@ -201,27 +211,25 @@ TEST(PathFormat, ReadsAFormatAgainThatChangedInItsPlace) {
   EXPECT_EQ(Fmt(fmt), "/b/");
 }
 
-PathDraft Draft(const Names* names, const char* fmt, ...) {
+PathDraft Draft(bool write_values, const char* fmt, ...) {
   PathDraft draft;
   va_list args;
   va_start(args, fmt);
-  DraftKeyPath(fmt, args, names, draft);
+  DraftKeyPath(fmt, args, NoNames(), write_values, draft);
   va_end(args);
   return draft;
 }
 
 TEST(PathFormat, ADraftSaysWhereItsValuesStand) {
   const confd_value_t keys[] = {Uint32(7), Uint32(12)};
-  const NoNames names;
-  for (const Names* one : {static_cast<const Names*>(&names),
-                           static_cast<const Names*>(nullptr)}) {
-    const PathDraft draft = Draft(one, "%s{%*x}/%s", "/l", 2, keys, "leaf");
-    EXPECT_EQ(draft.text, one != nullptr ? "/l{7 12}/leaf" : "/l{? ?}/leaf");
+  for (const bool written : {true, false}) {
+    const PathDraft draft = Draft(written, "%s{%*x}/%s", "/l", 2, keys, "leaf");
+    EXPECT_EQ(draft.text, written ? "/l{7 12}/leaf" : "/l{? ?}/leaf");
     ASSERT_EQ(draft.values.size(), 2u);
     EXPECT_EQ(draft.values[0].begin, 3u);
     EXPECT_EQ(draft.values[0].end, 4u);
     EXPECT_EQ(draft.values[1].begin, 5u);
-    EXPECT_EQ(draft.values[1].end, one != nullptr ? 7u : 6u);
+    EXPECT_EQ(draft.values[1].end, written ? 7u : 6u);
     EXPECT_EQ(draft.values[1].value, &keys[1]);
   }
 }
@@ -279,6 +287,70 @@ TEST(PathFormat, RejectsValuesThatCannotBeKeys) {
   const confd_value_t keys[] = {one, absent};
   EXPECT_THROW(Fmt("/a{%*x}", 2, keys), SyntaxError);
   EXPECT_THROW(Fmt("/a{%*x}", -1, keys), SyntaxError);
+}
+
+// /1/2{7 5}/3
+confd_hkeypath_t Hkeypath() {
+  confd_hkeypath_t path = {};
+  path.len = 4;
+  CONFD_SET_XMLTAG(&path.v[3][0], 1, 9);
+  CONFD_SET_XMLTAG(&path.v[2][0], 2, 9);
+  path.v[1][0] = Uint32(7);
+  path.v[1][1] = Uint32(5);
+  CONFD_SET_NOEXISTS(&path.v[1][2]);
+  CONFD_SET_XMLTAG(&path.v[0][0], 3, 9);
+  return path;
+}
+
+TEST(PathFormat, WritesPathsFromTheTop) {
+  const confd_hkeypath_t path = Hkeypath();
+  const Recorder names("on");
+  EXPECT_EQ(FormatNamed(names, "%h", &path), "/node1/node2{7 5}/node3");
+  EXPECT_EQ(names.calls, (std::vector<std::string>{"/1", "/node1/2",
+                                                   "/node1/node2{7 5}/3"}));
+  EXPECT_EQ(FormatNamed(names, "%h/%s", &path, "x"),
+            "/node1/node2{7 5}/node3/x");
+  EXPECT_EQ(FormatNamed(names, "%*h", 3, &path), "/node1/node2{7 5}");
+  EXPECT_EQ(FormatNamed(names, "%*h{%d}", 2, &path, 4), "/node1/node2{4}");
+  EXPECT_EQ(FormatNamed(names, "%*h", 0, &path), "/");
+}
+
+TEST(PathFormat, KeysOfPathsAreValuesOfADraft) {
+  const confd_hkeypath_t path = Hkeypath();
+  PathDraft draft;
+  const auto make = [&](const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    DraftKeyPath(fmt, args, Recorder("on"), false, draft);
+    va_end(args);
+  };
+  make("%h", &path);
+  EXPECT_EQ(draft.text, "/node1/node2{? ?}/node3");
+  ASSERT_EQ(draft.values.size(), 2u);
+  EXPECT_EQ(draft.values[1].value, &path.v[1][1]);
+}
+
+TEST(PathFormat, PathsOnlyBeginAFormat) {
+  confd_hkeypath_t path = Hkeypath();
+  const Recorder names("on");
+  for (const char* fmt : {"/a%h", " %h", "%hd", "%hx", "%hh", "%*hd", "/%*h"}) {
+    EXPECT_THROW(FormatNamed(names, fmt, 1, &path), SyntaxError) << fmt;
+    EXPECT_EQ(FormatNamedText(names, fmt, 1, &path)[0], fmt[0]) << fmt;
+  }
+}
+
+TEST(PathFormat, RejectsPathsOfNoLength) {
+  confd_hkeypath_t path = Hkeypath();
+  const Recorder names("on");
+  const confd_hkeypath_t* const none = nullptr;
+  EXPECT_THROW(FormatNamed(names, "%h", none), SyntaxError);
+  EXPECT_THROW(FormatNamed(names, "%*h", 5, &path), SyntaxError);
+  EXPECT_THROW(FormatNamed(names, "%*h", -1, &path), SyntaxError);
+  EXPECT_THROW(FormatNamed(NoNames(), "%h", &path), SyntaxError);
+  EXPECT_EQ(Text("%*h", 5, &path), "/tag<1>/tag<2>{7 5}/tag<3>");
+  EXPECT_EQ(Text("%*h", -1, &path), "/");
+  path.len = MAXDEPTH + 1;
+  EXPECT_THROW(FormatNamed(names, "%h", &path), SyntaxError);
 }
 
 TEST(PathFormat, TextTakesWhatCallsReject) {
