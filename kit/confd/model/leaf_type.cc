@@ -879,6 +879,13 @@ std::string LeafType::PrintForPrograms(const Value& value) const {
                                                          : text;
 }
 
+Value LeafType::ParseForPrograms(std::string_view text) const {
+  const bool is_identity = RowOf(value_type_).text == TextForm::kIdentity;
+  const auto identity =
+      is_identity ? FindPrefixed(text) : std::optional<std::string>();
+  return identity ? ParseCanonical(*identity) : Parse(text);
+}
+
 Value LeafType::Check(Value value) const {
   if (!members_.empty()) return CheckMember(value);
   if (value.type() != value_type_) {
@@ -906,14 +913,13 @@ Value LeafType::WithFractionDigits(const Value& value) const {
   return Value::Number(value_type_, value.bits(), fraction_digits_);
 }
 
-std::optional<std::string> LeafType::EnumName(int32_t number) const {
+const std::string* LeafType::EnumName(int32_t number) const {
   for (const LeafType& member : members_) {
-    if (auto name = member.EnumName(number)) return name;
+    if (const std::string* name = member.EnumName(number)) return name;
   }
-  if (value_type_ != ValueType::kEnum) return std::nullopt;
-  auto it = names_.names.find(number);
-  if (it == names_.names.end()) return std::nullopt;
-  return it->second;
+  if (value_type_ != ValueType::kEnum) return nullptr;
+  const auto it = names_.names.find(number);
+  return it == names_.names.end() ? nullptr : &it->second;
 }
 
 }  // namespace kit::store

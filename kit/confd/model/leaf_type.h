@@ -70,8 +70,12 @@ class LeafType {
   // its name.
   std::string PrintForPrograms(const Value& value) const;
 
-  // The name of an enum constant, of a union's first member that has it.
-  std::optional<std::string> EnumName(int32_t number) const;
+  // The reverse. Throws Error with kBadType.
+  Value ParseForPrograms(std::string_view text) const;
+
+  // The name of an enum constant, of a union's first member that has it; null
+  // for none.
+  const std::string* EnumName(int32_t number) const;
 
   // The number of digits behind the point of a decimal64; 0: another type.
   uint8_t fraction_digits() const { return fraction_digits_; }

@@ -73,9 +73,10 @@ void Schema::ContextDeleter::operator()(ly_ctx* context) const {
 }
 
 Schema::Schema(const std::filesystem::path& directory,
-               const LeafType::NamespaceHashes& hashes)
-    : serial_(NewSerial()), hashes_(hashes) {
-  LoadModules(directory);
+               const LeafType::NamespaceHashes& hashes,
+               const std::string& extra_module)
+    : serial_(NewSerial()), directory_(directory), hashes_(hashes) {
+  LoadModules(extra_module);
   KeepDatesAsText(context_.get());
 
   root_.kind = NodeKind::kRoot;
@@ -94,8 +95,8 @@ Schema::Schema(const std::filesystem::path& directory,
 
 Schema::~Schema() = default;
 
-void Schema::LoadModules(const std::filesystem::path& directory) {
-  const ModuleFolder folder(directory);
+void Schema::LoadModules(const std::string& extra_module) {
+  const ModuleFolder folder(directory_);
   const LibyangMemory memory;
   ly_ctx* context = nullptr;
   LY_ERR result = ly_ctx_new(nullptr,
@@ -124,6 +125,11 @@ void Schema::LoadModules(const std::filesystem::path& directory) {
       throw SchemaError(file.path.string() + ": " + FirstMessage(context));
     }
   }
+  if (!extra_module.empty()) {
+    result = lys_parse_mem(context, extra_module.c_str(), LYS_IN_YANG, nullptr);
+    memory.Require(result);
+    if (result != LY_SUCCESS) throw SchemaError(FirstMessage(context));
+  }
   ly_ctx_set_module_imp_clb(context, nullptr, nullptr);
 }
 
@@ -135,7 +141,7 @@ const Module* Schema::ModuleOf(const lys_module* compiled) {
   uint32_t hash =
       known != hashes_.end() ? known->second : NameHash(compiled->ns);
   modules_.push_back(std::make_unique<Module>(
-      Module{compiled->name, compiled->prefix, hash, compiled}));
+      Module{compiled->name, compiled->prefix, compiled->ns, hash, compiled}));
   return modules_.back().get();
 }
 

@@ -46,6 +46,7 @@ constexpr size_t kMaxKeys = 9;
 struct Module {
   std::string name;
   std::string prefix;
+  std::string ns;
   uint32_t hash;  // of its namespace
   const lys_module* compiled;
 };
@@ -125,13 +126,20 @@ class Schema {
  public:
   // Loads every YANG module of a folder, and nothing from elsewhere but what
   // libyang brings. Throws SchemaError.
+  // `extra_module`, if any, is the text of one more.
   Schema(const std::filesystem::path& directory,
-         const LeafType::NamespaceHashes& hashes);
+         const LeafType::NamespaceHashes& hashes,
+         const std::string& extra_module = "");
   ~Schema();
   Schema(const Schema&) = delete;
   Schema& operator=(const Schema&) = delete;
 
   const SchemaNode& root() const { return root_; }
+  const std::filesystem::path& directory() const { return directory_; }
+  const LeafType::NamespaceHashes& hashes() const { return hashes_; }
+  const std::vector<std::unique_ptr<Module>>& modules() const {
+    return modules_;
+  }
   // No other schema of this process has or had it.
   uint64_t serial() const { return serial_; }
   ly_ctx* context() const { return context_.get(); }
@@ -160,7 +168,7 @@ class Schema {
     void operator()(ly_ctx* context) const;
   };
 
-  void LoadModules(const std::filesystem::path& directory);
+  void LoadModules(const std::string& extra_module);
   void AddChildren(const lysc_node* first, SchemaNode& parent);
   // `choices` are those that stand where the node does.
   void AddNode(const lysc_node* compiled, SchemaNode& parent,
@@ -174,6 +182,7 @@ class Schema {
   const Module* ModuleOf(const lys_module* compiled);
 
   const uint64_t serial_;
+  const std::filesystem::path directory_;
   LeafType::NamespaceHashes hashes_;
   std::unique_ptr<ly_ctx, ContextDeleter> context_;
   std::set<std::string> brought_;  // modules that libyang has by itself

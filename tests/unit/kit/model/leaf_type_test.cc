@@ -335,10 +335,10 @@ TEST(LeafType, ProgramsReadIdentitiesWithTheirModulesPrefix) {
 }
 
 TEST(LeafType, NamesEnums) {
-  EXPECT_EQ(TypeOf("enum").EnumName(-2), "dark-blue");
-  EXPECT_EQ(TypeOf("enum").EnumName(2), std::nullopt);
-  EXPECT_EQ(TypeOf("u8").EnumName(1), std::nullopt);
-  EXPECT_EQ(TypeOf("mixed").EnumName(0), "none");
+  EXPECT_EQ(*TypeOf("enum").EnumName(-2), "dark-blue");
+  EXPECT_EQ(TypeOf("enum").EnumName(2), nullptr);
+  EXPECT_EQ(TypeOf("u8").EnumName(1), nullptr);
+  EXPECT_EQ(*TypeOf("mixed").EnumName(0), "none");
 }
 
 TEST(LeafType, TellsItsValueTypeButForUnions) {

@@ -1,0 +1,52 @@
+#include "kit/confd/model/named_types.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace kit::store {
+namespace {
+
+// What stands in a model must not end up as something else there.
+bool IsIdentifier(std::string_view name) {
+  return !name.empty() && name.find_first_not_of(
+                              "abcdefghijklmnopqrstuvwxyz"
+                              "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                              "0123456789_-.") == std::string_view::npos;
+}
+
+std::string ModuleWithLeaf(const Module* module, const std::string& name) {
+  std::string text =
+      "module kit-named-type {\n"
+      "  yang-version 1.1;\n"
+      "  namespace \"urn:kit:named-type\";\n"
+      "  prefix kit-named-type;\n";
+  if (module != nullptr) {
+    text += "  import " + module->name + " { prefix of; }\n";
+  }
+  return text + "  leaf kit-named-type { type " +
+         (module != nullptr ? "of:" : "") + name + "; }\n}\n";
+}
+
+}  // namespace
+
+const LeafType* NamedTypes::Find(const Module* module,
+                                 const std::string& name) {
+  const auto [place, is_new] = compiled_.try_emplace({module, name});
+  if (is_new) place->second = Compile(module, name);
+  if (place->second == nullptr) return nullptr;
+  return Schema::OnlyChild(place->second->root(), "kit-named-type")->type.get();
+}
+
+std::unique_ptr<Schema> NamedTypes::Compile(const Module* module,
+                                            const std::string& name) const {
+  if (!IsIdentifier(name)) return nullptr;
+  try {
+    return std::make_unique<Schema>(schema_.directory(), schema_.hashes(),
+                                    ModuleWithLeaf(module, name));
+  } catch (const SchemaError&) {
+    // No such type, or one that means something only where it is used.
+    return nullptr;
+  }
+}
+
+}  // namespace kit::store
