@@ -1,44 +1,32 @@
 // Text for programs: formatted paths and values.
 #include <confd_lib.h>
 
-#include <algorithm>
-#include <climits>
 #include <cstdarg>
-#include <cstddef>
-#include <cstring>
 #include <string>
-#include <utility>
 
 #include "kit/confd/api/call.h"
 #include "kit/confd/api/key_names.h"
 #include "kit/confd/api/path_format.h"
 #include "kit/confd/api/plain_text.h"
+#include "kit/confd/api/put_text.h"
 
 using kit::api::Call;
 using kit::api::FormatText;
 using kit::api::LoadedNames;
 using kit::api::PlainText;
+using kit::api::PutText;
 using kit::api::RunCall;
 
 namespace {
-
-// Writes what fits, with a NUL; the length that was needed without it.
-int Put(const std::string& text, char* buf, int size) {
-  if (buf != nullptr && size > 0) {
-    const size_t count = std::min(text.size(), static_cast<size_t>(size) - 1);
-    std::memcpy(buf, text.data(), count);
-    buf[count] = '\0';
-  }
-  return static_cast<int>(std::min(text.size(), size_t{INT_MAX}));
-}
 
 // A call that has no error to give: where it comes to nothing, so does the
 // text. `set(call)` makes the text the call's path.
 template <typename Set>
 int Format(const char* function, char* buf, int size, const Set& set) {
-  const int length = RunCall(
-      function, set, [&](Call& call) { return Put(call.path(), buf, size); });
-  return length < 0 ? Put("", buf, size) : length;
+  const int length = RunCall(function, set, [&](Call& call) {
+    return PutText(call.path(), buf, size);
+  });
+  return length < 0 ? PutText("", buf, size) : length;
 }
 
 std::string TextOf(const char* fmt, ...) {

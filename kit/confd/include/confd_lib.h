@@ -412,6 +412,36 @@ CONFD_KIT_EXPORT int confd_svcmp(const char *s, const confd_value_t *v);
 struct sockaddr;
 CONFD_KIT_EXPORT int confd_load_schemas(const struct sockaddr *srv, int srv_sz);
 
+/*
+ * Parts of loaded schemas, which die with the next loading. What is unknown, or
+ * whose schema is not loaded, is NULL, or 0 where a number is asked for.
+ */
+struct confd_type;
+struct confd_cs_node;
+
+/* The name of a node, or a namespace, and the number that it has in values. */
+CONFD_KIT_EXPORT char *confd_hash2str(uint32_t hash);
+CONFD_KIT_EXPORT uint32_t confd_str2hash(const char *str);
+CONFD_KIT_EXPORT char *confd_ns2prefix(uint32_t ns);
+
+/*
+ * A typedef of a namespace; with nshash 0 a built-in type that needs nothing
+ * said besides its name.
+ */
+CONFD_KIT_EXPORT struct confd_type *confd_find_ns_type(uint32_t nshash,
+                                                       const char *name);
+/*
+ * The node that a path leads to, from start if it is relative; keys and
+ * positions do not count. BADPATH.
+ */
+CONFD_KIT_EXPORT struct confd_cs_node *confd_cs_node_cd(
+    const struct confd_cs_node *start, const char *fmt, ...);
+/* The most elements that its value array can have. */
+CONFD_KIT_EXPORT int confd_max_object_size(struct confd_cs_node *object);
+/* 0: not a decimal64. */
+CONFD_KIT_EXPORT int confd_get_decimal64_fraction_digits(
+    struct confd_type *type);
+
 /* ---- Text --------------------------------------------------------------- */
 
 /*
@@ -450,6 +480,20 @@ CONFD_KIT_EXPORT int confd_pp_kpath(char *buf, int bufsiz,
 CONFD_KIT_EXPORT int confd_pp_kpath_len(char *buf, int bufsiz,
                                         const confd_hkeypath_t *hkeypath,
                                         int len);
+
+/*
+ * Between a value and its text, as a type has it. CONFD_ERR: not of the type.
+ * confd_val2str is a formatter otherwise; what confd_str2val allocates is
+ * released with confd_free_value.
+ */
+CONFD_KIT_EXPORT int confd_val2str(struct confd_type *type,
+                                   const confd_value_t *val, char *buf,
+                                   int bufsiz);
+CONFD_KIT_EXPORT int confd_str2val(struct confd_type *type, const char *str,
+                                   confd_value_t *val);
+/* The name of an enumeration's value, which the library owns, else NULL. */
+CONFD_KIT_EXPORT char *confd_val2str_ptr(struct confd_type *type,
+                                         const confd_value_t *val);
 
 /* ---- Accessors --------------------------------------------------------- */
 
