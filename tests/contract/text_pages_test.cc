@@ -48,6 +48,7 @@ class TextPageTest : public CApiTest {
         "<lists>"
         "<pair><a>1</a><b>red</b><note>p1r</note></pair>"
         "<by-enum><k>dark-blue</k></by-enum>"
+        "<by-mixed><k>none</k></by-mixed>"
         "<by-kin><k>zt:bird</k></by-kin>"
         "<by-bits><k>read admin</k></by-bits>"
         "<by-ip4><k>127.0.0.1</k></by-ip4>"
@@ -197,6 +198,16 @@ TEST_F(ConfdTypesPageKeyPaths, ValuesInCallsNeedNoSchemas) {
     EXPECT_EQ(maapi_exists(maapi_, th_, "/lists/%s{%x}", list, &key), 1);
     EXPECT_EQ(cdb_exists(cdb_, "/lists/%s{%x}", list, &key), 1);
   }
+}
+
+// Also where their names are sought from another place than the root.
+TEST_F(ConfdTypesPageKeyPaths, ValuesInRelativePathsAreKeysToo) {
+  ASSERT_EQ(cdb_cd(cdb_, "/lists"), CONFD_OK);
+  const confd_value_t none = KeyOf("/lists/by-mixed");
+  EXPECT_EQ(none.type, C_ENUM_VALUE);
+  EXPECT_EQ(cdb_exists(cdb_, "by-mixed{%x}", &none), 1);
+  const confd_value_t blue = Enum(-2);
+  EXPECT_EQ(cdb_exists(cdb_, "by-enum{%x}", &blue), 1);
 }
 
 // The text of one is no key.
@@ -357,6 +368,26 @@ TEST_F(ConfdLibLibPageText, FormattersNeverReturnANegativeNumber) {
   const confd_value_t none = NoExists();
   EXPECT_GE(confd_format_keypath(buf, sizeof buf, "%x", &none), 0);
   EXPECT_GE(confd_format_keypath(nullptr, -1, "%", &none), 0);
+}
+
+// An observer may not call, which would be an error of other calls.
+class Prier : public kit::control::Observer {
+ public:
+  void OnCall(const kit::control::Call&) override {
+    const confd_value_t one = Uint32(1);
+    length = confd_pp_value(buf, sizeof buf, &one);
+  }
+  int length = -7;
+  char buf[8] = "before";
+};
+
+TEST_F(ConfdLibLibPageText, FormattersHaveNoErrors) {
+  Prier prier;
+  kit::control::SetObserver(&prier);
+  Exists("/object{3}");
+  kit::control::SetObserver(nullptr);
+  EXPECT_EQ(prier.length, 0);
+  EXPECT_STREQ(prier.buf, "");
 }
 
 TEST_F(ConfdLibLibPageText, FormattersReturnTheLengthThatIsNeeded) {

@@ -37,7 +37,8 @@ struct InjectedFailure {
 };
 
 ModelNames NamesOf(const Scope& scope) {
-  return {scope.data->schema(), scope.rules.selected};
+  return {scope.data->schema(), scope.rules.selected,
+          scope.session->place.text};
 }
 
 // A path from where the program stands, which is not the root.

@@ -47,7 +47,8 @@ std::optional<NamedKey> NameKey(const store::Schema& schema,
       return std::nullopt;
     }
     const SchemaNode& key = *list->children[key_index];
-    return NamedKey{key.type->PrintForPrograms(FromC(value)), key.module};
+    return NamedKey{key.type->PrintForPrograms(key.type->Check(FromC(value))),
+                    key.module};
   } catch (const store::Error&) {
     // Not a value of the key's type.
     return std::nullopt;
@@ -80,7 +81,12 @@ const SchemaNode* FindTag(const store::Schema& schema,
 std::optional<std::string> ModelNames::KeyText(
     std::string_view list_path, size_t key_index,
     const confd_value_t& value) const {
-  auto key = NameKey(schema_, selected_, list_path, key_index, value);
+  const bool is_relative = !place_.empty() && list_path.substr(0, 1) != "/";
+  auto key =
+      is_relative
+          ? NameKey(schema_, selected_, place_ + "/" + std::string(list_path),
+                    key_index, value)
+          : NameKey(schema_, selected_, list_path, key_index, value);
   if (!key) return std::nullopt;
   return std::move(key->text);
 }

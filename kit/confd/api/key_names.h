@@ -14,11 +14,13 @@
 
 namespace kit::api {
 
-// For paths of calls: by the model that the call works on.
+// For paths of calls: by the model that the call works on. Relative paths start
+// at `place`, a path; "" is the root.
 class ModelNames : public Names {
  public:
-  ModelNames(const store::Schema& schema, const store::Module* selected)
-      : schema_(schema), selected_(selected) {}
+  ModelNames(const store::Schema& schema, const store::Module* selected,
+             const std::string& place)
+      : schema_(schema), selected_(selected), place_(place) {}
   std::optional<std::string> KeyText(std::string_view list_path,
                                      size_t key_index,
                                      const confd_value_t& value) const override;
@@ -28,6 +30,7 @@ class ModelNames : public Names {
  private:
   const store::Schema& schema_;
   const store::Module* selected_;
+  const std::string& place_;
 };
 
 // For text: by the models of all open sessions, those of transactions first, as
