@@ -399,6 +399,20 @@ TEST_F(ErrorsTest, ObjectsNarrowerThanTheirSlotsAreReportedWithoutTheRest) {
       << watching.calls;
 }
 
+TEST_F(ErrorsTest, WhatReadsObjectsIsReportedWithItsResult) {
+  maapi_cursor mc;
+  ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/object"), CONFD_OK);
+  Watching watching;
+  kit::control::SetObserver(&watching);
+  confd_value_t value;
+  int count = 1;
+  EXPECT_EQ(maapi_get_objects(&mc, &value, 1, &count), 13);
+  kit::control::SetObserver(nullptr);
+  EXPECT_EQ(watching.calls,
+            "maapi_get_objects /object n 1 nobj 1 -> 13 C_UINT32 1\n");
+  maapi_destroy_cursor(&mc);
+}
+
 TEST_F(ErrorsTest, CursorsThatWereNeverInitialisedAreMisuse) {
   maapi_cursor mc = {};
   mc.n = 1;

@@ -152,7 +152,7 @@ int CursorCall(const char* function, maapi_cursor* mc, const Body& body) {
         call.SetPath(cursor->path_text);
       },
       [&](Call& call) { return body(call, *scope, *cursor); });
-  if (result != CONFD_OK && mc != nullptr) mc->n = 0;
+  if (result < 0 && mc != nullptr) mc->n = 0;
   return result;
 }
 
@@ -201,8 +201,7 @@ int maapi_get_next(struct maapi_cursor* mc) {
 
 int maapi_get_objects(struct maapi_cursor* mc, confd_value_t* values, int n,
                       int* nobj) {
-  size_t most = 0;
-  const int result = CursorCall(
+  return CursorCall(
       "maapi_get_objects", mc,
       [&](Call& call, Scope& scope, store::Cursor& cursor) {
         RequireKeyOrder(*mc);
@@ -220,6 +219,7 @@ int maapi_get_objects(struct maapi_cursor* mc, confd_value_t* values, int n,
         std::vector<size_t> filled;
         std::vector<store::Element> elements;
         const store::Node* last = nullptr;
+        size_t most = 0;
         while (filled.size() < static_cast<size_t>(*nobj) && !cursor.ended) {
           const store::Node* entry = EntryBehind(cursor, list);
           cursor.ended = entry == nullptr;
@@ -244,9 +244,8 @@ int maapi_get_objects(struct maapi_cursor* mc, confd_value_t* values, int n,
           ShowKeys(cursor, *last, *mc);
         }
         call.Output(values, width, std::move(filled));
-        return CONFD_OK;
+        return static_cast<int>(most);
       });
-  return result == CONFD_OK ? static_cast<int>(most) : result;
 }
 
 int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
