@@ -25,11 +25,14 @@ fail() {
   if [ -n "${2-}" ]; then sed 's/^/    /' "$2"; fi
 }
 
+# Has a folder for each release.
+models=$root/yang
+
 # lint RELEASE ARGUMENT...: yanglint with the modules of a release loaded.
 lint() {
   local release=$1
   shift
-  yanglint -D -p "$root/yang/$release" "$@" 2>&1
+  yanglint -D -p "$models/$release" "$@" 2>&1
 }
 
 # validate RELEASE FILE: succeeds when FILE is a valid configuration. The
@@ -41,7 +44,7 @@ validate() {
     grep -vxF -e "$wrapper" -e '</config>' "$file" >"$work/unwrapped.xml"
     file=$work/unwrapped.xml
   fi
-  lint "$1" -t config "$root/yang/$1"/*.yang "$file" >"$work/messages"
+  lint "$1" -t config "$models/$1"/*.yang "$file" >"$work/messages"
 }
 
 expect_valid() {
@@ -120,6 +123,12 @@ done
 for example in "$root"/examples/*.xml; do
   expect_valid before "$example"
 done
+
+# The upgrade in another domain has models of its own.
+models=$root/examples/vlan-upgrade/yang
+expect_valid before "$root/examples/vlan-upgrade/before.xml"
+expect_valid after "$root/examples/vlan-upgrade/expected.xml"
+models=$root/yang
 
 for options in "--interfaces 0" "--interfaces 1 --secondary 0" \
     "--interfaces 2000 --secondary 3 --process-id 4294967295 --seed 9"; do
