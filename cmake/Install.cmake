@@ -41,7 +41,8 @@ if(BUILD_KIT)
   install(
     DIRECTORY examples/
     DESTINATION share/ospf-upgrade/examples
-    COMPONENT host)
+    COMPONENT host
+    PATTERN CMakeLists.txt EXCLUDE)
   install(
     FILES README.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}

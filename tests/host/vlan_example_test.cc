@@ -1,0 +1,106 @@
+// The example of an upgrade in another domain: its models and its plug-in.
+#include <gmock/gmock.h>
+
+#include "host_test.h"
+
+namespace host_test {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+const std::string kFolder = TEST_SOURCE_ROOT "/examples/vlan-upgrade/";
+
+class VlanExampleTest : public HostTest {
+ protected:
+  // Upgrades with the example's models and plug-in to out.xml.
+  Outcome Upgrade(const std::string& config, std::vector<std::string> more = {},
+                  const std::string& plugin = TEST_VLAN_PLUGIN,
+                  const std::string& models_before = "before") const {
+    std::vector<std::string> args = {"run",
+                                     config,
+                                     "-o",
+                                     Path("out.xml"),
+                                     "--plugin",
+                                     plugin,
+                                     "--yang-before",
+                                     kFolder + "yang/" + models_before,
+                                     "--yang-after",
+                                     kFolder + "yang/after"};
+    args.insert(args.end(), more.begin(), more.end());
+    return Run(args);
+  }
+
+  // The example's configuration with one text in another's place.
+  std::string ExampleWith(const std::string& old_text,
+                          const std::string& new_text) const {
+    std::string config = ReadFile(kFolder + "before.xml");
+    const size_t place = config.find(old_text);
+    EXPECT_NE(place, std::string::npos) << old_text;
+    return Write("before.xml",
+                 config.replace(place, old_text.size(), new_text));
+  }
+};
+
+TEST_F(VlanExampleTest, WritesTheExpectedConfiguration) {
+  const Outcome outcome = Upgrade(kFolder + "before.xml");
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_EQ(Read("out.xml"), ReadFile(kFolder + "expected.xml"));
+}
+
+TEST_F(VlanExampleTest, LeavesNoCursorOpen) {
+  EXPECT_THAT(Upgrade(kFolder + "before.xml", {"--verbose"}).out,
+              HasSubstr("Cursors left open: 0\n"));
+}
+
+TEST_F(VlanExampleTest, TheSecondRunChangesNothing) {
+  const Outcome outcome =
+      Upgrade(kFolder + "expected.xml", {}, TEST_VLAN_PLUGIN, "after");
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+  EXPECT_THAT(outcome.out,
+              AllOf(HasSubstr("The configuration is of release 2 already\n"),
+                    HasSubstr("Changes: none\n")));
+  EXPECT_EQ(Read("out.xml"), ReadFile(kFolder + "expected.xml"));
+}
+
+TEST_F(VlanExampleTest, WithoutThePluginTheNewModelRefusesThePorts) {
+  const Outcome outcome =
+      Upgrade(kFolder + "before.xml", {}, PluginPath("idle"));
+  EXPECT_EQ(outcome.exit_code, 2) << outcome;
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("a port is called UNIT/NUMBER"),
+                                 HasSubstr("(ConfD error 41)")));
+}
+
+TEST_F(VlanExampleTest, APortOfAnUnknownNameStopsTheUpgrade) {
+  const Outcome outcome =
+      Upgrade(ExampleWith("<name>eth10</name>", "<name>console</name>"));
+  EXPECT_EQ(outcome.exit_code, 1) << outcome;
+  EXPECT_THAT(outcome.out, HasSubstr("port console is not called ethN\n"));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+TEST_F(VlanExampleTest, PortsThatWouldGetOneNameStopTheUpgrade) {
+  const Outcome outcome =
+      Upgrade(ExampleWith("<name>eth10</name>", "<name>eth02</name>"));
+  EXPECT_EQ(outcome.exit_code, 1) << outcome;
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("Port eth02 is now 1/2\n"),
+                                 HasSubstr("cannot rename port eth2 to 1/2: "
+                                           "/switch/port{eth2}: ")));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+TEST_F(VlanExampleTest, TimersThatTheNewModelCannotHoldAreExitCode2) {
+  const Outcome outcome =
+      Upgrade(ExampleWith("12</forward-delay>", "5</forward-delay>"));
+  EXPECT_EQ(outcome.exit_code, 2) << outcome;
+  EXPECT_THAT(
+      outcome.out,
+      AllOf(HasSubstr("/spanning-tree/timers: "),
+            HasSubstr("twice the forward delay less 1 s is below the age"),
+            HasSubstr("(ConfD error 41)")));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace host_test
