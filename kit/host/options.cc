@@ -48,7 +48,9 @@ constexpr char kJsonKeys[] =
     "after, and the default that holds where one is null), with --verbose\n"
     "also events (log records and calls in their order).";
 
-// The hashes that the device family's data-model compiler gave its modules.
+// The hashes that the device family's data-model compiler gave modules of the
+// models that come with this program. Other models lack them, and the hashes
+// are passed over.
 std::map<std::string, uint32_t> DeviceNamespaceHashes() {
   return {{"VX-OSPF-MIB", 0x1AB53F7A},
           {"VX-OSPF-V3-MIB", 0x0E52B437},
@@ -195,8 +197,9 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
                                                     std::ostream& out,
                                                     std::ostream& err) {
   CLI::App app(
-      "Rehearses the upgrade of a router's OSPF configuration: runs the "
-      "upgrade plug-in on a copy of the configuration and reports what it did.",
+      "Rehearses the upgrade of a device's configuration: runs the upgrade "
+      "plug-in on a copy of it and reports what it did. Unless others are "
+      "named, plug-in and data models are those of OSPF.",
       "ospf-upgrade");
   app.set_version_flag("--version", "ospf-upgrade " KIT_VERSION);
   app.require_subcommand(0, 1);  // checked below, with a better message

@@ -118,7 +118,7 @@ struct SchemaNode {
   // The name, with its module's prefix where the name alone would not do or
   // the module changes.
   std::string PathName() const;
-  // "/VX-OSPF-MIB/ospfPmIfTable/ospfPmIfEntry"; "/" for the root.
+  // "/switch/spanning-tree/timers"; "/" for the root.
   std::string Path() const;
 };
 
