@@ -1,4 +1,5 @@
-// The example of an upgrade in another domain: its models and its plug-in.
+// The example of an upgrade in another domain: its models, its plug-in and what
+// its README shows.
 #include <gmock/gmock.h>
 
 #include "host_test.h"
@@ -22,6 +23,7 @@ class VlanExampleTest : public HostTest {
                                      config,
                                      "-o",
                                      Path("out.xml"),
+                                     "--force",
                                      "--plugin",
                                      plugin,
                                      "--yang-before",
@@ -52,6 +54,34 @@ TEST_F(VlanExampleTest, WritesTheExpectedConfiguration) {
 TEST_F(VlanExampleTest, LeavesNoCursorOpen) {
   EXPECT_THAT(Upgrade(kFolder + "before.xml", {"--verbose"}).out,
               HasSubstr("Cursors left open: 0\n"));
+}
+
+// The README shows the lines from the one that begins with `first` to that
+// with `last`.
+void ExpectInReadme(const std::string& text, const std::string& first,
+                    const std::string& last) {
+  const size_t begin = text.find("\n" + first);
+  const size_t last_begin = text.find("\n" + last, begin);
+  ASSERT_NE(last_begin, std::string::npos) << text;
+  const std::string lines =
+      text.substr(begin, text.find('\n', last_begin + 1) - begin);
+  const bool is_shown =
+      ReadFile(kFolder + "README.md").find(lines) != std::string::npos;
+  EXPECT_TRUE(is_shown) << lines;
+}
+
+TEST_F(VlanExampleTest, TheReadmeShowsWhatIsPrinted) {
+  const Outcome good = Upgrade(kFolder + "before.xml", {"--diff"});
+  ExpectInReadme(good.out, "Automatic", "Validation: ");
+  const Outcome again =
+      Upgrade(kFolder + "expected.xml", {}, TEST_VLAN_PLUGIN, "after");
+  ExpectInReadme(again.out, "Log (", "Validation: ");
+  const Outcome unknown = Upgrade(ExampleWith("eth10", "console"));
+  ExpectInReadme(unknown.out, "Log (", "Result: ");
+  const Outcome one_name = Upgrade(ExampleWith("eth10", "eth02"));
+  ExpectInReadme(one_name.out, "Log (", "Result: ");
+  const Outcome timers = Upgrade(ExampleWith("12<", "5<"), {"--quiet"});
+  ExpectInReadme(timers.err, "  What to do: ", "  /");
 }
 
 TEST_F(VlanExampleTest, TheSecondRunChangesNothing) {
