@@ -2,7 +2,12 @@
 
 #include <libyang/libyang.h>
 
+#include <fstream>
+#include <iterator>
 #include <random>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "kit/confd/document/export.h"
 #include "tests/support/models.h"
@@ -99,6 +104,71 @@ TEST(Likeness, SpecimensAreValidWhereAllIs) {
     EXPECT_GT(count_of[false], 5) << top->name;
     EXPECT_GT(count_of[true], 5) << top->name;
   }
+}
+
+// Changes leaves of a router by chance: takes them away, or gives them what
+// another one of the same name has.
+class Spoiler {
+ public:
+  explicit Spoiler(unsigned seed) : random_(seed) {}
+
+  void Spoil(Node& root) {
+    leaves_.clear();
+    Collect(root);
+    for (int i = 0; i < 3; ++i) {
+      auto& [node, leaf] = leaves_[random_() % leaves_.size()];
+      const auto& other = leaves_[random_() % leaves_.size()];
+      if (random_() % 2 == 0) {
+        node->Clear(*leaf);
+      } else if (leaf == other.second && other.first->IsSet(*leaf)) {
+        node->SetLeaf(*leaf, *other.first->SetValue(*leaf));
+      } else {
+        SetToNumber(*node, *leaf);
+      }
+    }
+  }
+
+ private:
+  void Collect(Node& node) {
+    for (const auto& child : node.schema->children) {
+      if (child->kind == NodeKind::kLeaf && !child->is_key() &&
+          !child->is_state) {
+        leaves_.emplace_back(&node, child.get());
+      } else if (child->IsContainer() && node.FindContainer(*child)) {
+        Collect(*node.Container(*child));
+      } else if (child->kind == NodeKind::kList && node.ListAt(*child)) {
+        for (Node& entry : *node.ListAt(*child)) Collect(entry);
+      }
+    }
+  }
+  void SetToNumber(Node& node, const SchemaNode& leaf) {
+    try {
+      node.SetLeaf(leaf, leaf.type->Parse(std::to_string(random_() % 50)));
+    } catch (const Error&) {
+      // It takes no numbers, or not this one.
+    }
+  }
+
+  std::mt19937 random_;
+  std::vector<std::pair<Node*, const SchemaNode*>> leaves_;
+};
+
+TEST(Likeness, SpecimensOfSpoiltRoutersAreValidWhereAllIs) {
+  const std::string root(TEST_SOURCE_ROOT);
+  const Schema schema(root + "/yang/before", {});
+  std::ifstream file(root + "/examples/provider-edge.xml");
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  int count_of[2] = {0, 0};
+  for (unsigned seed = 0; seed < 150; ++seed) {
+    Data data(schema);
+    ReadDocument(text, data);
+    Spoiler(seed).Spoil(data.root());
+    const bool is_valid = IsValid(data, Extent::kAll);
+    ++count_of[is_valid ? 1 : 0];
+    ASSERT_EQ(IsValid(data, Extent::kSpecimens), is_valid) << seed;
+  }
+  EXPECT_GT(count_of[false], 5);
+  EXPECT_GT(count_of[true], 5);
 }
 
 size_t Exported(const Data& data, Extent extent) {
