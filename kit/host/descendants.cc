@@ -62,7 +62,7 @@ class Killer {
     }
     ++found_;
     const pid_t group = getpgid(pid);
-    if (has_left && group > 0 && group != spared_) kill(-group, SIGKILL);
+    if (has_left && group > 0 && group != spared_group_) kill(-group, SIGKILL);
     kill(pid, SIGKILL);
   }
 
@@ -79,6 +79,7 @@ class Killer {
 
   pid_t worker_;
   pid_t spared_;
+  pid_t spared_group_ = spared_ > 0 ? getpgid(spared_) : 0;
   pid_t own_session_ = getsid(0);
   size_t found_ = 0;
   bool sees_strangers_ = false;

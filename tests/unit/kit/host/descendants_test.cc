@@ -22,8 +22,9 @@ pid_t StartSleeper(bool with_session) {
   WaitForTheEnd();
 }
 
-// Leads a session and has a process that has left it.
-pid_t StartWorker(int started) {
+// Leads a session and has a process that has left it, in the group of one
+// between the two.
+pid_t StartWorker(int started, bool keeps_between) {
   const pid_t worker = fork();
   if (worker != 0) return worker;
   setsid();
@@ -32,6 +33,7 @@ pid_t StartWorker(int started) {
     const pid_t hidden = fork();
     if (hidden == 0) WaitForTheEnd();
     if (write(started, &hidden, sizeof(hidden)) < 0) _exit(1);
+    if (keeps_between) WaitForTheEnd();
     _exit(0);
   }
   WaitForTheEnd();
@@ -51,31 +53,37 @@ void KillAll(pid_t worker, pid_t spared) {
 
 bool IsThere(pid_t pid) { return kill(pid, 0) == 0; }
 
-// Adopting processes can't be undone, so that this runs in a process of its
+// Whether all of a run are killed but one that is to be spared, then that one,
+// and nobody else.
+bool KillsTheRun(bool keeps_between) {
+  const pid_t stranger = StartSleeper(false);
+  const pid_t stranger_elsewhere = StartSleeper(true);
+  usleep(10'000);  // until it has its session
+  AdoptDescendants();
+  int ends[2];
+  if (pipe(ends) != 0) return false;
+  const pid_t worker = StartWorker(ends[1], keeps_between);
+  pid_t hidden = 0;
+  if (read(ends[0], &hidden, sizeof(hidden)) < 0) return false;
+  bool right = IsThere(hidden);
+  KillAll(worker, hidden);
+  right &= !IsThere(worker) && IsThere(hidden);
+  KillAll(worker, 0);
+  right &= !IsThere(hidden) && IsThere(stranger) && IsThere(stranger_elsewhere);
+  kill(stranger, SIGKILL);
+  kill(stranger_elsewhere, SIGKILL);
+  return right;
+}
+
+// Adopting processes can't be undone, so that these run in processes of their
 // own.
 TEST(DescendantsDeathTest, AllOfTheRunAreKilledAndNobodyElse) {
-  EXPECT_EXIT(
-      {
-        const pid_t stranger = StartSleeper(false);
-        const pid_t stranger_elsewhere = StartSleeper(true);
-        usleep(10'000);  // until it has its session
-        AdoptDescendants();
-        int ends[2];
-        if (pipe(ends) != 0) _exit(1);
-        const pid_t worker = StartWorker(ends[1]);
-        pid_t hidden = 0;
-        if (read(ends[0], &hidden, sizeof(hidden)) < 0) _exit(1);
-        bool right = IsThere(hidden);
-        KillAll(worker, hidden);
-        right &= !IsThere(worker) && IsThere(hidden);
-        KillAll(worker, 0);
-        right &= !IsThere(hidden) && IsThere(stranger) &&
-                 IsThere(stranger_elsewhere);
-        kill(stranger, SIGKILL);
-        kill(stranger_elsewhere, SIGKILL);
-        _exit(right ? 0 : 1);
-      },
-      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(_exit(KillsTheRun(false) ? 0 : 1), testing::ExitedWithCode(0),
+              "");
+}
+
+TEST(DescendantsDeathTest, WhoIsSparedIsSoInAnybodysGroup) {
+  EXPECT_EXIT(_exit(KillsTheRun(true) ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
