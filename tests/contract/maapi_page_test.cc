@@ -190,6 +190,17 @@ TEST_F(ConfdLibMaapiPageCalls, SetObjectWritesContainers) {
   EXPECT_EQ(Get("/barn/loft/hay"), "C_UINT16 5");
 }
 
+// As it is read: with the place of a container in the case that does not hold.
+TEST_F(ConfdLibMaapiPageCalls, SetObjectLeavesTheCaseThatHolds) {
+  EXPECT_EQ(SetObject("/gate", {Uint8(1), Uint8(3), XmlTag(), NoExists()}),
+            "ok");
+  EXPECT_EQ(Object("/gate{1}"), "C_UINT8 1, C_UINT8 3, C_XMLTAG, C_NOEXISTS");
+  EXPECT_EQ(
+      SetObject("/gate{1}", {Uint8(1), NoExists(), XmlTag(), Str("left")}),
+      "ok");
+  EXPECT_EQ(Object("/gate{1}"), "C_UINT8 1, C_NOEXISTS, C_XMLTAG, C_BUF left");
+}
+
 TEST_F(ConfdLibMaapiPageCalls, SetObjectOfAContainerFailsAsThatOfAnEntry) {
   EXPECT_EQ(SetObject("/stall{9 9}/trough", {Uint16(9)}), "NOEXISTS");
   EXPECT_EQ(SetObject("/stall{1 1}/trough", {Uint16(9), NoExists(), Uint8(1)}),

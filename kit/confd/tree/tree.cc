@@ -228,7 +228,10 @@ List* Node::ListAt(const SchemaNode& list) const {
 
 Node& Node::MakeContainer(const SchemaNode& container) {
   if (const Cell* cell = Find(container)) return *Held<Node>(cell);
-  ClearOtherCases(container);
+  // One without presence says nothing of the case until something is set in it.
+  if (container.kind == NodeKind::kPresenceContainer) {
+    ClearOtherCases(container);
+  }
   Node* made = Make(arena(), container, this, kFirstCells);
   CellFor(container) = CellOf(made);
   return *made;
