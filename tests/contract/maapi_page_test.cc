@@ -319,6 +319,32 @@ TEST_F(ConfdLibMaapiPageCalls, InitCursorClearsWhatProgramsMaySet) {
   maapi_destroy_cursor(&mc);
 }
 
+TEST_F(ConfdLibMaapiPageCalls, WalksGoOnWhereEntriesAheadMoveManyTimes) {
+  OpenFarm(
+      "<chore><name>1</name></chore><chore><name>2</name></chore>"
+      "<chore><name>3</name></chore><chore><name>4</name></chore>"
+      "<chore><name>5</name></chore><chore><name>6</name></chore>"
+      "<chore><name>7</name></chore>");
+  for (const char* first : {"/chore{1}", "/chore{2}", "/chore{3}"}) {
+    ASSERT_EQ(Delete(first), "ok");
+  }
+  maapi_cursor mc;
+  ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/chore"), CONFD_OK);
+  ASSERT_EQ(maapi_get_next(&mc), CONFD_OK);
+  EXPECT_EQ(Show(mc.keys, mc.n), "C_BUF 4");
+  // Each time the room before the last one gets smaller.
+  for (int i = 0; i < 60; ++i) {
+    ASSERT_EQ(MoveOrdered("/chore{5}", MAAPI_MOVE_BEFORE, "7"), "ok");
+    ASSERT_EQ(MoveOrdered("/chore{6}", MAAPI_MOVE_BEFORE, "7"), "ok");
+  }
+  std::string ahead;
+  while (maapi_get_next(&mc) == CONFD_OK && mc.n > 0) {
+    ahead += Show(mc.keys, mc.n) + " ";
+  }
+  EXPECT_EQ(ahead, "C_BUF 5 C_BUF 6 C_BUF 7 ");
+  maapi_destroy_cursor(&mc);
+}
+
 // What can't be obeyed fails rather than walk over other entries.
 TEST_F(ConfdLibMaapiPageCalls, WalksWithAnIndexOrAnExpressionAreUnavailable) {
   maapi_cursor mc;

@@ -467,12 +467,22 @@ std::optional<uint64_t> List::PlaceBefore(const Node& next) const {
   return previous + (next.place() - previous) / 2;
 }
 
-void List::SpreadPlaces() {
-  std::vector<Node*> entries;
-  for (Node& entry : *this) entries.push_back(&entry);
-  by_place_.Release(arena());
-  last_place_ = kFirstPlace;
-  for (Node* entry : entries) PutAt(*entry, last_place_ += kPlaceStep);
+void List::MakeRoomBefore(const Node& next) {
+  size_t rank = RankOf(next);
+  std::vector<Node*> crowded;
+  uint64_t low = 0;
+  size_t gaps = 1;
+  do {
+    crowded.push_back(At(--rank));
+    ++gaps;
+    low = rank == 0 ? next.place() - gaps * kPlaceStep : At(rank - 1)->place();
+  } while (rank > 0 && next.place() - low < gaps * kLeastGap);
+  for (const Node* entry : crowded) {
+    by_place_.Erase(arena(), PositionOfPlace(entry->place()));
+  }
+  const uint64_t gap = (next.place() - low) / gaps;
+  uint64_t place = next.place();
+  for (Node* entry : crowded) PutAt(*entry, place -= gap);
 }
 
 void List::MoveBefore(Node& entry, const Node* next) {
@@ -482,7 +492,7 @@ void List::MoveBefore(Node& entry, const Node* next) {
   if (next == nullptr) {
     place = last_place_ += kPlaceStep;
   } else if (place = PlaceBefore(*next); !place) {
-    SpreadPlaces();
+    MakeRoomBefore(*next);
     place = PlaceBefore(*next);
   }
   PutAt(entry, *place);

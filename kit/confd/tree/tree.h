@@ -239,12 +239,15 @@ class List {
   EntryIndex by_place_;
   // Places are wide apart, so that entries can be moved in between.
   static constexpr uint64_t kPlaceStep = uint64_t{1} << 20;
+  static constexpr uint64_t kLeastGap = uint64_t{1} << 10;
   static constexpr uint64_t kFirstPlace = uint64_t{1} << 62;
   uint64_t last_place_ = kFirstPlace;
   void PutAt(Node& entry, uint64_t place);
   // A place in front of the entry, or nothing where there is no room.
   std::optional<uint64_t> PlaceBefore(const Node& next) const;
-  void SpreadPlaces();
+  // Moves the places of those in front of the entry further to the front, of as
+  // few as there must be. Those behind keep theirs, for walks that get there.
+  void MakeRoomBefore(const Node& next);
   // Changes with every change, so that a place can tell that it still holds.
   uint64_t stamp_ = NewStamp();
   static uint64_t NewStamp();
