@@ -308,6 +308,62 @@ TEST_F(ConfdLibMaapiPageCalls, MovedEntriesAreWhatTheOutputHolds) {
   EXPECT_TRUE(database_->Validate().empty());
 }
 
+TEST_F(ConfdLibMaapiPageCalls, MoveOrderedTakesOneEntryAfterTheOther) {
+  // Each goes behind the first, where the room gets smaller.
+  std::string inside;
+  for (int i = 0; i < 60; ++i) {
+    inside += "<chore><name>" + std::to_string(i) + "</name></chore>";
+  }
+  OpenFarm(inside);
+  maapi_cursor mc;
+  ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/chore"), CONFD_OK);
+  int met = 0;
+  std::string backwards;
+  while (maapi_get_next(&mc) == CONFD_OK && mc.n > 0 && met < 1000) {
+    EXPECT_EQ(Show(mc.keys, mc.n), "C_BUF " + std::to_string(met));
+    if (met > 0) {
+      confd_value_t first = Str("0");
+      EXPECT_EQ(Outcome(maapi_move_ordered(maapi_, th_, MAAPI_MOVE_AFTER,
+                                           &first, 1, "/chore{%d}", met)),
+                "ok");
+      backwards.insert(0, std::to_string(met) + " ");
+    }
+    ++met;
+  }
+  EXPECT_EQ(met, 60);
+  EXPECT_EQ(Chores(), "0 " + backwards);
+  maapi_destroy_cursor(&mc);
+}
+
+TEST_F(ConfdLibMaapiPageCalls, CreateBelowAMovedEntryFindsItByItsNewKeys) {
+  ASSERT_EQ(Move("/stall{1 4}", {Uint8(8), Uint8(8)}), "ok");
+  EXPECT_EQ(Create("/stall{1 4}/bucket{x}"), "NOEXISTS");
+  EXPECT_EQ(Create("/stall{8 8}/bucket{x}"), "ok");
+  // Its old keys are free again.
+  EXPECT_EQ(Create("/stall{1 4}"), "ok");
+  EXPECT_EQ(Walk("/stall{1 4}/bucket"), std::vector<std::string>{});
+  EXPECT_EQ(Walk("/stall{8 8}/bucket"), (std::vector<std::string>{"a", "x"}));
+}
+
+TEST_F(ConfdLibMaapiPageCalls, MoveOntoItselfAlreadyExists) {
+  EXPECT_EQ(Move("/stall{1 1}", {Uint8(1), Uint8(1)}), "ALREADY_EXISTS");
+  EXPECT_EQ(Get("/stall{1 1}/animal"), "C_BUF pig");
+}
+
+TEST_F(ConfdLibMaapiPageCalls, DeleteLetsTheDefaultTakeEffectAgain) {
+  EXPECT_EQ(Delete("/stall{1 1}/animal"), "ok");
+  EXPECT_EQ(Get("/stall{1 1}/animal"), "C_BUF cow");
+  EXPECT_EQ(Exists("/stall{1 1}/animal"), 1);
+}
+
+TEST_F(ConfdLibMaapiPageCalls, SetElemWantsTheTagOfTheType) {
+  EXPECT_EQ(Set("/barn/roof", Str("tin")), "ok");
+  EXPECT_EQ(Set("/barn/roof", Buf("slate")), "ok");
+  EXPECT_EQ(Set("/barn/doors", Str("3")), "BADTYPE");
+  EXPECT_EQ(Set("/barn/doors", Uint16(3)), "BADTYPE");
+  EXPECT_EQ(Get("/barn/doors"), "C_UINT8 2");
+}
+
 // ---- Cursors ----------------------------------------------------------------
 
 TEST_F(ConfdLibMaapiPageCalls, InitCursorClearsWhatProgramsMaySet) {

@@ -245,6 +245,53 @@ TEST_F(ConfdLibMaapiPageTagged, ReadsTheTransaction) {
   EXPECT_EQ(MaapiRead("/barn", {Ask("roof")}), "C_DEFAULT");
 }
 
+TEST_F(ConfdLibMaapiPageTagged, MissingEntriesAreErrors) {
+  EXPECT_EQ(
+      MaapiRead("/", {Begin("stall"), Value("row", Uint8(9)),
+                      Value("number", Uint8(9)), Ask("animal"), End("stall")}),
+      "NOEXISTS");
+  EXPECT_EQ(MaapiRead("/barn/loft", {Ask("hay")}), "NOEXISTS");
+}
+
+TEST_F(ConfdLibMaapiPageTagged, VariablesAreFilledByType) {
+  uint8_t doors = 0;
+  uint16_t hay = 77;
+  EXPECT_EQ(MaapiRead("/barn", {Into("doors", C_UINT8, &doors), Begin("loft"),
+                                Into("hay", C_UINT16, &hay), End("loft")}),
+            "");
+  EXPECT_EQ(doors, 2);
+  EXPECT_EQ(hay, 77);
+}
+
+TEST_F(ConfdLibMaapiPageTagged, VariablesAndPositionsAreNoValuesToWrite) {
+  uint8_t doors = 9;
+  EXPECT_EQ(Write("/barn", {Into("doors", C_UINT8, &doors)}), "BADTYPE");
+  EXPECT_EQ(Write("/barn", {Into("doors", C_UINT8, nullptr)}), "BADTYPE");
+  EXPECT_EQ(Write("/", {At("stall", 0), End("stall")}), "BADTYPE");
+  EXPECT_EQ(Get("/barn/doors"), "C_UINT8 2");
+}
+
+TEST_F(ConfdLibMaapiPageTagged, WritesThatAreCutShortChangeNothing) {
+  EXPECT_EQ(Write("/", {Begin("barn"), Value("doors", Uint8(9))}), "BADPATH");
+  EXPECT_EQ(Write("/", {Begin("barn"), Value("doors", Uint8(9)), End("stall")}),
+            "BADPATH");
+  EXPECT_EQ(Write("/", {Begin("stall"), Value("row", Uint8(8))}), "BADTYPE");
+  EXPECT_EQ(Write("/stall{1 1}", {BeginDelete("bucket")}), "BADTYPE");
+  EXPECT_EQ(Write("/barn", {Value("doors", Uint8(9)), End("barn")}), "BADPATH");
+  EXPECT_EQ(Get("/barn/doors"), "C_UINT8 2");
+  EXPECT_EQ(Walk("/stall"), (std::vector<std::string>{"1 1", "2 2"}));
+  EXPECT_EQ(Outcome(maapi_set_values(maapi_, th_, nullptr, 1, "/barn")),
+            "PROTOUSAGE");
+  EXPECT_EQ(Outcome(maapi_set_values(maapi_, th_, nullptr, -1, "/barn")),
+            "PROTOUSAGE");
+}
+
+TEST_F(ConfdLibMaapiPageTagged, WritingOneCaseEmptiesTheOthers) {
+  ASSERT_EQ(Set("/stall{1 1}/bowl", Str("deep")), "ok");
+  EXPECT_EQ(Write("/stall{1 1}", {Value("grain", Str("oats"))}), "ok");
+  EXPECT_EQ(Get("/stall{1 1}/bowl"), "NOEXISTS");
+}
+
 TEST_F(ConfdLibMaapiPageTagged, PositionsAreForCdbAlone) {
   EXPECT_EQ(MaapiRead("/", {At("stall", 0), End("stall")}), "BADTYPE");
 }
