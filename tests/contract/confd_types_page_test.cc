@@ -628,5 +628,26 @@ TEST_F(ConfdTypesPage, ReferencesLeadAlongTheModel) {
   EXPECT_EQ(Set("/refs/to", value), "BADTYPE");
 }
 
+// Of the elements that a path has room for, the last stays free.
+TEST_F(ConfdTypesPage, PathsHaveOneElementLessThanMaxdepth) {
+  std::string path = "/t:deep";
+  for (int depth = 2; depth < MAXDEPTH; ++depth) {
+    path += "/t:d" + std::to_string(depth);
+  }
+  const std::string open = "<to xmlns:t=\"urn:test:types\">";
+  OpenWith("refs", open + path + "</to>");
+  EXPECT_EQ(Get("/refs/to"), "C_OBJECTREF of 19 elements");
+  EXPECT_EQ(Outcome(cdb_cd(cdb_, "%s", path.c_str())), "ok");
+  confd_hkeypath_t* place = nullptr;
+  ASSERT_EQ(cdb_getcwd_kpath(cdb_, &place), CONFD_OK);
+  EXPECT_EQ(place->len, 19);
+  confd_free_hkeypath(place);
+  OpenWith("refs", open + path + "/t:d20</to>");
+  EXPECT_EQ(Get("/refs/to"), "UNAVAILABLE");
+  EXPECT_EQ(Outcome(cdb_cd(cdb_, "%s/d20", path.c_str())), "ok");
+  EXPECT_EQ(cdb_getcwd_kpath(cdb_, &place), CONFD_ERR);
+  EXPECT_EQ(confd_errno, CONFD_ERR_INTERNAL);
+}
+
 }  // namespace
 }  // namespace contract

@@ -36,7 +36,7 @@ KIT_VALUE_TYPES(KIT_ROW)
 KIT_ERROR_CODES(KIT_ROW)
 #undef KIT_ROW
 
-static_assert(store::kMaxKeys == MAXKEYLEN);
+static_assert(store::kMaxKeys == MAXKEYLEN - 1);
 
 static_assert(sizeof(confd_value_t) == 40);
 static_assert(offsetof(confd_value_t, val) == 8);

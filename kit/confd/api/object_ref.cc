@@ -161,7 +161,7 @@ confd_hkeypath_t* PathOfReference(std::string_view text,
   const std::vector<Step> steps = Reader(text).Read(RootOf(place));
   size_t length = steps.size();
   for (const Step& step : steps) length += step.keys.empty() ? 0 : 1;
-  if (length > MAXDEPTH) {
+  if (length >= MAXDEPTH) {
     throw Error(ErrorCode::kUnavailable,
                 std::string(text) + " has too many elements for a path");
   }
@@ -189,7 +189,7 @@ confd_hkeypath_t* PathOfReference(std::string_view text,
 std::string ReferenceOfPath(const confd_hkeypath_t& path,
                             const SchemaNode& place) {
   std::string text;
-  if (path.len < 1 || path.len > MAXDEPTH) RejectPath(text);
+  if (path.len < 1 || path.len >= MAXDEPTH) RejectPath(text);
   const SchemaNode* node = &RootOf(place);
   bool has_keys = true;  // the root needs none
   for (int i = path.len - 1; i >= 0; --i) {

@@ -101,10 +101,10 @@ confd_hkeypath_t* ToC(const std::vector<store::PathElement>& elements) {
   // The last element comes first.
   for (auto one = elements.rbegin(); one != elements.rend(); ++one) {
     const size_t needed = one->keys.empty() ? 1 : 2;
-    if (static_cast<size_t>(path->len) + needed > MAXDEPTH) {
+    if (static_cast<size_t>(path->len) + needed >= MAXDEPTH) {
       throw Error(
           ErrorCode::kInternal,
-          "the path has more than " + std::to_string(MAXDEPTH) + " elements");
+          "the path has " + std::to_string(MAXDEPTH) + " elements or more");
     }
     if (!one->keys.empty()) {
       confd_value_t* keys = path->v[path->len++];
@@ -112,7 +112,7 @@ confd_hkeypath_t* ToC(const std::vector<store::PathElement>& elements) {
         *keys = kit::api::ToC(key, one->schema);
         ++keys;
       }
-      if (one->keys.size() < MAXKEYLEN) keys->type = C_NOEXISTS;
+      keys->type = C_NOEXISTS;
     }
     confd_value_t* name = path->v[path->len++];
     CONFD_SET_XMLTAG(name, TagOf(*one->schema), one->schema->module->hash);

@@ -40,8 +40,9 @@ enum class NodeKind {
   kAny  // anydata, anyxml: known, but never kept
 };
 
-// The most keys that a list may have: MAXKEYLEN of confd_lib.h.
-constexpr size_t kMaxKeys = 9;
+// The most keys that a list may have: an end mark stands behind them in the
+// MAXKEYLEN (confd_lib.h) values of a path's element.
+constexpr size_t kMaxKeys = 8;
 
 struct Module {
   std::string name;
