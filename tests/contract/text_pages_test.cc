@@ -245,6 +245,23 @@ TEST_F(ConfdLibLibPageText, PpValueGoesByTheTag) {
   }
 }
 
+TEST_F(ConfdLibLibPageText, PpValueNamesIdentitiesAndNodesOfLoadedSchemas) {
+  const confd_value_t bird = KeyOf("/lists/by-kin");
+  const confd_value_t note = TagOf("note");
+  const std::string number = std::to_string(bird.val.idref.id);
+  EXPECT_EQ(Printed(bird), "idref<" + number + ">");
+  EXPECT_EQ(Printed(note), "tag<" + std::to_string(TagNumber("note")) + ">");
+  ASSERT_EQ(maapi_load_schemas(maapi_), CONFD_OK);
+  EXPECT_EQ(Printed(bird), "zt:bird");
+  EXPECT_EQ(Printed(note), "note");
+  confd_value_t unknown = note;
+  unknown.val.xmltag.ns = kAlpha;
+  EXPECT_EQ(Printed(unknown).substr(0, 4), "tag<");
+  unknown = bird;
+  ++unknown.val.idref.id;
+  EXPECT_EQ(Printed(unknown).substr(0, 6), "idref<");
+}
+
 TEST_F(ConfdTypesPageKeyPaths, KeysThatNeedQuotesGetThem) {
   for (const char* text :
        {"", "a b", "a\nb", "a\tb", "a{", "a}", "a\"", "a\\"}) {

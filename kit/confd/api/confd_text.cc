@@ -3,15 +3,18 @@
 
 #include <cstdarg>
 #include <string>
+#include <utility>
 
 #include "kit/confd/api/call.h"
 #include "kit/confd/api/key_names.h"
+#include "kit/confd/api/loaded_names.h"
 #include "kit/confd/api/path_format.h"
 #include "kit/confd/api/plain_text.h"
 #include "kit/confd/api/put_text.h"
 
 using kit::api::Call;
 using kit::api::FormatText;
+using kit::api::LoadedNameOf;
 using kit::api::LoadedNames;
 using kit::api::PlainText;
 using kit::api::PutText;
@@ -60,7 +63,12 @@ int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...) {
 
 int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v) {
   return Format("confd_pp_value", buf, bufsiz, [&](Call& call) {
-    call.SetPath(v == nullptr ? "(null)" : PlainText(*v));
+    if (v == nullptr) {
+      call.SetPath("(null)");
+    } else {
+      auto name = LoadedNameOf(*v);
+      call.SetPath(name ? std::move(*name) : PlainText(*v));
+    }
   });
 }
 

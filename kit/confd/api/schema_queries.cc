@@ -13,6 +13,7 @@
 
 #include "kit/confd/api/call.h"
 #include "kit/confd/api/key_names.h"
+#include "kit/confd/api/loaded_names.h"
 #include "kit/confd/api/path_format.h"
 #include "kit/confd/api/schema_handles.h"
 #include "kit/confd/api/values.h"
@@ -155,7 +156,42 @@ const SchemaNode* FindByPath(const SchemaNode* start,
   });
 }
 
+std::optional<Found<std::string>> FindIdentity(
+    const Schema& schema, const confd_identityref& identity) {
+  const store::Module* module = schema.ModuleOfHash(identity.ns);
+  if (module == nullptr) return std::nullopt;
+  const auto name = store::IdentityName(*module, identity.id);
+  if (!name) return std::nullopt;
+  return Found<std::string>{module->prefix + ":" + *name, identity.ns};
+}
+
+const SchemaNode* FindTag(const SchemaNode& parent, const xml_tag& tag) {
+  for (const auto& node : parent.children) {
+    if (TagOf(*node) == tag.tag && node->module->hash == tag.ns) {
+      return node.get();
+    }
+    if (const SchemaNode* found = FindTag(*node, tag)) return found;
+  }
+  return nullptr;
+}
+
 }  // namespace
+
+std::optional<std::string> LoadedNameOf(const confd_value_t& value) {
+  using FoundText = Found<std::string>;
+  std::string name = Ask([&](const Schema& schema) -> std::optional<FoundText> {
+    if (value.type == C_IDENTITYREF) {
+      return FindIdentity(schema, value.val.idref);
+    }
+    if (value.type != C_XMLTAG) return std::nullopt;
+    const SchemaNode* node = FindTag(schema.root(), value.val.xmltag);
+    if (node == nullptr) return std::nullopt;
+    return FoundText{node->name, value.val.xmltag.ns};
+  });
+  if (name.empty()) return std::nullopt;
+  return name;
+}
+
 }  // namespace kit::api
 
 using kit::api::Call;

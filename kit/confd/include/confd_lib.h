@@ -469,7 +469,7 @@ CONFD_KIT_EXPORT int confd_vformat_keypath(char *buf, int bufsiz,
 
 /*
  * Prints a value as far as its tag tells: "enum<3>", "bits<5>", bytes in
- * hexadecimal.
+ * hexadecimal; identities and nodes by name if schemas are loaded.
  */
 CONFD_KIT_EXPORT int confd_pp_value(char *buf, int bufsiz,
                                     const confd_value_t *v);

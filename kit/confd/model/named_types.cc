@@ -1,5 +1,7 @@
 #include "kit/confd/model/named_types.h"
 
+#include <libyang/libyang.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -47,6 +49,15 @@ std::unique_ptr<Schema> NamedTypes::Compile(const Module* module,
     // No such type, or one that means something only where it is used.
     return nullptr;
   }
+}
+
+std::optional<std::string> IdentityName(const Module& module, uint32_t hash) {
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(module.compiled->identities, i) {
+    const char* name = module.compiled->identities[i].name;
+    if (NameHash(name) == hash) return name;
+  }
+  return std::nullopt;
 }
 
 }  // namespace kit::store

@@ -2,8 +2,10 @@
 #ifndef KIT_CONFD_MODEL_NAMED_TYPES_H_
 #define KIT_CONFD_MODEL_NAMED_TYPES_H_
 
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -30,6 +32,9 @@ class NamedTypes {
   std::map<std::pair<const Module*, std::string>, std::unique_ptr<Schema>>
       compiled_;
 };
+
+// Of an identity that the module defines, by the hash that values have.
+std::optional<std::string> IdentityName(const Module& module, uint32_t hash);
 
 }  // namespace kit::store
 
