@@ -4,7 +4,7 @@
 namespace contract {
 namespace {
 
-class CursorsTest : public CApiTest {
+class ConfdLibMaapiPageCursors : public CApiTest {
  protected:
   void SetUp() override {
     OpenZoo(
@@ -42,7 +42,7 @@ class CursorsTest : public CApiTest {
   maapi_cursor mc_ = {};
 };
 
-TEST_F(CursorsTest, NumberAfterInitIsThatOfTheListsKeys) {
+TEST_F(ConfdLibMaapiPageCursors, NumberAfterInitIsThatOfTheListsKeys) {
   Start("/object");
   EXPECT_EQ(mc_.n, 1);
   maapi_destroy_cursor(&mc_);
@@ -56,7 +56,7 @@ TEST_F(CursorsTest, NumberAfterInitIsThatOfTheListsKeys) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, FirstStepIsTheFirstEntryAndTheLastIsTheEnd) {
+TEST_F(ConfdLibMaapiPageCursors, FirstStepIsTheFirstEntryAndTheLastIsTheEnd) {
   Start("/object");
   EXPECT_EQ(Next(), "C_UINT32 2");
   EXPECT_EQ(mc_.n, 1);
@@ -69,14 +69,14 @@ TEST_F(CursorsTest, FirstStepIsTheFirstEntryAndTheLastIsTheEnd) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, KeysAreInTheOrderOfTheKeyStatement) {
+TEST_F(ConfdLibMaapiPageCursors, KeysAreInTheOrderOfTheKeyStatement) {
   ASSERT_EQ(Create("/lists/pair{7 red}"), "ok");
   Start("/lists/pair");
   EXPECT_EQ(Next(), "C_UINT32 7, C_ENUM_VALUE 3");
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, CursorsOverWhatIsNoListFail) {
+TEST_F(ConfdLibMaapiPageCursors, CursorsOverWhatIsNoListFail) {
   for (const char* path :
        {"/object{2}", "/values", "/values/u8", "/", "/nothing"}) {
     maapi_cursor mc = {};
@@ -87,7 +87,7 @@ TEST_F(CursorsTest, CursorsOverWhatIsNoListFail) {
   }
 }
 
-TEST_F(CursorsTest, FindNextGoesPastTheKeysOrStaysAtThem) {
+TEST_F(ConfdLibMaapiPageCursors, FindNextGoesPastTheKeysOrStaysAtThem) {
   Start("/object");
   EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint32(2)}), "C_UINT32 10");
   EXPECT_EQ(Find(CONFD_FIND_SAME_OR_NEXT, {Uint32(2)}), "C_UINT32 2");
@@ -103,7 +103,7 @@ TEST_F(CursorsTest, FindNextGoesPastTheKeysOrStaysAtThem) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, WalkGoesOnFromWhatWasFound) {
+TEST_F(ConfdLibMaapiPageCursors, WalkGoesOnFromWhatWasFound) {
   Start("/object");
   EXPECT_EQ(Find(CONFD_FIND_SAME_OR_NEXT, {Uint32(10)}), "C_UINT32 10");
   EXPECT_EQ(Next(), "C_UINT32 30");
@@ -113,7 +113,7 @@ TEST_F(CursorsTest, WalkGoesOnFromWhatWasFound) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, FewerKeysStandBeforeEveryEntryWithThatPrefix) {
+TEST_F(ConfdLibMaapiPageCursors, FewerKeysStandBeforeEveryEntryWithThatPrefix) {
   Start("/lists/triple");
   for (auto type : {CONFD_FIND_NEXT, CONFD_FIND_SAME_OR_NEXT}) {
     EXPECT_EQ(Find(type, {Uint8(1), Uint8(1)}),
@@ -132,7 +132,7 @@ TEST_F(CursorsTest, FewerKeysStandBeforeEveryEntryWithThatPrefix) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, FindNextChecksItsKeys) {
+TEST_F(ConfdLibMaapiPageCursors, FindNextChecksItsKeys) {
   Start("/object");
   EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint8(1)}), "BADPATH");
   EXPECT_EQ(mc_.n, 0);
@@ -140,7 +140,7 @@ TEST_F(CursorsTest, FindNextChecksItsKeys) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, FindNextTakesTheCursorsOwnKeys) {
+TEST_F(ConfdLibMaapiPageCursors, FindNextTakesTheCursorsOwnKeys) {
   Start("/lists/by-string");
   EXPECT_EQ(Next(), "C_BUF one");
   ASSERT_EQ(maapi_find_next(&mc_, CONFD_FIND_NEXT, mc_.keys, mc_.n), CONFD_OK);
@@ -148,7 +148,7 @@ TEST_F(CursorsTest, FindNextTakesTheCursorsOwnKeys) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, DeletingTheCurrentEntryDoesNotDisturbTheWalk) {
+TEST_F(ConfdLibMaapiPageCursors, DeletingTheCurrentEntryDoesNotDisturbTheWalk) {
   for (const char* list : {"/object", "/lists/queue", "/lists/triple"}) {
     const int entries = Count(list);
     Start(list);
@@ -164,7 +164,7 @@ TEST_F(CursorsTest, DeletingTheCurrentEntryDoesNotDisturbTheWalk) {
   }
 }
 
-TEST_F(CursorsTest, DeletingTheNextEntryAndAddingOnesAreSeen) {
+TEST_F(ConfdLibMaapiPageCursors, DeletingTheNextEntryAndAddingOnesAreSeen) {
   Start("/lists/queue");
   EXPECT_EQ(Next(), "C_UINT8 9");
   ASSERT_EQ(Delete("/lists/queue{1}"), "ok");
@@ -184,7 +184,7 @@ TEST_F(CursorsTest, DeletingTheNextEntryAndAddingOnesAreSeen) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, CursorOverAListWhoseEntryAboveGoesAwayEnds) {
+TEST_F(ConfdLibMaapiPageCursors, CursorOverAListWhoseEntryAboveGoesAwayEnds) {
   ASSERT_EQ(Create("/object{2}/part{1}"), "ok");
   ASSERT_EQ(Create("/object{2}/part{2}"), "ok");
   Start("/object{2}/part");
@@ -194,7 +194,7 @@ TEST_F(CursorsTest, CursorOverAListWhoseEntryAboveGoesAwayEnds) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, CursorsWalkIndependently) {
+TEST_F(ConfdLibMaapiPageCursors, CursorsWalkIndependently) {
   Start("/object");
   maapi_cursor other = {};
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &other, "/object"), CONFD_OK);
@@ -207,7 +207,7 @@ TEST_F(CursorsTest, CursorsWalkIndependently) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, SelectedNamespaceIsThatOfTheInit) {
+TEST_F(ConfdLibMaapiPageCursors, SelectedNamespaceIsThatOfTheInit) {
   ASSERT_EQ(maapi_set_namespace(maapi_, th_, 1001), CONFD_OK);
   Start("object");
   ASSERT_EQ(maapi_set_namespace(maapi_, th_, 1003), CONFD_OK);
@@ -215,7 +215,7 @@ TEST_F(CursorsTest, SelectedNamespaceIsThatOfTheInit) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, DestroyedCursorsAreMisuse) {
+TEST_F(ConfdLibMaapiPageCursors, DestroyedCursorsAreMisuse) {
   Start("/object");
   EXPECT_EQ(database_->OpenCursors(), 1u);
   maapi_destroy_cursor(&mc_);
@@ -225,7 +225,7 @@ TEST_F(CursorsTest, DestroyedCursorsAreMisuse) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, CursorsOfAClosedSessionAreNoSession) {
+TEST_F(ConfdLibMaapiPageCursors, CursorsOfAClosedSessionAreNoSession) {
   Start("/object");
   EXPECT_EQ(Next(), "C_UINT32 2");
   database_.reset();
@@ -234,7 +234,8 @@ TEST_F(CursorsTest, CursorsOfAClosedSessionAreNoSession) {
   maapi_destroy_cursor(&mc_);
 }
 
-TEST_F(CursorsTest, CursorsThatAreNeverDestroyedAreCountedAndNotLeaked) {
+TEST_F(ConfdLibMaapiPageCursors,
+       CursorsThatAreNeverDestroyedAreCountedAndNotLeaked) {
   Start("/lists/by-string");
   EXPECT_EQ(Next(), "C_BUF one");
   Start("/object");
@@ -242,7 +243,7 @@ TEST_F(CursorsTest, CursorsThatAreNeverDestroyedAreCountedAndNotLeaked) {
 }
 
 // A fault may change what a cursor shows; the library still owns its keys.
-TEST_F(CursorsTest, SubstitutedKeysAreNotReleasedTwice) {
+TEST_F(ConfdLibMaapiPageCursors, SubstitutedKeysAreNotReleasedTwice) {
   kit::control::Fault fault;
   fault.function = "maapi_get_next";
   fault.substitutes = {{0, C_UINT32, 42}};

@@ -10,14 +10,14 @@ namespace {
 
 using testing::Test;
 
-class ErrorsTest : public CApiTest {
+class ConfdLibPageErrors : public CApiTest {
  protected:
   void SetUp() override {
     OpenZoo("<object><id>1</id><name>elephant</name></object>");
   }
 };
 
-TEST_F(ErrorsTest, NumberIsPerThread) {
+TEST_F(ConfdLibPageErrors, NumberIsPerThread) {
   ASSERT_EQ(maapi_create(maapi_, th_, "/zoo:object{1}"), CONFD_ERR);
   ASSERT_EQ(confd_errno, CONFD_ERR_ALREADY_EXISTS);
   const std::string text = confd_lasterr();
@@ -32,7 +32,7 @@ TEST_F(ErrorsTest, NumberIsPerThread) {
   EXPECT_EQ(confd_lasterr(), text);
 }
 
-TEST_F(ErrorsTest, NumberIsAnObjectOfTheProgram) {
+TEST_F(ConfdLibPageErrors, NumberIsAnObjectOfTheProgram) {
   int* location = confd_errno_location();
   ASSERT_NE(location, nullptr);
   confd_errno = 77;
@@ -40,7 +40,7 @@ TEST_F(ErrorsTest, NumberIsAnObjectOfTheProgram) {
   EXPECT_EQ(confd_errno_location(), location);
 }
 
-TEST_F(ErrorsTest, SuccessLeavesTheLastErrorAsItIs) {
+TEST_F(ConfdLibPageErrors, SuccessLeavesTheLastErrorAsItIs) {
   ASSERT_EQ(maapi_delete(maapi_, th_, "/zoo:object{9}"), CONFD_ERR);
   const std::string text = confd_lasterr();
   EXPECT_EQ(maapi_create(maapi_, th_, "/zoo:object{2}"), CONFD_OK);
@@ -55,7 +55,7 @@ struct TextCase {
   const char* text;
 };
 
-TEST_F(ErrorsTest, TextNamesThePathOnceAndTheReason) {
+TEST_F(ConfdLibPageErrors, TextNamesThePathOnceAndTheReason) {
   const TextCase cases[] = {
       {"/object{9}/size", "/object{9}/size: the entry above it does not exist"},
       {"/shed/tool",
@@ -86,7 +86,7 @@ TEST_F(ErrorsTest, TextNamesThePathOnceAndTheReason) {
   }
 }
 
-TEST_F(ErrorsTest, TextOfABadValueNamesLeafAndType) {
+TEST_F(ConfdLibPageErrors, TextOfABadValueNamesLeafAndType) {
   EXPECT_EQ(Set("/values/u8", Uint32(1)), "BADTYPE");
   EXPECT_STREQ(confd_lasterr(),
                "/values/u8: leaf \"u8\": a C_UINT32 value was given for a leaf "
@@ -97,7 +97,7 @@ TEST_F(ErrorsTest, TextOfABadValueNamesLeafAndType) {
       << confd_lasterr();
 }
 
-TEST_F(ErrorsTest, TextOfAnyLengthIsCutAndTerminated) {
+TEST_F(ConfdLibPageErrors, TextOfAnyLengthIsCutAndTerminated) {
   const std::string key(5000, 'x');
   EXPECT_EQ(Get("/object{" + key + "}/last"), "BADPATH");
   EXPECT_LT(std::strlen(confd_lasterr()), 4096u);
@@ -199,7 +199,7 @@ std::vector<std::pair<std::string, std::string>> AllMaapiCalls(int sock,
   };
 }
 
-TEST_F(ErrorsTest, SocketWithoutASessionIsNoSession) {
+TEST_F(ConfdLibPageErrors, SocketWithoutASessionIsNoSession) {
   for (int sock : {-1, 0, 99999, INT_MAX, INT_MIN, maapi_}) {
     for (const auto& [call, outcome] : AllCdbCalls(sock)) {
       EXPECT_EQ(outcome, "NOSESSION") << call << " on socket " << sock;
@@ -212,7 +212,7 @@ TEST_F(ErrorsTest, SocketWithoutASessionIsNoSession) {
   }
 }
 
-TEST_F(ErrorsTest, WrongTransactionHandleIsNoTransaction) {
+TEST_F(ConfdLibPageErrors, WrongTransactionHandleIsNoTransaction) {
   for (int th : {th_ + 1, th_ - 1, 0, -1, INT_MAX}) {
     for (const auto& [call, outcome] : AllMaapiCalls(maapi_, th)) {
       EXPECT_EQ(outcome, "NOTRANS") << call << " in transaction " << th;
@@ -223,7 +223,7 @@ TEST_F(ErrorsTest, WrongTransactionHandleIsNoTransaction) {
                                     .c_str());
 }
 
-TEST_F(ErrorsTest, ClosedSessionsAreNoSession) {
+TEST_F(ConfdLibPageErrors, ClosedSessionsAreNoSession) {
   database_.reset();
   for (const auto& [call, outcome] : AllCdbCalls(cdb_)) {
     EXPECT_EQ(outcome, "NOSESSION") << call;
@@ -236,7 +236,7 @@ TEST_F(ErrorsTest, ClosedSessionsAreNoSession) {
 // ---- Absurd arguments
 // ---------------------------------------------------------
 
-TEST_F(ErrorsTest, NullPointersAreErrors) {
+TEST_F(ConfdLibPageErrors, NullPointersAreErrors) {
   EXPECT_EQ(Outcome(cdb_num_instances(cdb_, nullptr)), "BADPATH");
   EXPECT_EQ(Outcome(maapi_create(maapi_, th_, nullptr)), "BADPATH");
   EXPECT_EQ(Outcome(maapi_exists(maapi_, th_, "%s", nullptr)), "BADPATH");
@@ -273,13 +273,13 @@ TEST_F(ErrorsTest, NullPointersAreErrors) {
   maapi_destroy_cursor(nullptr);
 }
 
-TEST_F(ErrorsTest, NullArraysAreFineWhereNothingIsWritten) {
+TEST_F(ConfdLibPageErrors, NullArraysAreFineWhereNothingIsWritten) {
   EXPECT_EQ(cdb_get_objects(cdb_, nullptr, 0, 0, 1, "/object"), 13);
   EXPECT_EQ(cdb_get_objects(cdb_, nullptr, 4, 0, 0, "/object"), 0);
   EXPECT_EQ(maapi_get_object(maapi_, th_, nullptr, 0, "/object{1}"), 13);
 }
 
-TEST_F(ErrorsTest, ValuesWithNullContentsAreOfNoType) {
+TEST_F(ConfdLibPageErrors, ValuesWithNullContentsAreOfNoType) {
   EXPECT_EQ(Set("/values/str", Str(nullptr)), "BADTYPE");
   confd_value_t v;
   CONFD_SET_BUF(&v, nullptr, 5);
@@ -296,7 +296,7 @@ TEST_F(ErrorsTest, ValuesWithNullContentsAreOfNoType) {
   EXPECT_EQ(Get("/values/str"), "C_BUF \"\"");
 }
 
-TEST_F(ErrorsTest, TypesThatNoLeafHasAreBadTypes) {
+TEST_F(ConfdLibPageErrors, TypesThatNoLeafHasAreBadTypes) {
   confd_value_t v = {};
   for (int type : {0,  3,  14, 18, 20, 21, 22, 23, 27, 32, 33,
                    35, 36, 37, 38, 42, 45, 51, 52, 54, 63}) {
@@ -309,7 +309,7 @@ TEST_F(ErrorsTest, TypesThatNoLeafHasAreBadTypes) {
   }
 }
 
-TEST_F(ErrorsTest, AbsurdCountsAreErrors) {
+TEST_F(ConfdLibPageErrors, AbsurdCountsAreErrors) {
   confd_value_t values[2] = {Uint32(5), NoExists()};
   char text[4];
   for (int n : {-1, INT_MIN}) {
@@ -356,7 +356,7 @@ class Watching : public kit::control::Observer {
   std::string calls;
 };
 
-TEST_F(ErrorsTest, AbsurdArgumentsAreReportedToo) {
+TEST_F(ConfdLibPageErrors, AbsurdArgumentsAreReportedToo) {
   Watching watching;
   kit::control::SetObserver(&watching);
   confd_value_t value = Uint32(5);
@@ -385,7 +385,8 @@ TEST_F(ErrorsTest, AbsurdArgumentsAreReportedToo) {
       "'/values/numbers: a C_LIST value has a NULL pointer'\n");
 }
 
-TEST_F(ErrorsTest, ObjectsNarrowerThanTheirSlotsAreReportedWithoutTheRest) {
+TEST_F(ConfdLibPageErrors,
+       ObjectsNarrowerThanTheirSlotsAreReportedWithoutTheRest) {
   Watching watching;
   kit::control::SetObserver(&watching);
   // Never initialised, as a program may leave it.
@@ -399,7 +400,7 @@ TEST_F(ErrorsTest, ObjectsNarrowerThanTheirSlotsAreReportedWithoutTheRest) {
       << watching.calls;
 }
 
-TEST_F(ErrorsTest, WhatReadsObjectsIsReportedWithItsResult) {
+TEST_F(ConfdLibPageErrors, WhatReadsObjectsIsReportedWithItsResult) {
   maapi_cursor mc;
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/object"), CONFD_OK);
   Watching watching;
@@ -413,7 +414,7 @@ TEST_F(ErrorsTest, WhatReadsObjectsIsReportedWithItsResult) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(ErrorsTest, CursorsThatWereNeverInitialisedAreMisuse) {
+TEST_F(ConfdLibPageErrors, CursorsThatWereNeverInitialisedAreMisuse) {
   maapi_cursor mc = {};
   mc.n = 1;
   EXPECT_EQ(Outcome(maapi_get_next(&mc)), "PROTOUSAGE");
@@ -423,7 +424,7 @@ TEST_F(ErrorsTest, CursorsThatWereNeverInitialisedAreMisuse) {
   maapi_destroy_cursor(&mc);
 }
 
-TEST_F(ErrorsTest, PathsOfAnyBytesAreNoCrash) {
+TEST_F(ConfdLibPageErrors, PathsOfAnyBytesAreNoCrash) {
   const std::string paths[] = {"",
                                "/",
                                "//",

@@ -9,7 +9,7 @@
 namespace contract {
 namespace {
 
-class KeyPathsTest : public CApiTest {
+class ConfdTypesPagePaths : public CApiTest {
  protected:
   void SetUp() override {
     OpenZoo(
@@ -61,7 +61,7 @@ std::string Formatted(const char* fmt, ...) {
 
 // ---- Directives -----------------------------------------------------------
 
-TEST_F(KeyPathsTest, DirectivesMayStandAnywhere) {
+TEST_F(ConfdTypesPagePaths, DirectivesMayStandAnywhere) {
   EXPECT_EQ(cdb_exists(cdb_, "/object{%d}", 3), 1);
   EXPECT_EQ(cdb_exists(cdb_, "/object{%u}", 3u), 1);
   EXPECT_EQ(cdb_exists(cdb_, "/%s{%d}/%s", "object", 3, "zoo:name"), 1);
@@ -70,7 +70,7 @@ TEST_F(KeyPathsTest, DirectivesMayStandAnywhere) {
   EXPECT_EQ(cdb_exists(cdb_, "/obj%st{3}", "ec"), 1);
 }
 
-TEST_F(KeyPathsTest, ValueDirectivePrintsKeyForm) {
+TEST_F(ConfdTypesPagePaths, ValueDirectivePrintsKeyForm) {
   confd_value_t key = Uint32(3);
   EXPECT_EQ(cdb_exists(cdb_, "/object{%x}", &key), 1);
   key = Ipv4("10.0.0.9");
@@ -82,14 +82,14 @@ TEST_F(KeyPathsTest, ValueDirectivePrintsKeyForm) {
   EXPECT_EQ(cdb_exists(cdb_, "/lists/by-string{%x}", &key), 1);
 }
 
-TEST_F(KeyPathsTest, CountedValueDirectivePrintsAllKeys) {
+TEST_F(ConfdTypesPagePaths, CountedValueDirectivePrintsAllKeys) {
   confd_value_t keys[] = {Uint32(1), Enum(3)};
   EXPECT_EQ(cdb_exists(cdb_, "/lists/pair{%*x}", 2, keys), 1);
   EXPECT_EQ(Formatted("/lists/pair{%*x}/note", 2, keys),
             "/lists/pair{1 red}/note");
 }
 
-TEST_F(KeyPathsTest, AddressDirectivesTakePointers) {
+TEST_F(ConfdTypesPagePaths, AddressDirectivesTakePointers) {
   struct in_addr address;
   inet_pton(AF_INET, "10.0.0.9", &address);
   EXPECT_EQ(cdb_exists(cdb_, "/lists/by-ip4{%ip4}", &address), 1);
@@ -103,7 +103,7 @@ TEST_F(KeyPathsTest, AddressDirectivesTakePointers) {
 }
 
 // Whatever a read gives can be used as a key.
-TEST_F(KeyPathsTest, KeysReadFromACursorAddressTheirEntries) {
+TEST_F(ConfdTypesPagePaths, KeysReadFromACursorAddressTheirEntries) {
   for (const char* list :
        {"by-string", "by-enum", "by-kin", "by-bits", "by-mixed", "by-ref",
         "by-dec", "by-bool", "by-plen", "by-ip4", "pair"}) {
@@ -124,7 +124,7 @@ TEST_F(KeyPathsTest, KeysReadFromACursorAddressTheirEntries) {
   }
 }
 
-TEST_F(KeyPathsTest, UnknownDirectivesAreBadPaths) {
+TEST_F(ConfdTypesPagePaths, UnknownDirectivesAreBadPaths) {
   // Through a variable: the compiler would object too.
   for (const char* fmt :
        {"/object{%q}", "/object{%", "/object{%lx}", "/object{%lu}",
@@ -137,7 +137,7 @@ TEST_F(KeyPathsTest, UnknownDirectivesAreBadPaths) {
 
 // ---- Keys -------------------------------------------------------------------
 
-TEST_F(KeyPathsTest, KeysStandInBracesSeparatedByBlanks) {
+TEST_F(ConfdTypesPagePaths, KeysStandInBracesSeparatedByBlanks) {
   EXPECT_EQ(Exists("/lists/pair{1 red}"), 1);
   EXPECT_EQ(Exists("/lists/pair{ 1   red }"), 1);
   EXPECT_EQ(Exists("/lists/pair{1}"), CONFD_ERR);
@@ -147,7 +147,7 @@ TEST_F(KeyPathsTest, KeysStandInBracesSeparatedByBlanks) {
   EXPECT_EQ(Exists("/lists/pair{}"), CONFD_ERR);
 }
 
-TEST_F(KeyPathsTest, AwkwardKeysStandInDoubleQuotes) {
+TEST_F(ConfdTypesPagePaths, AwkwardKeysStandInDoubleQuotes) {
   EXPECT_EQ(Exists("/lists/by-string{\"with blank\"}"), 1);
   EXPECT_EQ(Exists("/lists/by-string{\"brace}quote\\\"back\\\\\"}"), 1);
   EXPECT_EQ(Exists("/object{\"3\"}"), 1);
@@ -158,7 +158,7 @@ TEST_F(KeyPathsTest, AwkwardKeysStandInDoubleQuotes) {
   EXPECT_EQ(Formatted("/lists/by-string{%x}", &key), "/lists/by-string{plain}");
 }
 
-TEST_F(KeyPathsTest, EnumerationKeysAreWrittenByName) {
+TEST_F(ConfdTypesPagePaths, EnumerationKeysAreWrittenByName) {
   EXPECT_EQ(Exists("/lists/by-enum{dark-blue}"), 1);
   EXPECT_EQ(Exists("/lists/by-enum{-2}"), CONFD_ERR);
   EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
@@ -173,12 +173,12 @@ TEST_F(KeyPathsTest, EnumerationKeysAreWrittenByName) {
   EXPECT_EQ(maapi_exists(maapi_, th_, "/lists/by-enum{%x}", &key), CONFD_ERR);
 }
 
-TEST_F(KeyPathsTest, EnumerationKeysOfUnionsAreWrittenByName) {
+TEST_F(ConfdTypesPagePaths, EnumerationKeysOfUnionsAreWrittenByName) {
   confd_value_t key = Enum(0);
   EXPECT_EQ(Formatted("/lists/by-mixed{%x}", &key), "/lists/by-mixed{none}");
 }
 
-TEST_F(KeyPathsTest, KeysThatTheTypeRejectsAreBadPaths) {
+TEST_F(ConfdTypesPagePaths, KeysThatTheTypeRejectsAreBadPaths) {
   for (const char* path :
        {"/object{x}", "/object{-1}", "/object{4294967296}", "/object{+-1}",
         "/lists/by-ip4{10.0.0}", "/lists/by-ip4{10.0.0.256}",
@@ -192,7 +192,7 @@ TEST_F(KeyPathsTest, KeysThatTheTypeRejectsAreBadPaths) {
 // ---- Positions
 // ----------------------------------------------------------------
 
-TEST_F(KeyPathsTest, CdbPathsMayGiveAPositionInTheListsOrder) {
+TEST_F(ConfdTypesPagePaths, CdbPathsMayGiveAPositionInTheListsOrder) {
   uint32_t id = 0;
   ASSERT_EQ(cdb_get_u_int32(cdb_, &id, "/object[0]/id"), CONFD_OK);
   EXPECT_EQ(id, 1u);
@@ -201,7 +201,7 @@ TEST_F(KeyPathsTest, CdbPathsMayGiveAPositionInTheListsOrder) {
   EXPECT_EQ(cdb_exists(cdb_, "/object[0]/part[0]/note"), 1);
 }
 
-TEST_F(KeyPathsTest, PositionsPastTheEndDoNotExist) {
+TEST_F(ConfdTypesPagePaths, PositionsPastTheEndDoNotExist) {
   uint32_t id = 0;
   for (const char* path : {"/object[2]/id", "/object[4294967296]/id",
                            "/object[0]/part[1]/n", "/object[9]/part[0]/n"}) {
@@ -212,7 +212,7 @@ TEST_F(KeyPathsTest, PositionsPastTheEndDoNotExist) {
   EXPECT_EQ(Outcome(cdb_exists(cdb_, "/object[-1]")), "BADPATH");
 }
 
-TEST_F(KeyPathsTest, MaapiPathsMayNot) {
+TEST_F(ConfdTypesPagePaths, MaapiPathsMayNot) {
   confd_value_t v = Uint32(1);
   maapi_cursor mc = {};
   EXPECT_EQ(Outcome(maapi_exists(maapi_, th_, "/object[0]")), "BADPATH");
@@ -230,14 +230,14 @@ TEST_F(KeyPathsTest, MaapiPathsMayNot) {
 // ---- Relative paths, prefixes, namespaces
 // ---------------------------------------
 
-TEST_F(KeyPathsTest, PathsWithoutALeadingSlashStartAtTheRoot) {
+TEST_F(ConfdTypesPagePaths, PathsWithoutALeadingSlashStartAtTheRoot) {
   EXPECT_EQ(Exists("object{3}"), 1);
   EXPECT_EQ(cdb_exists(cdb_, "object[1]/zoo:name"), 1);
   EXPECT_EQ(Create("object{4}"), "ok");
   EXPECT_EQ(Exists("/object{4}"), 1);
 }
 
-TEST_F(KeyPathsTest, NamesMayCarryTheirModulesPrefix) {
+TEST_F(ConfdTypesPagePaths, NamesMayCarryTheirModulesPrefix) {
   EXPECT_EQ(Exists("/zoo:object{3}"), 1);
   EXPECT_EQ(Exists("/zoo:lists/zm:l3{eth0}"), 1);
   EXPECT_EQ(Exists("/lists/l3{eth0}"), 1);
@@ -248,7 +248,7 @@ TEST_F(KeyPathsTest, NamesMayCarryTheirModulesPrefix) {
   EXPECT_EQ(Exists("/nobody:lists"), CONFD_ERR);
 }
 
-TEST_F(KeyPathsTest, NameThatOnlyOneModuleDefinesIsFound) {
+TEST_F(ConfdTypesPagePaths, NameThatOnlyOneModuleDefinesIsFound) {
   EXPECT_EQ(Exists("/only-alpha"), 1);
   EXPECT_EQ(Exists("/only-beta"), 1);
   // Whatever namespace is selected.
@@ -258,7 +258,7 @@ TEST_F(KeyPathsTest, NameThatOnlyOneModuleDefinesIsFound) {
   EXPECT_EQ(Exists("/object{3}"), 1);
 }
 
-TEST_F(KeyPathsTest, SelectedNamespaceDecidesBetweenSeveral) {
+TEST_F(ConfdTypesPagePaths, SelectedNamespaceDecidesBetweenSeveral) {
   EXPECT_EQ(Get("/shared/from"), "BADPATH");
   EXPECT_NE(std::strstr(confd_lasterr(), "several modules define \"shared\""),
             nullptr);
@@ -275,7 +275,7 @@ TEST_F(KeyPathsTest, SelectedNamespaceDecidesBetweenSeveral) {
   EXPECT_EQ(Get("/shared/from"), "BADPATH");
 }
 
-TEST_F(KeyPathsTest, EachSocketHasASelectedNamespaceOfItsOwn) {
+TEST_F(ConfdTypesPagePaths, EachSocketHasASelectedNamespaceOfItsOwn) {
   char text[8];
   ASSERT_EQ(maapi_set_namespace(maapi_, th_, 1003), CONFD_OK);
   EXPECT_EQ(Outcome(cdb_get_str(cdb_, text, 8, "/shared/from")), "BADPATH");
@@ -285,7 +285,7 @@ TEST_F(KeyPathsTest, EachSocketHasASelectedNamespaceOfItsOwn) {
   EXPECT_EQ(Get("/shared/from"), "C_BUF b");
 }
 
-TEST_F(KeyPathsTest, UnknownNamespaceHashDoesNotExist) {
+TEST_F(ConfdTypesPagePaths, UnknownNamespaceHashDoesNotExist) {
   ASSERT_EQ(maapi_set_namespace(maapi_, th_, 1003), CONFD_OK);
   // 1004 is the hash of a module that the models lack.
   for (int hash : {0, 12345, -1, 1004}) {
@@ -296,7 +296,7 @@ TEST_F(KeyPathsTest, UnknownNamespaceHashDoesNotExist) {
   EXPECT_EQ(Get("/shared/from"), "C_BUF b");
 }
 
-TEST_F(KeyPathsTest, ParentsOwnModuleComesFirstBelowTheTop) {
+TEST_F(ConfdTypesPagePaths, ParentsOwnModuleComesFirstBelowTheTop) {
   // Whatever namespace is selected.
   ASSERT_EQ(maapi_set_namespace(maapi_, th_, 1005), CONFD_OK);
   EXPECT_EQ(Get("/object{3}/name"), "C_BUF three");
@@ -306,14 +306,14 @@ TEST_F(KeyPathsTest, ParentsOwnModuleComesFirstBelowTheTop) {
 
 // ---- confd_vformat_keypath --------------------------------------------------
 
-TEST_F(KeyPathsTest, FormattingReturnsTheLengthThatWasNeeded) {
+TEST_F(ConfdTypesPagePaths, FormattingReturnsTheLengthThatWasNeeded) {
   char buf[32];
   std::memset(buf, '#', sizeof buf);
   EXPECT_EQ(Format(buf, sizeof buf, "/a/%s{%d}", "b", 42), 8);
   EXPECT_STREQ(buf, "/a/b{42}");
 }
 
-TEST_F(KeyPathsTest, FormattingTruncatesLikeVsnprintf) {
+TEST_F(ConfdTypesPagePaths, FormattingTruncatesLikeVsnprintf) {
   char buf[8];
   for (int size = 1; size <= 8; ++size) {
     std::memset(buf, '#', sizeof buf);
@@ -333,7 +333,7 @@ TEST_F(KeyPathsTest, FormattingTruncatesLikeVsnprintf) {
   EXPECT_EQ(buf[0], '#');
 }
 
-TEST_F(KeyPathsTest, FormattingTakesWhatIsNoFormat) {
+TEST_F(ConfdTypesPagePaths, FormattingTakesWhatIsNoFormat) {
   char buf[8] = "before";
   EXPECT_EQ(Format(buf, 8, "/a{%q}"), 6);
   EXPECT_STREQ(buf, "/a{%q}");

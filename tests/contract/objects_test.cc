@@ -6,7 +6,7 @@
 namespace contract {
 namespace {
 
-class ObjectsTest : public CApiTest {
+class ConfdLibPagesObjects : public CApiTest {
  protected:
   void SetUp() override {
     OpenZoo(
@@ -55,23 +55,23 @@ constexpr char kFullObject[] =
     "C_XMLTAG, C_UINT16 4, C_XMLTAG, C_ENUM_VALUE 3, C_XMLTAG, C_BUF hm, "
     "C_UINT8 1, C_INT8 -1, C_NOEXISTS, C_BUF gold";
 
-TEST_F(ObjectsTest, HoldLeavesDefaultsContainersLeafListsAndSubLists) {
+TEST_F(ConfdLibPagesObjects, HoldLeavesDefaultsContainersLeafListsAndSubLists) {
   EXPECT_EQ(Object("/object{1}"), kLeastObject);
   EXPECT_EQ(Object("/object{2}"), kFullObject);
 }
 
-TEST_F(ObjectsTest, HoldTheKeysFirst) {
+TEST_F(ConfdLibPagesObjects, HoldTheKeysFirst) {
   EXPECT_EQ(Object("/lists/pair{1 red}"),
             "C_UINT32 1, C_ENUM_VALUE 3, C_BUF x");
 }
 
-TEST_F(ObjectsTest, ContainersAreObjectsToo) {
+TEST_F(ConfdLibPagesObjects, ContainersAreObjectsToo) {
   EXPECT_EQ(Object("/object{2}/box"), "C_UINT16 4, C_XMLTAG, C_ENUM_VALUE 3");
   EXPECT_EQ(Object("/object{2}/extra"), "C_BUF hm, C_UINT8 1");
   EXPECT_EQ(Object("/object{1}/extra"), "NOEXISTS");
 }
 
-TEST_F(ObjectsTest, ContainerTagsTellContainersApart) {
+TEST_F(ConfdLibPagesObjects, ContainerTagsTellContainersApart) {
   confd_value_t values[15];
   ASSERT_EQ(maapi_get_object(maapi_, th_, values, 15, "/object{2}"), 15);
   EXPECT_NE(CONFD_GET_XMLTAG(&values[5]), CONFD_GET_XMLTAG(&values[7]));
@@ -80,7 +80,7 @@ TEST_F(ObjectsTest, ContainerTagsTellContainersApart) {
   for (confd_value_t& value : values) confd_free_value(&value);
 }
 
-TEST_F(ObjectsTest, MissingEntriesAndOtherNodes) {
+TEST_F(ConfdLibPagesObjects, MissingEntriesAndOtherNodes) {
   EXPECT_EQ(Object("/object{9}"), "NOEXISTS");
   EXPECT_EQ(Object("/object{9}/box"), "NOEXISTS");
   EXPECT_EQ(Object("/object"), "BADPATH");
@@ -88,7 +88,7 @@ TEST_F(ObjectsTest, MissingEntriesAndOtherNodes) {
   EXPECT_EQ(Object("/object{1}/nothing"), "BADPATH");
 }
 
-TEST_F(ObjectsTest, GetObjectReturnsWhatIsNeededAndStoresWhatFits) {
+TEST_F(ConfdLibPagesObjects, GetObjectReturnsWhatIsNeededAndStoresWhatFits) {
   confd_value_t values[3];
   values[2] = Uint8(99);
   EXPECT_EQ(maapi_get_object(maapi_, th_, values, 2, "/object{2}"), 15);
@@ -97,7 +97,7 @@ TEST_F(ObjectsTest, GetObjectReturnsWhatIsNeededAndStoresWhatFits) {
   EXPECT_EQ(maapi_get_object(maapi_, th_, values, 0, "/object{1}"), 13);
 }
 
-TEST_F(ObjectsTest, GetObjectsLaysObjectsOutByWidth) {
+TEST_F(ConfdLibPagesObjects, GetObjectsLaysObjectsOutByWidth) {
   int result = 0;
   const std::string rest = ", ., .";
   EXPECT_EQ(Objects("/object", 15, 0, 2, &result),
@@ -112,7 +112,8 @@ TEST_F(ObjectsTest, GetObjectsLaysObjectsOutByWidth) {
   EXPECT_EQ(result, 15);
 }
 
-TEST_F(ObjectsTest, GetObjectsReturnsTheHighestNumberWhereverItStands) {
+TEST_F(ConfdLibPagesObjects,
+       GetObjectsReturnsTheHighestNumberWhereverItStands) {
   OpenZoo(
       "<object><id>1</id><extra/></object><object><id>2</id></object>"
       "<object><id>3</id></object>");
@@ -123,7 +124,7 @@ TEST_F(ObjectsTest, GetObjectsReturnsTheHighestNumberWhereverItStands) {
   EXPECT_EQ(result, 13);
 }
 
-TEST_F(ObjectsTest, GetObjectsPastTheEndDoNotExist) {
+TEST_F(ConfdLibPagesObjects, GetObjectsPastTheEndDoNotExist) {
   int result = 0;
   for (auto [ix, nobj] : {std::pair{0, 3}, {1, 2}, {2, 1}, {3, 0}}) {
     Objects("/object", 2, ix, nobj, &result);
@@ -135,7 +136,7 @@ TEST_F(ObjectsTest, GetObjectsPastTheEndDoNotExist) {
   EXPECT_EQ(Outcome(result), "NOEXISTS");
 }
 
-TEST_F(ObjectsTest, GetObjectsNeedTheListItself) {
+TEST_F(ConfdLibPagesObjects, GetObjectsNeedTheListItself) {
   int result = 0;
   for (const char* path : {"/object{1}", "/values", "/nothing", "/object[0]"}) {
     Objects(path, 2, 0, 1, &result);
@@ -146,7 +147,8 @@ TEST_F(ObjectsTest, GetObjectsNeedTheListItself) {
 // ---- maapi_set_object
 // ---------------------------------------------------------
 
-TEST_F(ObjectsTest, SetObjectWithTheListsPathTakesTheKeysFromTheValues) {
+TEST_F(ConfdLibPagesObjects,
+       SetObjectWithTheListsPathTakesTheKeysFromTheValues) {
   EXPECT_EQ(SetObject("/object", {Uint32(5), Str("five"), Uint8(50)}), "ok");
   EXPECT_EQ(Get("/object{5}/zoo:name"), "C_BUF five");
   EXPECT_EQ(Get("/object{5}/size"), "C_UINT8 50");
@@ -154,7 +156,8 @@ TEST_F(ObjectsTest, SetObjectWithTheListsPathTakesTheKeysFromTheValues) {
   EXPECT_EQ(Get("/lists/pair{8 green}/note"), "C_BUF n");
 }
 
-TEST_F(ObjectsTest, SetObjectWithAnEntrysPathIgnoresTheKeysInTheValues) {
+TEST_F(ConfdLibPagesObjects,
+       SetObjectWithAnEntrysPathIgnoresTheKeysInTheValues) {
   EXPECT_EQ(SetObject("/object{6}", {Uint32(999), Str("six")}), "ok");
   EXPECT_EQ(Get("/object{6}/zoo:name"), "C_BUF six");
   EXPECT_EQ(Exists("/object{999}"), 0);
@@ -162,7 +165,7 @@ TEST_F(ObjectsTest, SetObjectWithAnEntrysPathIgnoresTheKeysInTheValues) {
   EXPECT_EQ(Get("/object{6}/zoo:name"), "C_BUF again");
 }
 
-TEST_F(ObjectsTest, SetObjectDeletesLeavesWithoutAValue) {
+TEST_F(ConfdLibPagesObjects, SetObjectDeletesLeavesWithoutAValue) {
   EXPECT_EQ(SetObject("/object{2}", {Uint32(2), NoExists(), NoExists()}), "ok");
   EXPECT_EQ(Get("/object{2}/zoo:name"), "NOEXISTS");
   EXPECT_EQ(Get("/object{2}/size"), "C_UINT8 7");
@@ -170,7 +173,7 @@ TEST_F(ObjectsTest, SetObjectDeletesLeavesWithoutAValue) {
   EXPECT_EQ(Get("/object{2}/last"), "C_INT8 -1");
 }
 
-TEST_F(ObjectsTest, SetObjectLeavesSubListsAlone) {
+TEST_F(ConfdLibPagesObjects, SetObjectLeavesSubListsAlone) {
   EXPECT_EQ(SetObject("/object{2}", {Uint32(2), NoExists(), NoExists(),
                                      NoExists(), NoExists()}),
             "ok");
@@ -181,7 +184,7 @@ TEST_F(ObjectsTest, SetObjectLeavesSubListsAlone) {
       "BADTYPE");
 }
 
-TEST_F(ObjectsTest, WhatGetObjectGivesSetObjectTakes) {
+TEST_F(ConfdLibPagesObjects, WhatGetObjectGivesSetObjectTakes) {
   confd_value_t values[15];
   ASSERT_EQ(maapi_get_object(maapi_, th_, values, 15, "/object{2}"), 15);
   EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, values, 15, "/object{7}")),
@@ -193,7 +196,8 @@ TEST_F(ObjectsTest, WhatGetObjectGivesSetObjectTakes) {
             "C_UINT32 7" + std::string(kFullObject).substr(10));
 }
 
-TEST_F(ObjectsTest, SetObjectRemovesPresenceContainersThatAreAbsentInIt) {
+TEST_F(ConfdLibPagesObjects,
+       SetObjectRemovesPresenceContainersThatAreAbsentInIt) {
   confd_value_t values[13];
   ASSERT_EQ(maapi_get_object(maapi_, th_, values, 13, "/object{1}"), 13);
   EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, values, 13, "/object{2}")),
@@ -202,7 +206,7 @@ TEST_F(ObjectsTest, SetObjectRemovesPresenceContainersThatAreAbsentInIt) {
   EXPECT_EQ(Get("/object{2}/box/width"), "NOEXISTS");
 }
 
-TEST_F(ObjectsTest, SetObjectNeedsTheKeysAndNoMoreThanTheEntryTakes) {
+TEST_F(ConfdLibPagesObjects, SetObjectNeedsTheKeysAndNoMoreThanTheEntryTakes) {
   EXPECT_EQ(SetObject("/lists/pair", {Uint32(8)}), "BADTYPE");
   EXPECT_EQ(SetObject("/lists/pair", {}), "BADTYPE");
   EXPECT_EQ(SetObject("/lists/pair", {NoExists(), Enum(1)}), "BADTYPE");
@@ -220,7 +224,7 @@ TEST_F(ObjectsTest, SetObjectNeedsTheKeysAndNoMoreThanTheEntryTakes) {
   EXPECT_EQ(SetObject("/object", values), "BADTYPE");
 }
 
-TEST_F(ObjectsTest, SetObjectWithABadValueChangesNothing) {
+TEST_F(ConfdLibPagesObjects, SetObjectWithABadValueChangesNothing) {
   EXPECT_EQ(SetObject("/object", {Uint32(5), Str("five"), Str("no number")}),
             "BADTYPE");
   EXPECT_EQ(Exists("/object{5}"), 0);
@@ -233,7 +237,7 @@ TEST_F(ObjectsTest, SetObjectWithABadValueChangesNothing) {
                "type uint32 (C_UINT32)");
 }
 
-TEST_F(ObjectsTest, SetObjectDoesNotDeleteMandatoryLeaves) {
+TEST_F(ConfdLibPagesObjects, SetObjectDoesNotDeleteMandatoryLeaves) {
   EXPECT_EQ(SetObject("/strict{1}", {Uint8(1), NoExists()}), "BADTYPE");
   EXPECT_EQ(Get("/strict{1}/needed"), "C_UINT8 2");
   EXPECT_EQ(SetObject("/strict{1}", {Uint8(1), Uint8(4), NoExists()}), "ok");
@@ -243,7 +247,7 @@ TEST_F(ObjectsTest, SetObjectDoesNotDeleteMandatoryLeaves) {
   EXPECT_EQ(Exists("/strict{2}"), 1);
 }
 
-TEST_F(ObjectsTest, SetObjectBelowAMissingEntryAndOfOtherNodes) {
+TEST_F(ConfdLibPagesObjects, SetObjectBelowAMissingEntryAndOfOtherNodes) {
   EXPECT_EQ(SetObject("/object{9}/part", {Uint8(1)}), "NOEXISTS");
   EXPECT_EQ(SetObject("/shed/shelf{1}", {Uint8(1)}), "NOEXISTS");
   EXPECT_EQ(Exists("/object{9}"), 0);

@@ -33,7 +33,7 @@ constexpr char kValues[] =
     "<gates>10.0.0.8</gates><gates>10.0.0.7</gates>"
     "</values>";
 
-class ReadsTest : public CApiTest {
+class ConfdLibPagesReads : public CApiTest {
  protected:
   void SetUp() override {
     OpenZoo(
@@ -51,7 +51,7 @@ struct TypeCase {
   const char* value;
 };
 
-TEST_F(ReadsTest, EachTypeOfTheModelsHasItsTag) {
+TEST_F(ConfdLibPagesReads, EachTypeOfTheModelsHasItsTag) {
   const TypeCase cases[] = {
       {"i8", "C_INT8 -128"},
       {"i16", "C_INT16 -32768"},
@@ -104,14 +104,14 @@ TEST_F(ReadsTest, EachTypeOfTheModelsHasItsTag) {
   }
 }
 
-TEST_F(ReadsTest, TypedefsAreFoundInSubmodulesAndGroupings) {
+TEST_F(ConfdLibPagesReads, TypedefsAreFoundInSubmodulesAndGroupings) {
   EXPECT_EQ(Get("/annex/door"), "C_IPV4 10.0.0.5");
   EXPECT_EQ(Get("/annex/side-door"), "C_IPV4 10.0.0.6");
   EXPECT_EQ(Get("/measured/home"), "C_IPV4 10.0.0.7");
   EXPECT_EQ(Get("/measured/weight"), "C_UINT32 250");
 }
 
-TEST_F(ReadsTest, ReceivedStringsAreNulTerminatedAndTheCallers) {
+TEST_F(ConfdLibPagesReads, ReceivedStringsAreNulTerminatedAndTheCallers) {
   confd_value_t value;
   ASSERT_EQ(maapi_get_elem(maapi_, th_, &value, "/values/str"), CONFD_OK);
   ASSERT_EQ(CONFD_GET_BUFSIZE(&value), 4u);
@@ -122,7 +122,7 @@ TEST_F(ReadsTest, ReceivedStringsAreNulTerminatedAndTheCallers) {
   confd_free_value(&value);
 }
 
-TEST_F(ReadsTest, AddressesAreInNetworkByteOrder) {
+TEST_F(ConfdLibPagesReads, AddressesAreInNetworkByteOrder) {
   struct in_addr ip;
   ASSERT_EQ(cdb_get_ipv4(cdb_, &ip, "/values/ip4"), CONFD_OK);
   EXPECT_EQ(ip.s_addr, htonl(0x0a000001));
@@ -132,7 +132,7 @@ TEST_F(ReadsTest, AddressesAreInNetworkByteOrder) {
   EXPECT_EQ(prefix.len, 24);
 }
 
-TEST_F(ReadsTest, ScalarCallsReadTheirType) {
+TEST_F(ConfdLibPagesReads, ScalarCallsReadTheirType) {
   uint32_t u32 = 0;
   ASSERT_EQ(cdb_get_u_int32(cdb_, &u32, "/values/u32"), CONFD_OK);
   EXPECT_EQ(u32, 4294967295u);
@@ -149,7 +149,7 @@ TEST_F(ReadsTest, ScalarCallsReadTheirType) {
   ASSERT_EQ(cdb_get_ipv4(cdb_, &ip, "/values/mixed"), CONFD_OK);
 }
 
-TEST_F(ReadsTest, ScalarCallsRejectOtherTypes) {
+TEST_F(ConfdLibPagesReads, ScalarCallsRejectOtherTypes) {
   uint32_t u32 = 77;
   int32_t i32 = 77;
   char text[64] = "before";
@@ -177,7 +177,7 @@ TEST_F(ReadsTest, ScalarCallsRejectOtherTypes) {
   EXPECT_STREQ(text, "before");
 }
 
-TEST_F(ReadsTest, LeavesWithoutAValueOrDefaultDoNotExist) {
+TEST_F(ConfdLibPagesReads, LeavesWithoutAValueOrDefaultDoNotExist) {
   uint32_t u32 = 0;
   int32_t i32 = 0;
   char text[8];
@@ -191,13 +191,13 @@ TEST_F(ReadsTest, LeavesWithoutAValueOrDefaultDoNotExist) {
             "NOEXISTS");
 }
 
-TEST_F(ReadsTest, NodesWithoutAValueAreBadPaths) {
+TEST_F(ConfdLibPagesReads, NodesWithoutAValueAreBadPaths) {
   for (const char* path : {"/values", "/object{5}", "/object", "/shed", "/"}) {
     EXPECT_EQ(Get(path), "BADPATH") << path;
   }
 }
 
-TEST_F(ReadsTest, NodesThatTheModelLacksAreBadPaths) {
+TEST_F(ConfdLibPagesReads, NodesThatTheModelLacksAreBadPaths) {
   uint32_t u32 = 0;
   for (const char* path : {"/nothing", "/values/nothing", "/values/i8/below",
                            "/object{5}/part/n"}) {
@@ -208,14 +208,14 @@ TEST_F(ReadsTest, NodesThatTheModelLacksAreBadPaths) {
   }
 }
 
-TEST_F(ReadsTest, StringsAreCopiedWithTheirNulWhenTheyFit) {
+TEST_F(ConfdLibPagesReads, StringsAreCopiedWithTheirNulWhenTheyFit) {
   char text[8];
   std::memset(text, '#', sizeof text);
   ASSERT_EQ(cdb_get_str(cdb_, text, 5, "/values/str"), CONFD_OK);
   EXPECT_EQ(std::string(text, 6), std::string("text\0#", 6));
 }
 
-TEST_F(ReadsTest, StringsThatDoNotFitAreProtocolMisuse) {
+TEST_F(ConfdLibPagesReads, StringsThatDoNotFitAreProtocolMisuse) {
   char text[8] = "before";
   for (int n : {4, 1, 0}) {
     EXPECT_EQ(Outcome(cdb_get_str(cdb_, text, n, "/values/str")), "PROTOUSAGE");
@@ -223,7 +223,7 @@ TEST_F(ReadsTest, StringsThatDoNotFitAreProtocolMisuse) {
   }
 }
 
-TEST_F(ReadsTest, NumInstancesCountsEntries) {
+TEST_F(ConfdLibPagesReads, NumInstancesCountsEntries) {
   EXPECT_EQ(Count("/object"), 2);
   EXPECT_EQ(Count("/object{2}/part"), 2);
   EXPECT_EQ(Count("/object{5}/part"), 0);
@@ -232,7 +232,7 @@ TEST_F(ReadsTest, NumInstancesCountsEntries) {
   EXPECT_EQ(Count("/shed/shelf"), 1);
 }
 
-TEST_F(ReadsTest, NumInstancesOfWhatIsNoListIsABadPath) {
+TEST_F(ConfdLibPagesReads, NumInstancesOfWhatIsNoListIsABadPath) {
   for (const char* path :
        {"/object{2}", "/values", "/values/i8", "/", "/nothing"}) {
     EXPECT_EQ(Count(path), CONFD_ERR) << path;
@@ -240,7 +240,7 @@ TEST_F(ReadsTest, NumInstancesOfWhatIsNoListIsABadPath) {
   }
 }
 
-TEST_F(ReadsTest, ExistsTellsOfEntriesLeavesAndContainers) {
+TEST_F(ConfdLibPagesReads, ExistsTellsOfEntriesLeavesAndContainers) {
   const std::pair<const char*, int> cases[] = {
       {"/object{2}", 1},
       {"/object{3}", 0},
@@ -272,7 +272,7 @@ TEST_F(ReadsTest, ExistsTellsOfEntriesLeavesAndContainers) {
 // ---- Defaults in choices
 // ------------------------------------------------------
 
-TEST_F(ReadsTest, DefaultsHoldInTheDefaultCaseUntilAnotherIsChosen) {
+TEST_F(ConfdLibPagesReads, DefaultsHoldInTheDefaultCaseUntilAnotherIsChosen) {
   EXPECT_EQ(Get("/pick/speed"), "C_UINT8 10");
   EXPECT_EQ(Get("/pick/delay"), "NOEXISTS");
   EXPECT_EQ(Get("/pick/pauses/length"), "NOEXISTS");
@@ -283,7 +283,7 @@ TEST_F(ReadsTest, DefaultsHoldInTheDefaultCaseUntilAnotherIsChosen) {
   EXPECT_EQ(Get("/pick/speed"), "C_UINT8 10");
 }
 
-TEST_F(ReadsTest, WritingOneCaseEmptiesTheOthers) {
+TEST_F(ConfdLibPagesReads, WritingOneCaseEmptiesTheOthers) {
   ASSERT_EQ(Set("/pick/gear", Uint8(2)), "ok");
   ASSERT_EQ(Set("/pick/pauses/length", Uint8(9)), "ok");
   EXPECT_EQ(Get("/pick/gear"), "NOEXISTS");
@@ -307,7 +307,7 @@ struct OrderCase {
   std::vector<std::string> keys;  // in the list's order
 };
 
-TEST_F(ReadsTest, SystemOrderedListsAreInTheNaturalOrderOfTheirKeys) {
+TEST_F(ConfdLibPagesReads, SystemOrderedListsAreInTheNaturalOrderOfTheirKeys) {
   const OrderCase cases[] = {
       {"by-int", {"-2147483648", "-10", "-9", "0", "2", "10", "2147483647"}},
       {"by-uint64",
@@ -354,7 +354,7 @@ TEST_F(ReadsTest, SystemOrderedListsAreInTheNaturalOrderOfTheirKeys) {
   }
 }
 
-TEST_F(ReadsTest, SeveralKeysAreOrderedFirstKeyFirst) {
+TEST_F(ConfdLibPagesReads, SeveralKeysAreOrderedFirstKeyFirst) {
   for (const char* entry : {"{2 red}", "{1 red}", "{10 green}", "{1 green}"}) {
     ASSERT_EQ(Create(std::string("/lists/pair") + entry), "ok");
   }
@@ -362,7 +362,7 @@ TEST_F(ReadsTest, SeveralKeysAreOrderedFirstKeyFirst) {
             (std::vector<std::string>{"1 1", "1 3", "2 3", "10 1"}));
 }
 
-TEST_F(ReadsTest, UserOrderedListsKeepTheOrderOfCreation) {
+TEST_F(ConfdLibPagesReads, UserOrderedListsKeepTheOrderOfCreation) {
   for (const char* entry : {"{5}", "{1}", "{9}", "{3}"}) {
     ASSERT_EQ(Create(std::string("/lists/queue") + entry), "ok");
   }
@@ -374,7 +374,7 @@ TEST_F(ReadsTest, UserOrderedListsKeepTheOrderOfCreation) {
             (std::vector<std::string>{"5", "9", "3", "1"}));
 }
 
-TEST_F(ReadsTest, PositionsFollowTheUsersOrder) {
+TEST_F(ConfdLibPagesReads, PositionsFollowTheUsersOrder) {
   OpenZoo(
       "<lists><queue><n>9</n></queue><queue><n>1</n></queue>"
       "<queue><n>5</n></queue></lists>");

@@ -24,7 +24,7 @@ static_assert(CONFD_FIND_NEXT == 0 && CONFD_FIND_SAME_OR_NEXT == 1);
 static_assert(MAXKEYLEN == 9 && MAXDEPTH == 20);
 static_assert(CONFD_TIMEZONE_UNDEF == -111);
 
-TEST(ValueNumbers, AreThoseOfTheBinaryInterface) {
+TEST(ConfdTypesPageNumbers, AreThoseOfTheBinaryInterface) {
   const std::pair<int, int> numbers[] = {
       {C_NOEXISTS, 1},
       {C_XMLTAG, 2},
@@ -79,7 +79,7 @@ TEST(ValueNumbers, AreThoseOfTheBinaryInterface) {
   for (const auto& [tag, number] : numbers) EXPECT_EQ(tag, number);
 }
 
-TEST(ValueLayout, IsThatOfTheBinaryInterface) {
+TEST(ConfdTypesPageLayout, IsThatOfTheBinaryInterface) {
   EXPECT_EQ(sizeof(confd_value_t), 40u);
   EXPECT_EQ(offsetof(confd_value_t, type), 0u);
   EXPECT_EQ(sizeof(enum confd_vtype), 4u);
@@ -129,14 +129,14 @@ TEST(ValueLayout, IsThatOfTheBinaryInterface) {
   EXPECT_EQ(offsetof(confd_tag_value_attr_t, num_attrs), 56u);
 }
 
-TEST(ValueLayout, ArraysHaveAStrideOf40Bytes) {
+TEST(ConfdTypesPageLayout, ArraysHaveAStrideOf40Bytes) {
   confd_value_t values[2];
   EXPECT_EQ(
       reinterpret_cast<char*>(&values[1]) - reinterpret_cast<char*>(&values[0]),
       40);
 }
 
-TEST(ValueLayout, MembersHaveTheirTypes) {
+TEST(ConfdTypesPageLayout, MembersHaveTheirTypes) {
   confd_value_t v;
   static_assert(std::is_same_v<decltype(v.val.i8), int8_t>);
   static_assert(std::is_same_v<decltype(v.val.i16), int16_t>);
@@ -170,7 +170,7 @@ TEST(ValueLayout, MembersHaveTheirTypes) {
   EXPECT_EQ(v.val.buf.ptr, reinterpret_cast<const unsigned char*>(text));
 }
 
-TEST(CursorLayout, ShowsKeysAndTheirNumber) {
+TEST(ConfdLibMaapiPageCursorLayout, ShowsKeysAndTheirNumber) {
   maapi_cursor mc = {};
   EXPECT_EQ(sizeof mc.keys, 9u * 40u);
   EXPECT_EQ(offsetof(maapi_cursor, keys), 0u);
@@ -188,7 +188,7 @@ TEST(CursorLayout, ShowsKeysAndTheirNumber) {
     EXPECT_EQ(CONFD_GET_##NAME(&v), VALUE); \
   } while (false)
 
-TEST(ValueAccessors, SetAndGetNumbers) {
+TEST(ConfdTypesPageMacros, SetAndGetNumbers) {
   EXPECT_PAIR(INT8, C_INT8, -128);
   EXPECT_PAIR(INT16, C_INT16, -32768);
   EXPECT_PAIR(INT32, C_INT32, INT32_MIN);
@@ -204,7 +204,7 @@ TEST(ValueAccessors, SetAndGetNumbers) {
   EXPECT_PAIR(BIT64, C_BIT64, uint64_t{1} << 63);
 }
 
-TEST(ValueAccessors, SetAndGetStrings) {
+TEST(ConfdTypesPageMacros, SetAndGetStrings) {
   const char bytes[] = {'a', '\0', 'b'};
   const auto* raw = reinterpret_cast<const unsigned char*>(bytes);
   confd_value_t v;
@@ -240,7 +240,7 @@ TEST(ValueAccessors, SetAndGetStrings) {
     EXPECT_EQ(std::memcmp(&got, &VALUE, sizeof VALUE), 0);         \
   } while (false)
 
-TEST(ValueAccessors, SetAndGetStructures) {
+TEST(ConfdTypesPageMacros, SetAndGetStructures) {
   struct in_addr ip = {};
   ip.s_addr = htonl(0x0a000001);
   EXPECT_STRUCT_PAIR(IPV4, C_IPV4, ip);
@@ -279,7 +279,7 @@ TEST(ValueAccessors, SetAndGetStructures) {
   EXPECT_STRUCT_PAIR(DURATION, C_DURATION, duration);
 }
 
-TEST(ValueAccessors, SetAndGetTheRest) {
+TEST(ConfdTypesPageMacros, SetAndGetTheRest) {
   confd_value_t v;
   CONFD_SET_NOEXISTS(&v);
   EXPECT_EQ(v.type, C_NOEXISTS);
@@ -296,14 +296,14 @@ TEST(ValueAccessors, SetAndGetTheRest) {
   EXPECT_EQ(CONFD_GET_LISTSIZE(&v), 2u);
 }
 
-TEST(ValueAccessors, SetAndGetPathsAndObjectIdentifiers) {
+TEST(ConfdTypesPageMacros, SetAndGetPathsAndObjectIdentifiers) {
   confd_hkeypath_t path;
   EXPECT_PAIR(OBJECTREF, C_OBJECTREF, &path);
   struct confd_snmp_oid oid;
   EXPECT_PAIR(OID, C_OID, &oid);
 }
 
-TEST(ValueAccessors, SetAndGetQualifiedNames) {
+TEST(ConfdTypesPageMacros, SetAndGetQualifiedNames) {
   const char text[] = "prefixname";
   const auto* raw = reinterpret_cast<const unsigned char*>(text);
   confd_value_t v;
@@ -315,7 +315,7 @@ TEST(ValueAccessors, SetAndGetQualifiedNames) {
   EXPECT_EQ(CONFD_GET_QNAME_NAME_SIZE(&v), 4u);
 }
 
-TEST(ValueAccessors, SetBitsOfLongBitSets) {
+TEST(ConfdTypesPageMacros, SetBitsOfLongBitSets) {
   unsigned char mask[9] = {};
   CONFD_BITBIG_SET_BIT(mask, 0);
   CONFD_BITBIG_SET_BIT(mask, 15);
@@ -347,7 +347,7 @@ TEST(ValueAccessors, SetBitsOfLongBitSets) {
     EXPECT_EQ(tva.num_attrs, 2);                                        \
   } while (false)
 
-TEST(TaggedValues, HaveASetterForEachOfTheValues) {
+TEST(ConfdTypesPageTaggedMacros, HaveASetterForEachOfTheValues) {
   EXPECT_TAGGED(INT8, int8_t{-1});
   EXPECT_TAGGED(INT16, int16_t{-1});
   EXPECT_TAGGED(INT32, -1);
@@ -401,7 +401,7 @@ TEST(TaggedValues, HaveASetterForEachOfTheValues) {
   EXPECT_TAGGED(QNAME, "p", 1, "name", 4);
 }
 
-TEST(TaggedValues, OfNothingAndOfTypeEmptyHaveNoArgument) {
+TEST(ConfdTypesPageTaggedMacros, OfNothingAndOfTypeEmptyHaveNoArgument) {
   confd_tag_value_t tv = {};
   CONFD_SET_TAG_NOEXISTS(&tv, 7);
   EXPECT_EQ(tv.tag.tag, 7u);
@@ -418,7 +418,7 @@ TEST(TaggedValues, OfNothingAndOfTypeEmptyHaveNoArgument) {
   EXPECT_EQ(tva.num_attrs, 1);
 }
 
-TEST(TaggedValues, OpenAndCloseContainersAndEntries) {
+TEST(ConfdTypesPageTaggedMacros, OpenAndCloseContainersAndEntries) {
   confd_tag_value_t tv = {};
   CONFD_SET_TAG_XMLBEGIN(&tv, 7, 1001);
   EXPECT_EQ(tv.tag.tag, 7u);
@@ -443,7 +443,7 @@ TEST(TaggedValues, OpenAndCloseContainersAndEntries) {
   EXPECT_EQ(tva.attrs, &attr);
 }
 
-TEST(TaggedValues, AskForAVariableToBeFilled) {
+TEST(ConfdTypesPageTaggedMacros, AskForAVariableToBeFilled) {
   confd_tag_value_t tv = {};
   uint32_t variable = 0;
   CONFD_SET_TAG_PTR(&tv, 7, C_UINT32, &variable);
@@ -457,13 +457,13 @@ TEST(TaggedValues, AskForAVariableToBeFilled) {
 
 // ---- Getters assert the tag -------------------------------------------------
 
-using ValueGettersDeathTest = testing::Test;
+using ConfdTypesPageGettersDeathTest = testing::Test;
 
 #define EXPECT_ASSERTS(NAME, TAG)                    \
   EXPECT_DEATH((void)CONFD_GET_##NAME(&cdb_objs[i]), \
                "\\(&cdb_objs\\[i\\]\\)->type == " #TAG "' failed")
 
-TEST(ValueGettersDeathTest, AssertTheTagWithTheCallersText) {
+TEST(ConfdTypesPageGettersDeathTest, AssertTheTagWithTheCallersText) {
   confd_value_t cdb_objs[2];
   CONFD_SET_NOEXISTS(&cdb_objs[0]);
   CONFD_SET_NOEXISTS(&cdb_objs[1]);
@@ -525,7 +525,7 @@ confd_value_t OwnedBuf(confd_vtype type) {
 }
 
 // The leak checker watches these.
-TEST(FreeValue, ReleasesWhatAValueOwnsAndNotTheStruct) {
+TEST(ConfdLibLibPageFreeValue, ReleasesWhatAValueOwnsAndNotTheStruct) {
   for (confd_vtype type : {C_BUF, C_BINARY, C_HEXSTR, C_BITBIG}) {
     confd_value_t v = OwnedBuf(type);
     confd_free_value(&v);
@@ -535,7 +535,7 @@ TEST(FreeValue, ReleasesWhatAValueOwnsAndNotTheStruct) {
   }
 }
 
-TEST(FreeValue, ReleasesListsWithTheirItems) {
+TEST(ConfdLibLibPageFreeValue, ReleasesListsWithTheirItems) {
   confd_value_t v;
   auto* items =
       static_cast<confd_value_t*>(std::calloc(2, sizeof(confd_value_t)));
@@ -546,7 +546,7 @@ TEST(FreeValue, ReleasesListsWithTheirItems) {
   confd_free_value(&v);
 }
 
-TEST(FreeValue, LeavesFixedSizeValuesAndStringsAlone) {
+TEST(ConfdLibLibPageFreeValue, LeavesFixedSizeValuesAndStringsAlone) {
   confd_value_t v = Uint32(7);
   confd_free_value(&v);
   EXPECT_EQ(CONFD_GET_UINT32(&v), 7u);
@@ -558,7 +558,7 @@ TEST(FreeValue, LeavesFixedSizeValuesAndStringsAlone) {
   EXPECT_EQ(v.type, C_NOEXISTS);
 }
 
-TEST(FreeValue, TakesNullAndNullContents) {
+TEST(ConfdLibLibPageFreeValue, TakesNullAndNullContents) {
   confd_free_value(nullptr);
   confd_value_t v = {};
   confd_free_value(&v);

@@ -8,7 +8,7 @@
 namespace contract {
 namespace {
 
-class WritesTest : public CApiTest {
+class ConfdLibMaapiPageWrites : public CApiTest {
  protected:
   void SetUp() override {
     OpenZoo(
@@ -21,7 +21,7 @@ class WritesTest : public CApiTest {
 // ---- create
 // -------------------------------------------------------------------
 
-TEST_F(WritesTest, CreateMakesEntriesWithTheirKeysAndDefaults) {
+TEST_F(ConfdLibMaapiPageWrites, CreateMakesEntriesWithTheirKeysAndDefaults) {
   ASSERT_EQ(Create("/object{2}"), "ok");
   EXPECT_EQ(Exists("/object{2}"), 1);
   EXPECT_EQ(Get("/object{2}/id"), "C_UINT32 2");
@@ -31,28 +31,29 @@ TEST_F(WritesTest, CreateMakesEntriesWithTheirKeysAndDefaults) {
   EXPECT_EQ(Get("/object{2}/part{4}/n"), "C_UINT8 4");
 }
 
-TEST_F(WritesTest, CreateOfWhatIsThereAlreadyExists) {
+TEST_F(ConfdLibMaapiPageWrites, CreateOfWhatIsThereAlreadyExists) {
   EXPECT_EQ(Create("/object{1}"), "ALREADY_EXISTS");
   EXPECT_EQ(Create("/object{1}/part{1}"), "ALREADY_EXISTS");
   EXPECT_EQ(Create("/object{1}/extra"), "ALREADY_EXISTS");
   EXPECT_EQ(Get("/object{1}/size"), "C_UINT8 3");
 }
 
-TEST_F(WritesTest, CreateBelowAMissingEntryDoesNotExist) {
+TEST_F(ConfdLibMaapiPageWrites, CreateBelowAMissingEntryDoesNotExist) {
   EXPECT_EQ(Create("/object{9}/part{1}"), "NOEXISTS");
   EXPECT_EQ(Exists("/object{9}"), 0);
   EXPECT_EQ(Create("/shed/shelf{1}"), "NOEXISTS");
   EXPECT_EQ(Exists("/shed"), 0);
 }
 
-TEST_F(WritesTest, CreateOfNodesThatAreSetOrAlwaysThereIsNotPossible) {
+TEST_F(ConfdLibMaapiPageWrites,
+       CreateOfNodesThatAreSetOrAlwaysThereIsNotPossible) {
   for (const char* path : {"/values", "/values/u8", "/object", "/object{1}/box",
                            "/", "/values/numbers", "/object{1}/tags"}) {
     EXPECT_EQ(Create(path), "NOTCREATABLE") << path;
   }
 }
 
-TEST_F(WritesTest, CreateMakesPresenceContainersAndEmptyLeaves) {
+TEST_F(ConfdLibMaapiPageWrites, CreateMakesPresenceContainersAndEmptyLeaves) {
   ASSERT_EQ(Create("/shed"), "ok");
   EXPECT_EQ(Exists("/shed"), 1);
   ASSERT_EQ(Create("/shed/shelf{1}"), "ok");
@@ -65,7 +66,7 @@ TEST_F(WritesTest, CreateMakesPresenceContainersAndEmptyLeaves) {
 // ---- delete
 // -------------------------------------------------------------------
 
-TEST_F(WritesTest, DeleteRemovesEntriesWithAllTheyHold) {
+TEST_F(ConfdLibMaapiPageWrites, DeleteRemovesEntriesWithAllTheyHold) {
   ASSERT_EQ(Delete("/object{1}"), "ok");
   EXPECT_EQ(Exists("/object{1}"), 0);
   ASSERT_EQ(Create("/object{1}"), "ok");
@@ -73,7 +74,8 @@ TEST_F(WritesTest, DeleteRemovesEntriesWithAllTheyHold) {
   EXPECT_EQ(Get("/object{1}/size"), "C_UINT8 7");
 }
 
-TEST_F(WritesTest, DeleteRemovesOptionalLeavesAndPresenceContainers) {
+TEST_F(ConfdLibMaapiPageWrites,
+       DeleteRemovesOptionalLeavesAndPresenceContainers) {
   ASSERT_EQ(Delete("/object{1}/last"), "ok");
   EXPECT_EQ(Get("/object{1}/last"), "NOEXISTS");
   // The default is back.
@@ -85,7 +87,7 @@ TEST_F(WritesTest, DeleteRemovesOptionalLeavesAndPresenceContainers) {
   EXPECT_EQ(Exists("/object{1}/extra/note"), 0);
 }
 
-TEST_F(WritesTest, DeleteOfWhatIsAbsentDoesNotExist) {
+TEST_F(ConfdLibMaapiPageWrites, DeleteOfWhatIsAbsentDoesNotExist) {
   for (const char* path :
        {"/object{9}", "/object{9}/last", "/object{1}/part{9}", "/shed",
         "/shed/tool", "/values/u8", "/object{9}/part{1}"}) {
@@ -95,7 +97,8 @@ TEST_F(WritesTest, DeleteOfWhatIsAbsentDoesNotExist) {
   EXPECT_EQ(Delete("/object{1}/last"), "NOEXISTS");
 }
 
-TEST_F(WritesTest, DeleteOfKeysMandatoryLeavesAndContainersIsNotPossible) {
+TEST_F(ConfdLibMaapiPageWrites,
+       DeleteOfKeysMandatoryLeavesAndContainersIsNotPossible) {
   for (const char* path : {"/object{1}/id", "/strict{1}/needed", "/values",
                            "/object{1}/box", "/object", "/"}) {
     EXPECT_EQ(Delete(path), "NOTDELETABLE") << path;
@@ -106,7 +109,7 @@ TEST_F(WritesTest, DeleteOfKeysMandatoryLeavesAndContainersIsNotPossible) {
 // ---- set
 // ----------------------------------------------------------------------
 
-TEST_F(WritesTest, SetReplacesTheValue) {
+TEST_F(ConfdLibMaapiPageWrites, SetReplacesTheValue) {
   EXPECT_EQ(Set("/object{1}/size", Uint8(9)), "ok");
   EXPECT_EQ(Get("/object{1}/size"), "C_UINT8 9");
   EXPECT_EQ(Set("/object{1}/zoo:name", Str("given")), "ok");
@@ -115,7 +118,7 @@ TEST_F(WritesTest, SetReplacesTheValue) {
   EXPECT_EQ(Get("/object{1}/zoo:name"), "C_BUF sized");
 }
 
-TEST_F(WritesTest, SetTakesEachTypeThatItReads) {
+TEST_F(ConfdLibMaapiPageWrites, SetTakesEachTypeThatItReads) {
   OpenZoo(
       "<values><i8>-1</i8><i16>-2</i16><i32>-3</i32><i64>-4</i64><u8>1</u8>"
       "<u16>2</u16><u32>3</u32><u64>4</u64><bool>false</bool><str>s</str>"
@@ -146,7 +149,7 @@ TEST_F(WritesTest, SetTakesEachTypeThatItReads) {
   }
 }
 
-TEST_F(WritesTest, SetOfAnotherTypeIsABadType) {
+TEST_F(ConfdLibMaapiPageWrites, SetOfAnotherTypeIsABadType) {
   EXPECT_EQ(Set("/object{1}/size", Uint32(1)), "BADTYPE");
   EXPECT_EQ(Set("/object{1}/size", Str("1")), "BADTYPE");
   EXPECT_EQ(Set("/object{1}/size", NoExists()), "BADTYPE");
@@ -164,7 +167,7 @@ TEST_F(WritesTest, SetOfAnotherTypeIsABadType) {
   EXPECT_EQ(Get("/object{1}/size"), "C_UINT8 3");
 }
 
-TEST_F(WritesTest, SetOutOfTheTypesLimitsIsABadType) {
+TEST_F(ConfdLibMaapiPageWrites, SetOutOfTheTypesLimitsIsABadType) {
   EXPECT_EQ(Set("/values/small", Uint8(11)), "BADTYPE");
   EXPECT_EQ(Set("/values/small", Uint8(20)), "ok");
   EXPECT_EQ(Set("/values/short", Str("a")), "BADTYPE");
@@ -192,7 +195,7 @@ TEST_F(WritesTest, SetOutOfTheTypesLimitsIsABadType) {
   EXPECT_EQ(Set("/values/bitbig", v), "BADTYPE");
 }
 
-TEST_F(WritesTest, SetOfWhatIsNoTextIsABadType) {
+TEST_F(ConfdLibMaapiPageWrites, SetOfWhatIsNoTextIsABadType) {
   for (const std::string& bytes :
        {std::string("nul\0inside", 10), std::string("\x01"),
         std::string("\xff"), std::string("\xc3"), std::string("\xed\xa0\x80"),
@@ -207,7 +210,7 @@ TEST_F(WritesTest, SetOfWhatIsNoTextIsABadType) {
 }
 
 // Whatever the type, and by whichever way they come.
-TEST_F(WritesTest, BytesThatAreNoTextDoNotGetIn) {
+TEST_F(ConfdLibMaapiPageWrites, BytesThatAreNoTextDoNotGetIn) {
   // With a value of the type before the NUL.
   const std::pair<const char*, std::string> keys[] = {
       {"/object", "1"},          {"/lists/by-string", "a"},
@@ -255,7 +258,7 @@ TEST_F(WritesTest, BytesThatAreNoTextDoNotGetIn) {
   EXPECT_TRUE(database_->Validate().empty());
 }
 
-TEST_F(WritesTest, PrefixesLoseTheirHostBitsAndAddressesKeepThem) {
+TEST_F(ConfdLibMaapiPageWrites, PrefixesLoseTheirHostBitsAndAddressesKeepThem) {
   struct confd_ipv4_prefix prefix = {};
   inet_pton(AF_INET, "10.1.2.3", &prefix.ip);
   prefix.len = 24;
@@ -281,21 +284,21 @@ TEST_F(WritesTest, PrefixesLoseTheirHostBitsAndAddressesKeepThem) {
   EXPECT_EQ(Get("/values/ip4-plen"), "C_IPV4_AND_PLEN 10.1.2.3/24");
 }
 
-TEST_F(WritesTest, SetInAMissingEntryDoesNotExist) {
+TEST_F(ConfdLibMaapiPageWrites, SetInAMissingEntryDoesNotExist) {
   EXPECT_EQ(Set("/object{9}/size", Uint8(1)), "NOEXISTS");
   EXPECT_EQ(Set("/object{9}/part{1}/note", Str("x")), "NOEXISTS");
   EXPECT_EQ(Set("/shed/tool", Str("x")), "NOEXISTS");
   EXPECT_EQ(Exists("/object{9}"), 0);
 }
 
-TEST_F(WritesTest, SetOfKeysAndOfWhatIsNoLeafIsNotPossible) {
+TEST_F(ConfdLibMaapiPageWrites, SetOfKeysAndOfWhatIsNoLeafIsNotPossible) {
   EXPECT_EQ(Set("/object{1}/id", Uint32(1)), "NOT_WRITABLE");
   EXPECT_EQ(Set("/object{1}", Uint32(1)), "NOT_WRITABLE");
   EXPECT_EQ(Set("/object", Uint32(1)), "NOT_WRITABLE");
   EXPECT_EQ(Set("/values", Uint32(1)), "NOT_WRITABLE");
 }
 
-TEST_F(WritesTest, SetOfALeafListReplacesItsItems) {
+TEST_F(ConfdLibMaapiPageWrites, SetOfALeafListReplacesItsItems) {
   confd_value_t items[] = {Str("b"), Str("a")};
   confd_value_t list;
   CONFD_SET_LIST(&list, items, 2);
@@ -306,7 +309,7 @@ TEST_F(WritesTest, SetOfALeafListReplacesItsItems) {
 // ---- CDB beside the transaction
 // -----------------------------------------------
 
-TEST_F(WritesTest, CdbKeepsShowingTheOldData) {
+TEST_F(ConfdLibMaapiPageWrites, CdbKeepsShowingTheOldData) {
   ASSERT_EQ(Delete("/object{1}"), "ok");
   ASSERT_EQ(Create("/object{5}"), "ok");
   ASSERT_EQ(Create("/object{6}"), "ok");
