@@ -1,0 +1,18 @@
+// Where the plug-in and the data models are when nobody names them: beside the
+// executable, as the install rules and the build tree lay them out.
+#ifndef KIT_HOST_COMMANDS_INSTALL_PATHS_H_
+#define KIT_HOST_COMMANDS_INSTALL_PATHS_H_
+
+#include <filesystem>
+
+namespace kit::host {
+
+// Throws FailureError (kNotLoaded) that names the paths looked at.
+std::filesystem::path DefaultPlugin();
+
+// side is "before" or "after". Throws FailureError (kBadInput).
+std::filesystem::path DefaultModels(const char* side);
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_COMMANDS_INSTALL_PATHS_H_

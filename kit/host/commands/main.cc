@@ -1,0 +1,304 @@
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "kit/host/commands/install_paths.h"
+#include "kit/host/commands/options.h"
+#include "kit/host/commands/status_line.h"
+#include "kit/host/exit_code.h"
+#include "kit/host/failure.h"
+#include "kit/host/process/interrupt.h"
+#include "kit/host/process/log_file.h"
+#include "kit/host/process/output_file.h"
+#include "kit/host/process/supervisor.h"
+#include "kit/host/report/report.h"
+#include "kit/host/text.h"
+
+namespace kit::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Keeps the log as it comes in and shows that something is happening.
+class RunListener : public Listener {
+ public:
+  // stream: where calls are printed as they happen, or null.
+  RunListener(LogFile* log, FILE* stream, bool show_status)
+      : log_(log), stream_(stream), status_(show_status) {}
+
+  void OnLog(const std::string& record) override {
+    if (log_ != nullptr) log_->Write(record);
+    if (stream_ != nullptr) Print("log: " + RecordLine(record) + "\n");
+  }
+  void OnCall(const std::string& call) override {
+    if (stream_ != nullptr) Print(OneLine(call) + "\n");
+  }
+  void OnTick(Phase phase, uint64_t calls) override {
+    if (stream_ != nullptr) std::fflush(stream_);
+    if (!status_.Due()) return;
+    status_.Show(fmt::format("{}, {}", Describe(phase),
+                             Counted(calls, "call", "calls")));
+  }
+
+ private:
+  void Print(const std::string& text) { std::fputs(text.c_str(), stream_); }
+
+  LogFile* log_;
+  FILE* stream_;
+  StatusLine status_;
+};
+
+FILE* ReportStream(const RunOptions& options) {
+  return options.output == "-" ? stderr : stdout;
+}
+
+WorkerTask MakeTask(const RunOptions& options) {
+  WorkerTask task;
+  task.config = options.config;
+  task.max_size_mib = options.max_size_mib;
+  task.plugin = options.plugin ? *options.plugin : DefaultPlugin().string();
+  task.before = {options.yang_before ? fs::path(*options.yang_before)
+                                     : DefaultModels("before"),
+                 options.namespace_hashes};
+  task.after = {options.yang_after ? fs::path(*options.yang_after)
+                                   : DefaultModels("after"),
+                options.namespace_hashes};
+  task.named_modules = options.named_modules;
+  task.format = options.format;
+  task.schemas_loaded = options.schemas_loaded;
+  task.timeout_s = options.timeout_s;
+  task.send_calls = options.verbose;
+  task.count_changes = !options.quiet;
+  task.send_entries = options.diff;
+  return task;
+}
+
+std::optional<struct stat> StatInput(const RunOptions& options) {
+  if (options.config != "-") return StatFile(options.config);
+  struct stat status = {};
+  if (fstat(STDIN_FILENO, &status) != 0) return std::nullopt;
+  return status;
+}
+
+// Whether what is printed goes to that file, which would not outlive its
+// replacement.
+bool IsPrintedTo(const std::string& path) {
+  const auto file = StatFile(path);
+  if (!file) return false;
+  for (const int fd : {STDOUT_FILENO, STDERR_FILENO}) {
+    struct stat printed = {};
+    if (fstat(fd, &printed) == 0 && SameFile(*file, printed)) return true;
+  }
+  return false;
+}
+
+std::optional<OutputFile> PrepareOutput(
+    const RunOptions& options, const std::optional<struct stat>& input) {
+  if (!options.output) return std::nullopt;
+  if (*options.output == "-") return OutputFile::ForStandardOutput();
+  if (IsPrintedTo(*options.output)) {
+    throw FailureError({ExitCode::kOutputFailed,
+                        "is the file that the report goes to",
+                        "name another file, or use -o - for standard output",
+                        *options.output});
+  }
+  return OutputFile::ForFile(*options.output, options.force, input);
+}
+
+[[noreturn]] void FailLog(const std::string& log, const char* reason) {
+  throw FailureError(
+      {ExitCode::kOutputFailed, reason, "name another file with --log", log});
+}
+
+// Whether two names, of files that need not exist, are of the same file.
+bool SameName(const std::string& name, const std::string& other) {
+  std::error_code error;
+  const fs::path path = fs::weakly_canonical(name, error);
+  if (error) return name == other;
+  const fs::path other_path = fs::weakly_canonical(other, error);
+  return error ? name == other : path == other_path;
+}
+
+std::optional<LogFile> OpenLog(const RunOptions& options,
+                               const std::optional<struct stat>& input) {
+  if (!options.log) return std::nullopt;
+  const auto existing = StatFile(*options.log);
+  if (existing && input && SameFile(*existing, *input)) {
+    FailLog(*options.log,
+            "is the configuration that is read, which is never changed");
+  }
+  if (IsPrintedTo(*options.log)) {
+    FailLog(*options.log, "is the file that the report goes to");
+  }
+  if (options.output && *options.output != "-" &&
+      SameName(*options.log, *options.output)) {
+    FailLog(*options.log, "cannot be both the log and the output");
+  }
+  return std::optional<LogFile>(std::in_place, *options.log, options.force);
+}
+
+void CommitOutput(const RunOptions& options, OutputFile& output,
+                  Report& report) {
+  try {
+    report.output_size = output.Commit();
+    report.output =
+        *options.output == "-" ? "standard output" : *options.output;
+  } catch (const FailureError& error) {
+    report.failure = error.failure();
+    report.partly_written = options.output == "-";
+  }
+}
+
+// What is left of a run once it is over.
+struct Run {
+  Report report;
+  std::optional<OutputFile> output;
+};
+
+void Upgrade(const RunOptions& options, Run& run) {
+  WorkerTask task = MakeTask(options);
+  run.report.plugin = task.plugin;
+  const auto input = StatInput(options);
+  std::optional<LogFile> log = OpenLog(options, input);
+  run.output = PrepareOutput(options, input);
+  task.has_output = run.output.has_value();
+  {
+    RunListener listener(
+        log ? &*log : nullptr,
+        options.verbose && !options.json ? ReportStream(options) : nullptr,
+        !options.quiet && !options.verbose);
+    run.report = Supervise(task,
+                           {options.timeout_s, options.verbose && options.json,
+                            run.output ? run.output->fd() : -1},
+                           listener);
+  }
+  if (!run.report.failure && log) run.report.failure = log->failure();
+}
+
+Run RunUpgrade(const RunOptions& options) {
+  Run run;
+  run.report.config = ConfigName(options.config);
+  try {
+    Upgrade(options, run);
+  } catch (const FailureError& error) {
+    run.report.failure = error.failure();
+  } catch (const std::exception& error) {
+    run.report.failure = UnexpectedFailure(error, "");
+  }
+  return run;
+}
+
+// Prints the report in its two parts.
+class ReportPrinter {
+ public:
+  ReportPrinter(const RunOptions& options, const Report& report)
+      : options_(options), report_(report), stream_(ReportStream(options)) {
+    // Without a single step of the plug-in the error message says it all.
+    const bool has_run = report.result || report.journal.calls() > 0 ||
+                         !report.journal.events().empty();
+    wanted_ = options.json || (!options.quiet && has_run);
+  }
+
+  // False if it could not be delivered.
+  bool Print() const {
+    const ReportView view{options_.verbose, options_.diff};
+    return Deliver(options_.json ? RenderJson(report_, view)
+                                 : RenderText(report_, view));
+  }
+  bool PrintEnd() const {
+    return Deliver(options_.json ? RenderJsonEnd(report_)
+                                 : RenderTextEnd(report_));
+  }
+
+ private:
+  bool Deliver(const std::string& text) const {
+    if (wanted_) std::fputs(text.c_str(), stream_);
+    return std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
+  }
+
+  const RunOptions& options_;
+  const Report& report_;
+  FILE* stream_;
+  bool wanted_;
+};
+
+Failure ReportFailure() {
+  return {ExitCode::kOutputFailed, "the report cannot be written",
+          "make room where the report goes"};
+}
+
+// The output is put in its place between the two parts of the report, so that
+// the report never says so too early, and taken back when the second part can't
+// be delivered.
+void Conclude(const RunOptions& options, Run& run) {
+  Report& report = run.report;
+  const ReportPrinter printer(options, report);
+  bool printed = printer.Print();
+  if (!printed && !report.failure) report.failure = ReportFailure();
+  if (!report.failure && run.output) CommitOutput(options, *run.output, report);
+  printed = printed && printer.PrintEnd();
+  if (!printed && !report.failure) {
+    report.failure = ReportFailure();
+    const std::string left = run.output ? run.output->TakeBack() : "";
+    if (!left.empty()) report.failure->details.push_back(left);
+  }
+  if (!report.failure) {
+    HoldInterrupts();
+    const std::string left = run.output ? run.output->Confirm() : "";
+    if (!left.empty()) {
+      std::fputs(("ospf-upgrade: " + OneLine(left) + "\n").c_str(), stderr);
+    }
+    return;
+  }
+  std::fputs(RenderFailure(*report.failure).c_str(), stderr);
+  if (options.quiet) {
+    std::fputs(RenderViolations(report.violations).c_str(), stderr);
+  }
+}
+
+// A pipe must not end up as somebody's standard output.
+void OccupyStandardDescriptors() {
+  int fd = 0;
+  do {
+    fd = open("/dev/null", O_RDONLY);
+  } while (fd >= 0 && fd <= STDERR_FILENO);
+  if (fd > STDERR_FILENO) close(fd);
+}
+
+int Main(int argc, char** argv) {
+  OccupyStandardDescriptors();
+  const auto parsed = ParseCommandLine(argc, argv, std::cout, std::cerr);
+  if (const auto* code = std::get_if<ExitCode>(&parsed)) {
+    return static_cast<int>(*code);
+  }
+  InstallInterruptHandlers();
+  signal(SIGXFSZ, SIG_IGN);  // a write past a limit fails like any other
+  const auto& options = std::get<RunOptions>(parsed);
+  Run run = RunUpgrade(options);
+  Conclude(options, run);
+  return static_cast<int>(run.report.exit_code());
+}
+
+}  // namespace
+}  // namespace kit::host
+
+int main(int argc, char** argv) {
+  try {
+    return kit::host::Main(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "ospf-upgrade: internal error: %s\n",
+                 kit::host::OneLine(error.what()).c_str());
+    return static_cast<int>(kit::host::ExitCode::kInternal);
+  }
+}

@@ -1,0 +1,247 @@
+#include "kit/host/commands/options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "kit/host/text.h"
+
+#ifndef KIT_VERSION
+#define KIT_VERSION "0.0.0"
+#endif
+
+namespace kit::host {
+namespace {
+
+constexpr char kExitCodes[] =
+    "Exit codes:\n"
+    "  0    success\n"
+    "  1    the plug-in returned -1 (or anything else but 0)\n"
+    "  2    the result breaks the new model\n"
+    "  3    bad usage, or an unreadable, malformed or invalid configuration "
+    "or\n"
+    "       data model\n"
+    "  4    the plug-in could not be loaded\n"
+    "  5    the plug-in aborted, crashed, hung or broke what it runs in\n"
+    "  6    the output, the log or the report could not be written\n"
+    "  70   internal error of this program, or no more time, CPU time, "
+    "memory,\n"
+    "       processes or open files\n"
+    "  128+N  ended by signal N\n"
+    "Unless the exit code is 0, the file of -o is as it was before; what went\n"
+    "to standard output stays there.";
+
+constexpr char kJsonKeys[] =
+    "Keys of the --json report: config, plugin, result (of update),\n"
+    "not_carried_over (path, value, reason), log (records of the plug-in),\n"
+    "calls (total, by_function, last, open_cursors), changes (list, created,\n"
+    "changed, deleted), valid, violations (error, path, reason), schemas\n"
+    "(loaded, matter, otherwise: what comes of the run the other way),\n"
+    "plugin_output, exit_code, outcome, error (reason, details, advice, file,\n"
+    "line, path), output, format; null is what does not apply or is not "
+    "known.\n"
+    "With --diff also entries (change, list, path, leaves: leaf, before,\n"
+    "after, and the default that holds where one is null), with --verbose\n"
+    "also events (log records and calls in their order).";
+
+// The hashes that the device family's data-model compiler gave modules of the
+// models that come with this program. Other models lack them, and the hashes
+// are passed over.
+std::map<std::string, uint32_t> DeviceNamespaceHashes() {
+  return {{"VX-OSPF-MIB", 0x1AB53F7A},
+          {"VX-OSPF-V3-MIB", 0x0E52B437},
+          {"VX-RTM-MIB", 0x31635FA0}};
+}
+
+// A decimal number, or a hexadecimal one after 0x.
+std::optional<uint32_t> ParseHash(std::string_view text) {
+  const bool hex = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
+  if (hex) text.remove_prefix(2);
+  uint32_t hash = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] =
+      std::from_chars(text.data(), end, hash, hex ? 16 : 10);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return hash;
+}
+
+std::optional<std::pair<std::string, uint32_t>> ParseNamespace(
+    const std::string& text) {
+  const size_t equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) return std::nullopt;
+  const auto hash = ParseHash(text.substr(equals + 1));
+  if (!hash) return std::nullopt;
+  return std::make_pair(text.substr(0, equals), *hash);
+}
+
+std::string CheckNamespace(const std::string& text) {
+  if (ParseNamespace(text)) return "";
+  return "'" + text +
+         "' is not MODULE=HASH with a 32-bit hash such as 448085882 or "
+         "0x1AB53F7A";
+}
+
+std::string CheckTimeout(const std::string& text) {
+  double seconds = 0;
+  const char* end = text.data() + text.size();
+  const auto parsed = std::from_chars(text.data(), end, seconds);
+  const bool is_number = parsed.ec == std::errc() && parsed.ptr == end;
+  if (is_number && std::isfinite(seconds) && seconds >= 0 && seconds <= 1e6) {
+    return "";
+  }
+  return "'" + text + "' is not a number of seconds from 0 to 1000000";
+}
+
+std::string CheckNotEmpty(const std::string& text) {
+  return text.empty() ? "an empty name names no file" : "";
+}
+
+std::string CheckLogName(const std::string& text) {
+  if (text != "-") return CheckNotEmpty(text);
+  return "- names no file; the report has the log, and /dev/stderr takes it "
+         "as it comes";
+}
+
+void AddFiles(CLI::App& run, RunOptions& options) {
+  run.add_option("CONFIG", options.config,
+                 "Pre-upgrade configuration, XML or JSON (RFC 7951), plain or "
+                 "as saved or returned by NETCONF; - is standard input")
+      ->required()
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+  run.add_option("--max-size", options.max_size_mib,
+                 "Refuse a configuration of more than N MiB")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 20).description(""));
+  run.add_option("-o,--output", options.output,
+                 "Write the upgraded configuration to FILE; - is standard "
+                 "output, the report then goes to standard error")
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+  run.add_flag("--force", options.force,
+               "Replace the FILE of -o or --log if it exists; the new output "
+               "gets its owner, group and permissions");
+  run.add_option("--log", options.log,
+                 "Write the plug-in's log records to FILE, one per line, as "
+                 "they come")
+      ->type_name("FILE")
+      ->check(CheckLogName);
+}
+
+void AddUpgrade(CLI::App& run, RunOptions& options,
+                std::vector<std::string>& namespaces, std::string& format,
+                std::string& schemas) {
+  run.add_option("--format", format,
+                 "Format of the output; the input's by default")
+      ->type_name("xml|json")
+      ->check(CLI::IsMember({"xml", "json"}).description(""));
+  run.add_option("--plugin", options.plugin,
+                 "Plug-in to run instead of the one installed beside this "
+                 "program")
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+  run.add_option("--yang-before", options.yang_before,
+                 "Folder with the data models before the upgrade")
+      ->type_name("DIR")
+      ->check(CheckNotEmpty);
+  run.add_option("--yang-after", options.yang_after,
+                 "Folder with the data models after the upgrade")
+      ->type_name("DIR")
+      ->check(CheckNotEmpty);
+  run.add_option("--namespace", namespaces,
+                 "Namespace hash of a module, decimal or 0x...; may be "
+                 "repeated")
+      ->type_name("MODULE=HASH")
+      ->allow_extra_args(false)
+      ->check(CheckNamespace);
+  run.add_option("--schemas", schemas,
+                 "Whether the plug-in finds ConfD's schemas loaded into its "
+                 "process, which is up to a device's upgrade framework; "
+                 "loaded by default")
+      ->type_name("loaded|none")
+      ->check(CLI::IsMember({"loaded", "none"}).description(""));
+  run.add_option("--timeout", options.timeout_s,
+                 "Give up when the plug-in, or any other step of the run "
+                 "(reading, parsing, validating, comparing, saving), takes "
+                 "longer than S seconds; 0 is never. Time in which nobody "
+                 "reads what is printed does not count")
+      ->type_name("S")
+      ->capture_default_str()
+      ->check(CheckTimeout);
+}
+
+void AddReport(CLI::App& run, RunOptions& options) {
+  CLI::Option* quiet =
+      run.add_flag("--quiet", options.quiet, "Print errors only");
+  CLI::Option* verbose = run.add_flag(
+      "--verbose", options.verbose,
+      "Print every ConfD call as it happens, and how often each was made");
+  CLI::Option* diff =
+      run.add_flag("--diff", options.diff,
+                   "Print every entry that the plug-in created (+), deleted "
+                   "(-) or changed (~)");
+  CLI::Option* json = run.add_flag("--json", options.json,
+                                   "Print the report as one JSON object");
+  quiet->excludes(verbose)->excludes(diff)->excludes(json);
+}
+
+}  // namespace
+
+std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
+                                                    const char* const* argv,
+                                                    std::ostream& out,
+                                                    std::ostream& err) {
+  CLI::App app(
+      "Rehearses the upgrade of a device's configuration: runs the upgrade "
+      "plug-in on a copy of it and reports what it did. Unless others are "
+      "named, plug-in and data models are those of OSPF.",
+      "ospf-upgrade");
+  app.set_version_flag("--version", "ospf-upgrade " KIT_VERSION);
+  app.require_subcommand(0, 1);  // checked below, with a better message
+  app.footer(kExitCodes);
+
+  RunOptions options;
+  std::vector<std::string> namespaces;
+  std::string format;
+  std::string schemas;
+  CLI::App* run =
+      app.add_subcommand("run", "Run the plug-in on one configuration");
+  run->footer(std::string(kExitCodes) + "\n\n" + kJsonKeys);
+  AddFiles(*run, options);
+  AddUpgrade(*run, options, namespaces, format, schemas);
+  AddReport(*run, options);
+
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return OneLine(error.what()) + "\nRun with --help for more information.\n";
+  });
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (app.exit(error, out, err) != 0) return ExitCode::kBadInput;
+    return out.flush() ? ExitCode::kSuccess : ExitCode::kOutputFailed;
+  }
+  if (!run->parsed()) {
+    err << "A subcommand is required: run\n"
+           "Run with --help for more information.\n";
+    return ExitCode::kBadInput;
+  }
+  if (!format.empty()) {
+    options.format =
+        format == "xml" ? control::Format::kXml : control::Format::kJson;
+  }
+  options.schemas_loaded = schemas != "none";
+  options.namespace_hashes = DeviceNamespaceHashes();
+  for (const std::string& text : namespaces) {
+    const auto hash = ParseNamespace(text);
+    options.namespace_hashes[hash->first] = hash->second;
+    options.named_modules.push_back(hash->first);
+  }
+  return options;
+}
+
+}  // namespace kit::host

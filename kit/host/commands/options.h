@@ -1,0 +1,47 @@
+// The command line.
+#ifndef KIT_HOST_COMMANDS_OPTIONS_H_
+#define KIT_HOST_COMMANDS_OPTIONS_H_
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "kit/confd/control/control.h"
+#include "kit/host/exit_code.h"
+
+namespace kit::host {
+
+struct RunOptions {
+  std::string config;                 // "-" is standard input
+  uint64_t max_size_mib = 1024;       // of the configuration
+  std::optional<std::string> output;  // "-" is standard output
+  bool force = false;
+  std::optional<control::Format> format;  // none: the input's
+  std::optional<std::string> plugin;
+  std::optional<std::string> yang_before;
+  std::optional<std::string> yang_after;
+  std::map<std::string, uint32_t> namespace_hashes;  // by module name
+  std::vector<std::string> named_modules;  // of them, those of the command line
+  bool schemas_loaded = true;
+  double timeout_s = 60;  // of the plug-in and of each other step; 0: none
+  std::optional<std::string> log;
+  bool quiet = false;
+  bool verbose = false;
+  bool diff = false;
+  bool json = false;
+};
+
+// The options of a run; or the code to exit with at once, after help, version
+// or a usage error was printed to `out` or `err`.
+std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
+                                                    const char* const* argv,
+                                                    std::ostream& out,
+                                                    std::ostream& err);
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_COMMANDS_OPTIONS_H_

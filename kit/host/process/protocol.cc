@@ -1,0 +1,180 @@
+#include "kit/host/process/protocol.h"
+
+#include <cstring>
+#include <optional>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace kit::host {
+namespace {
+
+auto Fields(PhaseMessage& m) { return std::tie(m.phase); }
+auto Fields(InputMessage& m) { return std::tie(m.format); }
+auto Fields(LogMessage& m) { return std::tie(m.text); }
+auto Fields(CallMessage& m) { return std::tie(m.text); }
+auto Fields(ResultMessage& m) {
+  return std::tie(m.result, m.calls, m.open_cursors, m.finisher);
+}
+auto Fields(LossMessage& m) {
+  return std::tie(m.loss.path, m.loss.value, m.loss.reason);
+}
+auto Fields(ViolationMessage& m) {
+  return std::tie(m.violation.error, m.violation.path, m.violation.reason);
+}
+auto Fields(ValidatedMessage&) { return std::tie(); }
+auto Fields(SchemasMessage& m) { return std::tie(m.effect, m.number); }
+auto Fields(ListTotals& m) {
+  return std::tie(m.list, m.created, m.changed, m.deleted);
+}
+auto Fields(EntryMessage& m) {
+  return std::tie(m.entry.kind, m.entry.list, m.entry.path, m.entry.leaves);
+}
+auto Fields(FailureMessage& m) {
+  return std::tie(m.failure.code, m.failure.reason, m.failure.advice,
+                  m.failure.file, m.failure.line, m.failure.path,
+                  m.failure.details);
+}
+auto Fields(DoneMessage& m) {
+  return std::tie(m.written.bytes, m.written.sum, m.written.sum_of_sums);
+}
+auto Fields(control::LeafChange& leaf) {
+  return std::tie(leaf.leaf, leaf.before, leaf.after, leaf.default_value);
+}
+
+class Writer {
+ public:
+  explicit Writer(std::string& out) : out_(out) {}
+
+  template <typename T>
+  void Put(const T& number) {
+    static_assert(std::is_integral_v<T> || std::is_enum_v<T>);
+    const auto wide = static_cast<uint64_t>(number);
+    char bytes[sizeof(wide)];
+    std::memcpy(bytes, &wide, sizeof(wide));
+    out_.append(bytes, sizeof(wide));
+  }
+  void Put(const std::string& text) {
+    Put(text.size());
+    out_ += text;
+  }
+  void Put(const std::optional<std::string>& text) {
+    Put(text.has_value());
+    if (text) Put(*text);
+  }
+  void Put(const std::vector<std::string>& texts) {
+    Put(texts.size());
+    for (const std::string& text : texts) Put(text);
+  }
+  void Put(std::vector<control::LeafChange>& leaves) {
+    Put(leaves.size());
+    for (control::LeafChange& leaf : leaves) PutFields(leaf);
+  }
+  template <typename T>
+  void PutFields(T& fields) {
+    std::apply([this](auto&... field) { (Put(field), ...); }, Fields(fields));
+  }
+
+ private:
+  std::string& out_;
+};
+
+// The last of the values that an enumeration has; all before it are its too.
+constexpr Phase Last(Phase) { return Phase::kSaving; }
+constexpr control::Format Last(control::Format) {
+  return control::Format::kJson;
+}
+constexpr control::ChangeKind Last(control::ChangeKind) {
+  return control::ChangeKind::kDeleted;
+}
+constexpr SchemaEffect Last(SchemaEffect) { return SchemaEffect::kOtherResult; }
+constexpr ExitCode Last(ExitCode) { return ExitCode::kInternal; }
+
+class Reader {
+ public:
+  explicit Reader(std::string_view bytes) : bytes_(bytes) {}
+
+  template <typename T>
+  void Get(T& number) {
+    uint64_t wide = 0;
+    std::memcpy(&wide, Take(sizeof(wide)).data(), sizeof(wide));
+    if constexpr (std::is_enum_v<T>) {
+      if (wide > static_cast<uint64_t>(Last(T{}))) {
+        throw ProtocolError("a value of an unknown kind");
+      }
+    }
+    number = static_cast<T>(wide);
+  }
+  void Get(std::string& text) {
+    size_t length = 0;
+    Get(length);
+    text = Take(length);
+  }
+  void Get(std::optional<std::string>& text) {
+    bool present = false;
+    Get(present);
+    if (present) Get(text.emplace());
+  }
+  void Get(std::vector<std::string>& texts) {
+    size_t count = 0;
+    Get(count);
+    for (size_t i = 0; i < count; ++i) Get(texts.emplace_back());
+  }
+  void Get(std::vector<control::LeafChange>& leaves) {
+    size_t count = 0;
+    Get(count);
+    // Not reserved: the number may be as wrong as the rest.
+    for (size_t i = 0; i < count; ++i) GetFields(leaves.emplace_back());
+  }
+  template <typename T>
+  void GetFields(T& fields) {
+    std::apply([this](auto&... field) { (Get(field), ...); }, Fields(fields));
+  }
+  bool AtEnd() const { return bytes_.empty(); }
+
+ private:
+  std::string_view Take(size_t length) {
+    if (length > bytes_.size()) throw ProtocolError("a message is cut short");
+    const std::string_view taken = bytes_.substr(0, length);
+    bytes_.remove_prefix(length);
+    return taken;
+  }
+
+  std::string_view bytes_;
+};
+
+template <size_t kIndex = 0>
+Message DecodeAs(size_t index, Reader& reader) {
+  if constexpr (kIndex == std::variant_size_v<Message>) {
+    throw ProtocolError("a message of an unknown kind");
+  } else {
+    if (index != kIndex) return DecodeAs<kIndex + 1>(index, reader);
+    std::variant_alternative_t<kIndex, Message> message{};
+    reader.GetFields(message);
+    return message;
+  }
+}
+
+}  // namespace
+
+std::string Encode(const Message& message) {
+  std::string bytes;
+  Writer writer(bytes);
+  writer.Put(message.index());
+  // Fields ties what is to be read as well, so that it takes no const.
+  std::visit([&writer](auto& m) { writer.PutFields(m); },
+             const_cast<Message&>(message));
+  return bytes;
+}
+
+Message Decode(std::string_view bytes) {
+  Reader reader(bytes);
+  size_t index = 0;
+  reader.Get(index);
+  Message message = DecodeAs(index, reader);
+  if (!reader.AtEnd()) throw ProtocolError("a message is too long");
+  return message;
+}
+
+}  // namespace kit::host

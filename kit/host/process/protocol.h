@@ -1,0 +1,94 @@
+// What the processes of a run tell the supervisor.
+#ifndef KIT_HOST_PROCESS_PROTOCOL_H_
+#define KIT_HOST_PROCESS_PROTOCOL_H_
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "kit/confd/control/control.h"
+#include "kit/host/failure.h"
+#include "kit/host/process/checksum.h"
+#include "kit/host/process/progress.h"
+
+namespace kit::host {
+
+struct PhaseMessage {
+  Phase phase;
+};
+struct InputMessage {
+  control::Format format;
+};
+struct LogMessage {
+  std::string text;
+};
+struct CallMessage {
+  std::string text;
+};
+struct ResultMessage {
+  int result;
+  uint64_t calls;         // of the C API
+  uint64_t open_cursors;  // left by the plug-in
+  int finisher;           // the process that goes on after a success
+};
+struct LossMessage {
+  control::Loss loss;
+};
+struct ViolationMessage {
+  control::Violation violation;
+};
+struct ValidatedMessage {};
+// What would come of a successful run with the schemas the other way: loaded
+// where they were not, and not where they were.
+enum class SchemaEffect : uint32_t {
+  kNone,
+  kUnknown,      // something else, or not
+  kFails,        // update returns `number`
+  kDies,         // update does not return
+  kInvalid,      // the result breaks the new model in `number` places
+  kOtherResult,  // it differs, and is valid
+};
+struct SchemasMessage {
+  SchemaEffect effect;
+  int number;
+};
+struct ListTotals {
+  std::string list;
+  uint64_t created = 0;
+  uint64_t changed = 0;
+  uint64_t deleted = 0;
+};
+struct EntryMessage {
+  control::EntryChange entry;
+};
+struct FailureMessage {
+  Failure failure;
+};
+// Nothing follows; without it the finisher did not come to its end.
+struct DoneMessage {
+  Checksum written;  // to the output, if there is one
+};
+
+using Message =
+    std::variant<PhaseMessage, InputMessage, LogMessage, CallMessage,
+                 ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
+                 ListTotals, EntryMessage, FailureMessage, DoneMessage,
+                 SchemasMessage>;
+
+class ProtocolError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The message's number in the variant and its fields: numbers as 8 bytes in the
+// machine's order, texts of any bytes after their length.
+std::string Encode(const Message& message);
+
+// Throws ProtocolError for what Encode does not make.
+Message Decode(std::string_view bytes);
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_PROCESS_PROTOCOL_H_

@@ -1,0 +1,38 @@
+// Runs the worker and the finisher in child processes and lives to tell what
+// became of them. Only what the finisher says, once the plug-in and all that it
+// started are gone, can be a success.
+#ifndef KIT_HOST_PROCESS_SUPERVISOR_H_
+#define KIT_HOST_PROCESS_SUPERVISOR_H_
+
+#include <cstdint>
+#include <string>
+
+#include "kit/host/process/progress.h"
+#include "kit/host/process/worker.h"
+#include "kit/host/report/report.h"
+
+namespace kit::host {
+
+// Told of what happens while it happens.
+class Listener {
+ public:
+  virtual ~Listener() = default;
+  virtual void OnLog(const std::string& record) = 0;
+  virtual void OnCall(const std::string& call) = 0;
+  // Several times a second.
+  virtual void OnTick(Phase phase, uint64_t calls) = 0;
+};
+
+struct Supervision {
+  double timeout_s = 60;    // that the plug-in, or another step, has; 0: none
+  bool keep_calls = false;  // whether the journal gets every call
+  int output_fd = -1;       // an empty file for the result, or -1
+};
+
+// Throws std::system_error when the system can't run a process.
+Report Supervise(const WorkerTask& task, const Supervision& supervision,
+                 Listener& listener);
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_PROCESS_SUPERVISOR_H_

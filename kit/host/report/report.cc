@@ -1,0 +1,416 @@
+#include "kit/host/report/report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "kit/host/text.h"
+
+namespace kit::host {
+namespace {
+
+// Keeps its keys in the order in which they are documented.
+using Json = nlohmann::ordered_json;
+
+const char* Name(ExitCode code) {
+  switch (code) {
+    case ExitCode::kSuccess:
+      return "success";
+    case ExitCode::kPluginFailed:
+      return "plugin-failed";
+    case ExitCode::kInvalidResult:
+      return "invalid-result";
+    case ExitCode::kBadInput:
+      return "bad-input";
+    case ExitCode::kNotLoaded:
+      return "plugin-not-loaded";
+    case ExitCode::kPluginDied:
+      return "plugin-died";
+    case ExitCode::kOutputFailed:
+      return "output-failed";
+    case ExitCode::kInternal:
+      return "internal-error";
+  }
+  return "unknown";
+}
+
+const char* Name(control::Format format) {
+  return format == control::Format::kXml ? "xml" : "json";
+}
+
+const char* Name(control::ChangeKind kind) {
+  switch (kind) {
+    case control::ChangeKind::kCreated:
+      return "created";
+    case control::ChangeKind::kChanged:
+      return "changed";
+    case control::ChangeKind::kDeleted:
+      return "deleted";
+  }
+  return "unknown";
+}
+
+char Mark(control::ChangeKind kind) {
+  switch (kind) {
+    case control::ChangeKind::kCreated:
+      return '+';
+    case control::ChangeKind::kChanged:
+      return '~';
+    case control::ChangeKind::kDeleted:
+      return '-';
+  }
+  return '?';
+}
+
+void AppendLog(const Report& report, std::string& text) {
+  const std::vector<std::string> records = report.journal.LogRecords();
+  if (records.empty()) {
+    text += "Log: no records\n";
+    return;
+  }
+  text +=
+      fmt::format("Log ({}):\n", Counted(records.size(), "record", "records"));
+  for (const std::string& record : records) {
+    text += fmt::format("  {}\n", RecordLine(record));
+  }
+}
+
+void AppendPluginOutput(const Report& report, std::string& text) {
+  if (report.plugin_output.empty()) return;
+  text += "Printed by the plug-in:\n";
+  text += Indent(report.plugin_output, "  ");
+}
+
+void AppendResult(const Report& report, std::string& text) {
+  if (report.result) {
+    text += fmt::format("Result: update returned {}\n", *report.result);
+  } else {
+    text += "Result: none, update did not return\n";
+  }
+}
+
+void AppendCalls(const Report& report, bool by_function, std::string& text) {
+  const Journal& journal = report.journal;
+  text += fmt::format("ConfD calls: {}\n", journal.calls());
+  if (by_function) {
+    for (const auto& [function, calls] : journal.calls_by_function()) {
+      text += fmt::format("  {:<24} {:>10}\n", OneLine(function), calls);
+    }
+    text += fmt::format("Cursors left open: {}\n", report.open_cursors);
+  }
+  if (!report.result && journal.last_call()) {
+    text += fmt::format("Last ConfD call: {}\n", OneLine(*journal.last_call()));
+  }
+}
+
+void AppendChanges(const Report& report, std::string& text) {
+  if (!report.compared) return;
+  if (report.changes.empty()) {
+    text += "Changes: none\n";
+    return;
+  }
+  size_t width = 4;
+  for (const ListTotals& totals : report.changes) {
+    width = std::max(width, OneLine(totals.list).size());
+  }
+  text += fmt::format("Changes:\n  {:<{}} {:>9} {:>9} {:>9}\n", "list", width,
+                      "created", "changed", "deleted");
+  for (const ListTotals& totals : report.changes) {
+    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9}\n", OneLine(totals.list),
+                        width, totals.created, totals.changed, totals.deleted);
+  }
+}
+
+// What is lost before the plug-in runs would otherwise be seen nowhere.
+void AppendLosses(const Report& report, bool all, std::string& text) {
+  constexpr size_t kShown = 10;
+  if (report.losses.empty()) return;
+  text +=
+      fmt::format("Automatic upgrade: {} not carried over into the new model\n",
+                  Counted(report.losses.size(), "node is", "nodes are"));
+  const size_t shown =
+      all ? report.losses.size() : std::min(kShown, report.losses.size());
+  for (size_t i = 0; i < shown; ++i) {
+    const control::Loss& loss = report.losses[i];
+    const std::string value =
+        loss.value.empty() ? "" : fmt::format(" ({})", OneLine(loss.value));
+    text += fmt::format("  {}{}: {}\n", OneLine(loss.path), value,
+                        OneLine(loss.reason));
+  }
+  if (shown < report.losses.size()) {
+    text += fmt::format("  ... and {} more, which --diff shows\n",
+                        report.losses.size() - shown);
+  }
+}
+
+// What a device makes of it if its upgrade framework has the schemas the other
+// way; "" if nothing.
+std::string EffectOfSchemas(const SchemasMessage& schemas) {
+  switch (schemas.effect) {
+    case SchemaEffect::kNone:
+    case SchemaEffect::kUnknown:
+      return "";
+    case SchemaEffect::kFails:
+      return fmt::format(
+          "update returns {}, and the device gives the upgrade up",
+          schemas.number);
+    case SchemaEffect::kDies:
+      return "update does not return, and the device has no upgrade";
+    case SchemaEffect::kInvalid:
+      return fmt::format(
+          "the result breaks the new model in {}, and the device gives the "
+          "upgrade up",
+          Counted(static_cast<uint64_t>(schemas.number), "place", "places"));
+    case SchemaEffect::kOtherResult:
+      return "the device gets another configuration";
+  }
+  return "";
+}
+
+// Nothing where it makes no difference.
+void AppendSchemas(const Report& report, std::string& text) {
+  if (!report.schemas || report.schemas->effect == SchemaEffect::kNone) return;
+  const bool loaded = report.schemas_loaded;
+  const char* const here = loaded ? "loaded" : "not loaded";
+  if (report.schemas->effect == SchemaEffect::kUnknown) {
+    text += fmt::format(
+        "Schemas: {}, which the plug-in depends on; how it does otherwise was "
+        "not found out, --schemas {} shows it\n",
+        here, loaded ? "none" : "loaded");
+    return;
+  }
+  text += fmt::format("Schemas: {}; where the upgrade framework {} them, {}\n",
+                      here, loaded ? "does not load" : "loads",
+                      EffectOfSchemas(*report.schemas));
+}
+
+Json SchemasJson(const Report& report) {
+  Json matter;
+  Json effect;
+  if (report.schemas && report.schemas->effect != SchemaEffect::kUnknown) {
+    matter = report.schemas->effect != SchemaEffect::kNone;
+    if (matter) effect = EffectOfSchemas(*report.schemas);
+  }
+  return {{"loaded", report.schemas_loaded},
+          {"matter", std::move(matter)},
+          {"otherwise", std::move(effect)}};
+}
+
+Json LossesJson(const Report& report) {
+  Json losses = Json::array();
+  for (const control::Loss& loss : report.losses) {
+    losses.push_back(
+        {{"path", loss.path}, {"value", loss.value}, {"reason", loss.reason}});
+  }
+  return losses;
+}
+
+void AppendValidation(const Report& report, std::string& text) {
+  if (!report.validated) return;
+  if (report.violations.empty()) {
+    text += "Validation: the result is valid under the new model\n";
+    return;
+  }
+  text += fmt::format("Validation: the result breaks the new model in {}\n",
+                      Counted(report.violations.size(), "place", "places"));
+  text += RenderViolations(report.violations);
+}
+
+template <typename T>
+Json OrNull(const std::optional<T>& value) {
+  return value ? Json(*value) : Json();
+}
+
+Json NullIfEmpty(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
+// Bytes that are not UTF-8 become replacement characters; all that a terminal
+// would obey or hide is beyond ASCII or a control character, and so escaped.
+std::string Dump(const Json& json) {
+  constexpr bool kAsciiOnly = true;
+  return json.dump(2, ' ', kAsciiOnly, Json::error_handler_t::replace);
+}
+
+Json FailureJson(const std::optional<Failure>& failure) {
+  if (!failure) return nullptr;
+  return {{"reason", failure->reason},
+          {"details", failure->details},
+          {"advice", failure->advice},
+          {"file", NullIfEmpty(failure->file)},
+          {"line", failure->line > 0 ? Json(failure->line) : Json()},
+          {"path", NullIfEmpty(failure->path)}};
+}
+
+Json CallsJson(const Report& report) {
+  Json by_function = Json::object();
+  for (const auto& [function, calls] : report.journal.calls_by_function()) {
+    by_function[function] = calls;
+  }
+  return {{"total", report.journal.calls()},
+          {"by_function", std::move(by_function)},
+          {"last", OrNull(report.journal.last_call())},
+          {"open_cursors", report.open_cursors}};
+}
+
+Json ChangesJson(const Report& report) {
+  Json changes = Json::array();
+  for (const ListTotals& totals : report.changes) {
+    changes.push_back({{"list", totals.list},
+                       {"created", totals.created},
+                       {"changed", totals.changed},
+                       {"deleted", totals.deleted}});
+  }
+  return changes;
+}
+
+Json EntriesJson(const Report& report) {
+  Json entries = Json::array();
+  for (const control::EntryChange& entry : report.entries) {
+    Json leaves = Json::array();
+    for (const control::LeafChange& leaf : entry.leaves) {
+      leaves.push_back({{"leaf", leaf.leaf},
+                        {"before", OrNull(leaf.before)},
+                        {"after", OrNull(leaf.after)},
+                        {"default", OrNull(leaf.default_value)}});
+    }
+    entries.push_back({{"change", Name(entry.kind)},
+                       {"list", entry.list},
+                       {"path", entry.path},
+                       {"leaves", std::move(leaves)}});
+  }
+  return entries;
+}
+
+Json ViolationsJson(const Report& report) {
+  Json violations = Json::array();
+  for (const control::Violation& violation : report.violations) {
+    violations.push_back({{"error", violation.error},
+                          {"path", violation.path},
+                          {"reason", violation.reason}});
+  }
+  return violations;
+}
+
+Json EventsJson(const Report& report) {
+  Json events = Json::array();
+  for (const Event& event : report.journal.events()) {
+    events.push_back(
+        {{"kind", event.kind == Event::Kind::kLog ? "log" : "call"},
+         {"text", event.text}});
+  }
+  return events;
+}
+
+}  // namespace
+
+std::string RenderFailure(const Failure& failure) {
+  std::string text = "ospf-upgrade: ";
+  if (!failure.file.empty()) text += OneLine(failure.file) + ": ";
+  if (failure.line > 0) text += fmt::format("line {}: ", failure.line);
+  if (!failure.path.empty()) text += OneLine(failure.path) + ": ";
+  text += OneLine(failure.reason) + "\n";
+  for (const std::string& line : failure.details) {
+    text += fmt::format("  {}\n", OneLine(line));
+  }
+  if (!failure.advice.empty()) {
+    text += fmt::format("  What to do: {}.\n", OneLine(failure.advice));
+  }
+  return text;
+}
+
+std::string RenderViolations(
+    const std::vector<control::Violation>& violations) {
+  std::string text;
+  for (const control::Violation& violation : violations) {
+    text += fmt::format(
+        "  {}: {} (ConfD error {})\n",
+        violation.path.empty() ? "(unknown node)" : OneLine(violation.path),
+        OneLine(violation.reason), violation.error);
+  }
+  return text;
+}
+
+std::string RenderEntry(const control::EntryChange& entry) {
+  std::string text =
+      fmt::format("{} {}\n", Mark(entry.kind), OneLine(entry.path));
+  const bool both = entry.kind == control::ChangeKind::kChanged;
+  for (const control::LeafChange& leaf : entry.leaves) {
+    const std::string unset =
+        leaf.default_value ? *leaf.default_value + " (default)" : "(none)";
+    const std::string before = OneLine(leaf.before.value_or(unset));
+    const std::string after = OneLine(leaf.after.value_or(unset));
+    text += fmt::format("    {}: ", OneLine(leaf.leaf));
+    text += both ? fmt::format("{} -> {}\n", before, after)
+                 : (leaf.after ? after : before) + "\n";
+  }
+  return text;
+}
+
+std::string RenderText(const Report& report, const ReportView& view) {
+  std::string text =
+      fmt::format("Configuration: {}\nPlug-in: {}\n", OneLine(report.config),
+                  OneLine(report.plugin));
+  AppendLosses(report, view.diff, text);
+  AppendLog(report, text);
+  AppendPluginOutput(report, text);
+  AppendResult(report, text);
+  AppendCalls(report, view.verbose, text);
+  AppendChanges(report, text);
+  if (view.diff) {
+    for (const control::EntryChange& entry : report.entries) {
+      text += RenderEntry(entry);
+    }
+  }
+  AppendValidation(report, text);
+  AppendSchemas(report, text);
+  return text;
+}
+
+std::string RenderTextEnd(const Report& report) {
+  if (report.output) {
+    return fmt::format("Written: {} ({}, {})\n", OneLine(*report.output),
+                       report.format == control::Format::kJson ? "JSON" : "XML",
+                       Counted(report.output_size, "byte", "bytes"));
+  }
+  if (report.partly_written) {
+    return "Not written as a whole: standard output may have a part of it.\n";
+  }
+  if (report.failure) return "Nothing was written.\n";
+  return "Nothing was written: -o FILE keeps the upgraded configuration.\n";
+}
+
+std::string RenderJson(const Report& report, const ReportView& view) {
+  Json json = {
+      {"config", report.config},
+      {"plugin", report.plugin},
+      {"result", OrNull(report.result)},
+      {"not_carried_over", LossesJson(report)},
+      {"log", report.journal.LogRecords()},
+      {"calls", CallsJson(report)},
+      {"changes", ChangesJson(report)},
+      {"valid", report.validated ? Json(report.violations.empty()) : Json()},
+      {"violations", ViolationsJson(report)},
+      {"schemas", SchemasJson(report)},
+      {"plugin_output", report.plugin_output}};
+  if (view.diff) json["entries"] = EntriesJson(report);
+  if (view.verbose) json["events"] = EventsJson(report);
+  std::string text = Dump(json);
+  text.resize(text.size() - std::strlen("\n}"));
+  return text;
+}
+
+std::string RenderJsonEnd(const Report& report) {
+  const Json json = {
+      {"exit_code", static_cast<int>(report.exit_code())},
+      {"outcome", Name(report.exit_code())},
+      {"error", FailureJson(report.failure)},
+      {"output", OrNull(report.output)},
+      {"format", report.format ? Json(Name(*report.format)) : Json()}};
+  return "," + Dump(json).substr(std::strlen("{")) + "\n";
+}
+
+}  // namespace kit::host

@@ -1,0 +1,110 @@
+#include "kit/host/process/protocol.h"
+
+#include <gtest/gtest.h>
+
+namespace kit::host {
+namespace {
+
+template <typename T>
+T RoundTrip(const T& message) {
+  return std::get<T>(Decode(Encode(message)));
+}
+
+std::string Number(uint64_t number) {
+  return {reinterpret_cast<const char*>(&number), sizeof(number)};
+}
+
+TEST(ProtocolTest, ScalarsComeThrough) {
+  EXPECT_EQ(RoundTrip(PhaseMessage{Phase::kUpdating}).phase, Phase::kUpdating);
+  EXPECT_EQ(RoundTrip(InputMessage{control::Format::kJson}).format,
+            control::Format::kJson);
+  const auto result = RoundTrip(ResultMessage{-1, uint64_t{1} << 40, 3, 4711});
+  EXPECT_EQ(result.result, -1);
+  EXPECT_EQ(result.calls, uint64_t{1} << 40);
+  EXPECT_EQ(result.open_cursors, 3U);
+  EXPECT_EQ(result.finisher, 4711);
+  RoundTrip(ValidatedMessage{});
+  const Checksum written = {1, 2, uint64_t{1} << 40};
+  EXPECT_EQ(RoundTrip(DoneMessage{written}).written, written);
+}
+
+TEST(ProtocolTest, TextComesThroughByteForByte) {
+  const std::string text("a\0\n\xff\x1b", 5);
+  EXPECT_EQ(RoundTrip(LogMessage{text}).text, text);
+  EXPECT_EQ(RoundTrip(CallMessage{text}).text, text);
+  EXPECT_EQ(RoundTrip(LogMessage{""}).text, "");
+}
+
+TEST(ProtocolTest, ViolationsAndTotalsComeThrough) {
+  const auto violation = RoundTrip(ViolationMessage{{12, "/a/b", "missing"}});
+  EXPECT_EQ(violation.violation.error, 12);
+  EXPECT_EQ(violation.violation.path, "/a/b");
+  EXPECT_EQ(violation.violation.reason, "missing");
+
+  const auto totals = RoundTrip(ListTotals{"/a/b", 1, 2, uint64_t{1} << 40});
+  EXPECT_EQ(totals.list, "/a/b");
+  EXPECT_EQ(totals.created, 1U);
+  EXPECT_EQ(totals.changed, 2U);
+  EXPECT_EQ(totals.deleted, uint64_t{1} << 40);
+}
+
+TEST(ProtocolTest, EntriesKeepAbsentAndEmptyLeavesApart) {
+  const auto entry =
+      RoundTrip(EntryMessage{{control::ChangeKind::kChanged,
+                              "/a/b",
+                              "/a/b{1}",
+                              {{"c", std::nullopt, ""}, {"d", "x", "y"}}}})
+          .entry;
+  EXPECT_EQ(entry.kind, control::ChangeKind::kChanged);
+  EXPECT_EQ(entry.list, "/a/b");
+  EXPECT_EQ(entry.path, "/a/b{1}");
+  ASSERT_EQ(entry.leaves.size(), 2U);
+  EXPECT_EQ(entry.leaves[0].leaf, "c");
+  EXPECT_EQ(entry.leaves[0].before, std::nullopt);
+  EXPECT_EQ(entry.leaves[0].after, "");
+  EXPECT_EQ(entry.leaves[1].before, "x");
+  EXPECT_EQ(entry.leaves[1].after, "y");
+}
+
+TEST(ProtocolTest, FailuresComeThrough) {
+  const auto failure = RoundTrip(FailureMessage{{ExitCode::kBadInput,
+                                                 "reason",
+                                                 "advice",
+                                                 "file",
+                                                 7,
+                                                 "/path",
+                                                 {"one", "two"}}})
+                           .failure;
+  EXPECT_EQ(failure.code, ExitCode::kBadInput);
+  EXPECT_EQ(failure.reason, "reason");
+  EXPECT_EQ(failure.advice, "advice");
+  EXPECT_EQ(failure.file, "file");
+  EXPECT_EQ(failure.line, 7U);
+  EXPECT_EQ(failure.path, "/path");
+  EXPECT_EQ(failure.details, (std::vector<std::string>{"one", "two"}));
+}
+
+TEST(ProtocolTest, BytesThatAreNoMessageThrow) {
+  constexpr uint64_t kPhase = 0;
+  constexpr uint64_t kLog = 2;
+  constexpr uint64_t kEntry = 9;
+  const std::string rows[] = {
+      "",                                 // nothing
+      "trace",                            // no number
+      Number(99),                         // an unknown kind
+      Number(kLog),                       // no text
+      Number(kLog) + Number(5) + "four",  // a text that ends too early
+      Number(kLog) + Number(3) + "four",  // more than the message
+      Number(kLog) + Number(UINT64_MAX),  // an absurd length
+      Number(kPhase) + Number(99),        // an unknown phase
+      Number(kPhase) + Number(UINT64_MAX),
+      // An absurd number of leaves.
+      Number(kEntry) + Number(0) + Number(0) + Number(0) + Number(UINT64_MAX),
+  };
+  for (const std::string& row : rows) {
+    EXPECT_THROW(Decode(row), ProtocolError) << (&row - rows);
+  }
+}
+
+}  // namespace
+}  // namespace kit::host
