@@ -9,6 +9,7 @@
 #include "kit/confd/session/call_hooks.h"
 #include "kit/confd/session/loaded_schemas.h"
 #include "kit/confd/session/session.h"
+#include "kit/confd/tree/table.h"
 #include "kit/confd/upgrade/database.h"
 #include "kit/confd/upgrade/difference.h"
 
@@ -57,6 +58,10 @@ struct Database::Impl {
     if (!handles) return;
     store::Sessions::Instance().Close(handles->maapi_sock);
     store::Sessions::Instance().Close(handles->cdb_sock);
+  }
+
+  const store::Data& data(Side side) const {
+    return side == Side::kInput ? database.running() : database.transaction();
   }
 
   store::Database database;
@@ -147,6 +152,33 @@ void Database::Diff(const std::function<void(const EntryChange&)>& sink) const {
                    sink(ToChange(difference));
                  });
   store::RequireMemory();
+}
+
+bool Database::ReadTable(
+    Side side, const std::string& list, const std::vector<std::string>& leaves,
+    const std::function<void(const TableRow&)>& sink) const {
+  const store::Data& data = impl_->data(side);
+  const auto table = store::Table::Find(data.schema(), list, leaves);
+  if (!table) return false;
+  std::vector<std::string> texts(leaves.size());
+  std::vector<TableCell> cells(leaves.size());
+  const store::Node* entry = nullptr;
+  const std::function<std::string()> path = [&entry] {
+    return store::KeyPath(*entry);
+  };
+  table->ForEachEntry(data.root(), [&](const store::Node& node) {
+    entry = &node;
+    for (size_t i = 0; i < leaves.size(); ++i) {
+      const store::Table::Cell cell = table->Read(node, i);
+      cells[i] = {};
+      if (!cell.value) continue;
+      texts[i] = table->TypeOf(i).Print(*cell.value);
+      cells[i] = {texts[i], cell.by_default};
+    }
+    sink({cells, path});
+  });
+  store::RequireMemory();
+  return true;
 }
 
 size_t Database::OpenCursors() const {

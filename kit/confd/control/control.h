@@ -104,6 +104,23 @@ struct EntryChange {
   std::vector<LeafChange> leaves;
 };
 
+// The old configuration under the old models, or the transaction under the new
+// ones.
+enum class Side { kInput, kResult };
+
+// One leaf of a row.
+struct TableCell {
+  std::optional<std::string_view> text;  // set or by default, nothing without
+  bool by_default = false;
+};
+
+// One entry of a list. The views live as long as the callback.
+struct TableRow {
+  const std::vector<TableCell>& leaves;  // in the order asked for
+  // Makes the entry's key path, which takes longer than reading some leaves.
+  const std::function<std::string()>& path;
+};
+
 // A configuration under its old models (what CDB shows), and the upgrade
 // transaction under the new ones, filled as ConfD fills it at start-up.
 // Programs reach it through the C API once it is attached.
@@ -144,6 +161,14 @@ class KIT_CONTROL_EXPORT Database {
   // Hands every entry that differs between the transaction as it started and
   // as it stands to `sink`, in the order of the model and its keys.
   void Diff(const std::function<void(const EntryChange&)>& sink) const;
+
+  // Hands each entry of a list, which may stand in others, to `sink`. `list` is
+  // a path as EntryChange has it; `leaves` are relative to the entry
+  // ("ipv4/mtu", "../../name" of an entry around it). False, and nothing read,
+  // where the models have no such list or leaf.
+  bool ReadTable(Side side, const std::string& list,
+                 const std::vector<std::string>& leaves,
+                 const std::function<void(const TableRow&)>& sink) const;
 
   // Cursors that a program opened and has not destroyed.
   size_t OpenCursors() const;
