@@ -19,6 +19,12 @@ class Exporter {
   Exporter(const Schema& schema, Extent extent)
       : schema_(schema), context_(schema.context()), extent_(extent) {}
 
+  Exporter(const Schema& schema, const Selection& selection)
+      : schema_(schema),
+        context_(schema.context()),
+        extent_(Extent::kAll),
+        selection_(&selection) {}
+
   LibyangTree Export(const Node& root) {
     Children(root, nullptr);
     return top_.Join(schema_);
@@ -46,6 +52,12 @@ class Exporter {
   }
 
   void Children(const Node& node, lyd_node* out) {
+    if (selection_ != nullptr) {
+      for (const SchemaNode* child : selection_->ChildrenOf(*node.schema)) {
+        Child(node, *child, out);
+      }
+      return;
+    }
     const auto& children = node.schema->children;
     std::for_each(children.rbegin(), children.rend(), [&](const auto& child) {
       if (!child->is_key()) Child(node, *child, out);
@@ -55,17 +67,27 @@ class Exporter {
   void Child(const Node& node, const SchemaNode& schema, lyd_node* out) {
     switch (schema.kind) {
       case NodeKind::kLeaf:
-        if (const auto value = SetLeafOf(node, schema)) {
+        if (const auto value = selection_ != nullptr
+                                   ? node.LeafValue(schema)
+                                   : SetLeafOf(node, schema)) {
           Term(schema, *value, out);
         }
         return;
       case NodeKind::kLeafList:
+        if (selection_ != nullptr) {
+          for (const Value& value : node.LeafListValues(schema)) {
+            Term(schema, value, out);
+          }
+          return;
+        }
         ForEachSetValue(node, schema,
                         [&](const Value& value) { Term(schema, value, out); });
         return;
       case NodeKind::kContainer:
       case NodeKind::kPresenceContainer:
-        if (node.IsSet(schema)) Container(*ContainerOf(node, schema), out);
+        if (const Node* container = ContainerToShow(node, schema)) {
+          Container(*container, out);
+        }
         return;
       case NodeKind::kList:
         List(node, schema, out);
@@ -73,6 +95,13 @@ class Exporter {
       default:
         return;
     }
+  }
+
+  const Node* ContainerToShow(const Node& node, const SchemaNode& schema) {
+    if (node.IsSet(schema)) return ContainerOf(node, schema);
+    // What stands in a case is not there always.
+    if (selection_ == nullptr || schema.in_choice) return nullptr;
+    return node.Container(schema);
   }
 
   void Term(const SchemaNode& schema, const Value& value, lyd_node* out) {
@@ -122,6 +151,7 @@ class Exporter {
   const Schema& schema_;
   ly_ctx* context_;
   const Extent extent_;
+  const Selection* selection_ = nullptr;  // null for all that was set
   const LibyangMemory memory_;
   TopLevel top_;
 };
@@ -130,6 +160,29 @@ class Exporter {
 
 LibyangTree Export(const Data& data, Extent extent) {
   return Exporter(data.schema(), extent).Export(data.root());
+}
+
+void Selection::Add(const SchemaNode& node) {
+  if (node.parent == nullptr || node.is_state) return;
+  if (node.is_key()) return Add(*node.parent);
+  auto& siblings = children_[node.parent];
+  const auto place = std::lower_bound(
+      siblings.begin(), siblings.end(), &node,
+      [](const auto* a, const auto* b) { return a->slot > b->slot; });
+  if (place != siblings.end() && *place == &node) return;
+  siblings.insert(place, &node);
+  Add(*node.parent);
+}
+
+const std::vector<const SchemaNode*>& Selection::ChildrenOf(
+    const SchemaNode& node) const {
+  static const std::vector<const SchemaNode*> kNone;
+  auto known = children_.find(&node);
+  return known != children_.end() ? known->second : kNone;
+}
+
+LibyangTree ExportSelection(const Data& data, const Selection& selection) {
+  return Exporter(data.schema(), selection).Export(data.root());
 }
 
 }  // namespace kit::store
