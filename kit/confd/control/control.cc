@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kit/confd/document/document.h"
+#include "kit/confd/document/query.h"
 #include "kit/confd/document/writer.h"
 #include "kit/confd/model/memory.h"
 #include "kit/confd/session/call_gate.h"
@@ -36,6 +37,10 @@ EntryChange ToChange(const store::EntryDifference& difference) {
         {leaf.leaf, leaf.before, leaf.after, leaf.default_value});
   }
   return change;
+}
+
+store::Query ToQuery(const Query& query) {
+  return {query.select, query.when, query.texts};
 }
 
 }  // namespace
@@ -179,6 +184,30 @@ bool Database::ReadTable(
   });
   store::RequireMemory();
   return true;
+}
+
+std::string Database::LackOf(Side side, const Query& query) const {
+  try {
+    return store::LackOf(impl_->data(side).schema(), ToQuery(query));
+  } catch (const store::QueryFault& fault) {
+    throw QueryError(fault.expression, fault.what());
+  }
+}
+
+void Database::Evaluate(
+    Side side, const std::vector<Query>& queries,
+    const std::function<void(const QueryMatch&)>& sink) const {
+  std::vector<store::Query> all;
+  for (const Query& query : queries) all.push_back(ToQuery(query));
+  try {
+    store::Evaluate(impl_->data(side), all,
+                    [&sink](const store::QueryMatch& match) {
+                      sink({match.query, match.texts, match.path});
+                    });
+  } catch (const store::QueryFault& fault) {
+    throw QueryError(fault.expression, fault.what());
+  }
+  store::RequireMemory();
 }
 
 size_t Database::OpenCursors() const {

@@ -121,6 +121,33 @@ struct TableRow {
   const std::function<std::string()>& path;
 };
 
+// A question about a configuration, in XPath. Module names are the prefixes; a
+// name without one is of the module of the node before it.
+struct Query {
+  std::string select;              // nodes, from the root
+  std::string when;                // of each of them, "" for all
+  std::vector<std::string> texts;  // leaves, from each of them
+};
+
+// A node that fits. The views live as long as the callback.
+struct QueryMatch {
+  size_t query;  // its index
+  // Of the first leaf that each text leads to.
+  const std::vector<std::optional<std::string>>& texts;
+  const std::function<std::string()>& path;  // makes the node's key path
+};
+
+// A query can't be evaluated: what() is the reason.
+class KIT_CONTROL_EXPORT QueryError : public std::runtime_error {
+ public:
+  QueryError(std::string faulty, const std::string& reason)
+      : std::runtime_error(reason), expression_(std::move(faulty)) {}
+  const std::string& expression() const { return expression_; }
+
+ private:
+  std::string expression_;
+};
+
 // A configuration under its old models (what CDB shows), and the upgrade
 // transaction under the new ones, filled as ConfD fills it at start-up.
 // Programs reach it through the C API once it is attached.
@@ -169,6 +196,17 @@ class KIT_CONTROL_EXPORT Database {
   bool ReadTable(Side side, const std::string& list,
                  const std::vector<std::string>& leaves,
                  const std::function<void(const TableRow&)>& sink) const;
+
+  // What the models lack of the nodes that a query names, in words; "" for
+  // nothing. Throws QueryError.
+  std::string LackOf(Side side, const Query& query) const;
+
+  // Hands the nodes that fit to `sink`, query by query. Queries that name nodes
+  // that the models lack fit none. Looks at no more of the configuration than
+  // the expressions name; takes some microseconds for each selected node.
+  // Throws QueryError.
+  void Evaluate(Side side, const std::vector<Query>& queries,
+                const std::function<void(const QueryMatch&)>& sink) const;
 
   // Cursors that a program opened and has not destroyed.
   size_t OpenCursors() const;
