@@ -2,7 +2,6 @@
 
 #include <libyang/libyang.h>
 
-#include <cstring>
 #include <map>
 #include <optional>
 #include <set>
@@ -10,25 +9,12 @@
 #include <vector>
 
 #include "kit/confd/model/error.h"
+#include "kit/confd/upgrade/namesake.h"
 
 namespace kit::store {
 namespace {
 
-// The node of the other model with the same name in the same namespace.
-const SchemaNode* Namesake(const SchemaNode& node,
-                           const SchemaNode& other_parent) {
-  auto found = other_parent.by_name.find(node.name);
-  if (found == other_parent.by_name.end()) return nullptr;
-  for (const SchemaNode* other : found->second) {
-    if (std::strcmp(other->module->compiled->ns, node.module->compiled->ns) ==
-        0) {
-      return other;
-    }
-  }
-  return nullptr;
-}
-
-// The same if what the one holds can go to the other: state is not kept.
+// The namesake if what the one holds can go to it: state is not kept.
 const SchemaNode* Counterpart(const SchemaNode& node,
                               const SchemaNode& other_parent) {
   const SchemaNode* other = Namesake(node, other_parent);
