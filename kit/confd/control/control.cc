@@ -13,6 +13,7 @@
 #include "kit/confd/tree/table.h"
 #include "kit/confd/upgrade/database.h"
 #include "kit/confd/upgrade/difference.h"
+#include "kit/confd/upgrade/moved_defaults.h"
 
 namespace kit::control {
 namespace {
@@ -41,6 +42,10 @@ EntryChange ToChange(const store::EntryDifference& difference) {
 
 store::Query ToQuery(const Query& query) {
   return {query.select, query.when, query.texts};
+}
+
+MovedDefault::Places ToPlaces(store::MovedDefault::Places& places) {
+  return {places.count, std::move(places.examples)};
 }
 
 }  // namespace
@@ -208,6 +213,18 @@ void Database::Evaluate(
     throw QueryError(fault.expression, fault.what());
   }
   store::RequireMemory();
+}
+
+std::vector<MovedDefault> Database::MovedDefaults() const {
+  std::vector<MovedDefault> all;
+  for (store::MovedDefault& moved : store::FindMovedDefaults(
+           impl_->database.running(), impl_->database.transaction())) {
+    all.push_back({moved.leaf->Path(), std::move(moved.before),
+                   std::move(moved.after), ToPlaces(moved.unset),
+                   ToPlaces(moved.set_to_default)});
+  }
+  store::RequireMemory();
+  return all;
 }
 
 size_t Database::OpenCursors() const {

@@ -148,6 +148,20 @@ class KIT_CONTROL_EXPORT QueryError : public std::runtime_error {
   std::string expression_;
 };
 
+// A leaf of both models whose default is another one, or is there on one side
+// alone, and the places under the same keys where the new one holds.
+struct MovedDefault {
+  struct Places {
+    uint64_t count = 0;
+    std::vector<std::string> examples;  // up to ten key paths of what holds it
+  };
+  std::string leaf;  // path without keys
+  std::optional<std::string> before;
+  std::optional<std::string> after;
+  Places unset;           // nobody had set it
+  Places set_to_default;  // it had been set to what was the default
+};
+
 // A configuration under its old models (what CDB shows), and the upgrade
 // transaction under the new ones, filled as ConfD fills it at start-up.
 // Programs reach it through the C API once it is attached.
@@ -207,6 +221,9 @@ class KIT_CONTROL_EXPORT Database {
   // Throws QueryError.
   void Evaluate(Side side, const std::vector<Query>& queries,
                 const std::function<void(const QueryMatch&)>& sink) const;
+
+  // In the order of the new models.
+  std::vector<MovedDefault> MovedDefaults() const;
 
   // Cursors that a program opened and has not destroyed.
   size_t OpenCursors() const;
