@@ -9,6 +9,8 @@
 
 namespace kit::store {
 
+class TreeWatcher;
+
 // Pieces are aligned to 8 bytes and belong to the arena that gave them out,
 // which any of them leads back to. Not thread-safe.
 class Arena {
@@ -29,6 +31,10 @@ class Arena {
   // From here on another tree may point to what this arena holds: pieces that
   // are there are neither changed nor freed.
   void Freeze() { frozen_ = true; }
+  // Who is told of changes to the tree, or null. Not owned.
+  TreeWatcher* watcher() const { return watcher_; }
+  void SetWatcher(TreeWatcher* watcher) { watcher_ = watcher; }
+
   // Whether `piece` is this arena's alone.
   bool MayChange(const void* piece) const {
     return !frozen_ && &Of(piece) == this;
@@ -52,6 +58,7 @@ class Arena {
   char* next_ = nullptr;
   char* end_ = nullptr;
   bool frozen_ = false;
+  TreeWatcher* watcher_ = nullptr;
   std::array<FreePiece*, kLargestSmall / kAlignment + 1> free_{};
 };
 

@@ -248,6 +248,10 @@ void Data::ShareWith(Data& other) const {
   other.arenas_.insert(other.arenas_.end(), arenas_.begin(), arenas_.end());
 }
 
+void Data::SetWatcher(TreeWatcher* watcher) {
+  root_->arena().SetWatcher(watcher);
+}
+
 std::vector<Value> Data::ParseKeys(const SchemaNode& list,
                                    const std::vector<std::string>& keys,
                                    size_t given) {

@@ -129,6 +129,9 @@ class Data {
   // Lets entries of `other` begin with leaves of this one.
   void ShareWith(Data& other) const;
 
+  // From here on tells of every change; null for nobody. Not owned.
+  void SetWatcher(TreeWatcher* watcher);
+
   // kBadPath: the path does not fit the model.
   Target Find(const keypath::Path& path, const PathRules& rules) const;
   std::optional<Refusal> TryFind(const keypath::Path& path,

@@ -37,6 +37,17 @@ KeyPrefixBuilder PrefixOf(const SchemaNode& list, KeyView keys) {
   return builder;
 }
 
+// Whether the cell itself says something, and not only what it leads to.
+bool HoldsValue(const SchemaNode& child) {
+  return child.kind == NodeKind::kLeaf || child.kind == NodeKind::kLeafList ||
+         child.kind == NodeKind::kPresenceContainer;
+}
+
+bool AreEqualCells(const SchemaNode& child, Cell a, Cell b) {
+  if (child.kind == NodeKind::kLeaf) return AreEqual(*child.type, a, b);
+  return ValuesOf(*child.type, a) == ValuesOf(*child.type, b);
+}
+
 }  // namespace
 
 // ---- Node -----------------------------------------------------------------
@@ -64,11 +75,19 @@ Node* Node::Make(Arena& arena, const SchemaNode& schema, Node* parent,
   }
 }
 
-void Node::Destroy(Node* node) {
+void Node::Destroy(Node* node, bool tell_values) {
   Arena& arena = node->arena();
+  TreeWatcher* const watcher = arena.watcher();
+  if (watcher != nullptr && node->is_entry()) {
+    watcher->OnDeleted(*node);
+    tell_values = false;
+  }
   for (const auto& child : node->schema->children) {
     if (const Cell* cell = node->Find(*child)) {
-      node->FreeContent(*child, *cell);
+      if (watcher != nullptr && tell_values && HoldsValue(*child)) {
+        watcher->OnValue(*node, *child, cell, nullptr);
+      }
+      node->FreeContent(*child, *cell, tell_values);
     }
   }
   if (arena.MayChange(node->record_)) {
@@ -133,10 +152,16 @@ void Node::Put(const SchemaNode& child, Cell cell) {
   const Cell before = held != nullptr ? *held : 0;
   const bool had = held != nullptr;
   CellFor(child) = cell;
+  if (TreeWatcher* const told = watcher()) {
+    if (!child.is_key() && !(had && AreEqualCells(child, before, cell))) {
+      told->OnValue(*this, child, had ? &before : nullptr, &cell);
+    }
+  }
   if (had) FreeContent(child, before);
 }
 
-void Node::FreeContent(const SchemaNode& child, Cell cell) const {
+void Node::FreeContent(const SchemaNode& child, Cell cell,
+                       bool tell_values) const {
   switch (child.kind) {
     case NodeKind::kLeaf:
       FreeCell(arena(), *child.type, cell);
@@ -146,7 +171,7 @@ void Node::FreeContent(const SchemaNode& child, Cell cell) const {
       return;
     case NodeKind::kContainer:
     case NodeKind::kPresenceContainer:
-      Destroy(Held<Node>(&cell));
+      Destroy(Held<Node>(&cell), tell_values);
       return;
     case NodeKind::kList:
       List::Destroy(Held<List>(&cell));
@@ -165,6 +190,10 @@ void Node::Clear(const SchemaNode& child) {
   Cell* const first = cells();
   std::copy(first + index + 1, first + CellCount(), first + index);
   record_[child.slot / 64] &= ~(uint64_t{1} << child.slot % 64);
+  TreeWatcher* const told = watcher();
+  if (told != nullptr && HoldsValue(child)) {
+    told->OnValue(*this, child, &cell, nullptr);
+  }
   FreeContent(child, cell);
 }
 
@@ -233,7 +262,11 @@ Node& Node::MakeContainer(const SchemaNode& container) {
     ClearOtherCases(container);
   }
   Node* made = Make(arena(), container, this, kFirstCells);
-  CellFor(container) = CellOf(made);
+  const Cell cell = CellFor(container) = CellOf(made);
+  TreeWatcher* const told = watcher();
+  if (told != nullptr && HoldsValue(container)) {
+    told->OnValue(*this, container, nullptr, &cell);
+  }
   return *made;
 }
 
@@ -355,7 +388,7 @@ int CompareKeys(const Node& a, const Node& b) {
 
 void List::Destroy(List* list) {
   Arena& arena = list->arena();
-  for (Node& entry : list->ByKey()) Node::Destroy(&entry);
+  for (Node& entry : list->ByKey()) Node::Destroy(&entry, false);
   list->by_key_.Release(arena);
   list->by_place_.Release(arena);
   arena.Free(list, sizeof(List));
@@ -426,6 +459,7 @@ std::pair<Node*, bool> List::Insert(KeyView keys, const Node* like) {
   by_key_.Insert(own, found.position, found.prefix, node);
   if (schema_->user_ordered) PutAt(*node, last_place_ += kPlaceStep);
   stamp_ = NewStamp();
+  if (TreeWatcher* const told = own.watcher()) told->OnCreated(*node);
   return {node, true};
 }
 
@@ -436,7 +470,7 @@ bool List::Erase(KeyView keys) {
   if (schema_->user_ordered) {
     by_place_.Erase(arena(), PositionOfPlace(found.node->place()));
   }
-  Node::Destroy(found.node);
+  Node::Destroy(found.node, false);
   stamp_ = NewStamp();
   return true;
 }
@@ -452,6 +486,7 @@ void List::Rename(Node& entry, KeyView keys) {
   const Found found = Search(keys);
   by_key_.Insert(own, found.position, found.prefix, &entry);
   stamp_ = NewStamp();
+  if (TreeWatcher* const told = watcher()) told->OnRenamed(entry, before);
 }
 
 void List::PutAt(Node& entry, uint64_t place) {
@@ -497,6 +532,7 @@ void List::MoveBefore(Node& entry, const Node* next) {
   }
   PutAt(entry, *place);
   stamp_ = NewStamp();
+  if (TreeWatcher* const told = watcher()) told->OnMoved(entry);
 }
 
 uint64_t List::NewStamp() {

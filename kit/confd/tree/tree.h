@@ -19,6 +19,29 @@
 namespace kit::store {
 
 class List;
+class Node;
+
+// Told of what happens to a tree, in the middle of it: it must neither change
+// the tree nor throw. What stands in an entry or container that goes, goes with
+// it: of an entry only the entries of its lists are told of besides.
+class TreeWatcher {
+ public:
+  virtual ~TreeWatcher() = default;
+  // A new entry, which has its keys and maybe more.
+  virtual void OnCreated(const Node& entry) = 0;
+  // An entry that is about to go, still with all it holds.
+  virtual void OnDeleted(const Node& entry) = 0;
+  // An entry that has other keys than it had.
+  virtual void OnRenamed(const Node& entry,
+                         const std::vector<Value>& old_keys) = 0;
+  // An entry that has another place in a list that the user orders.
+  virtual void OnMoved(const Node& entry) = 0;
+  // A leaf, leaf-list or presence container has been given what `after` says
+  // and not had it before, or lost it. Null for nothing; of a container only
+  // that matters. `holder` may be about to go.
+  virtual void OnValue(const Node& holder, const SchemaNode& child,
+                       const Cell* before, const Cell* after) = 0;
+};
 
 // The root, a container, or a list entry: a record of what was set in the
 // children of the schema node, defaults aside, which stand in the schema.
@@ -87,7 +110,8 @@ class Node {
   static Node* Make(Arena& arena, const SchemaNode& schema, Node* parent,
                     size_t cells, uint64_t* shared = nullptr);
   // Gives back the node with all it holds.
-  static void Destroy(Node* node);
+  // The watcher is told of its values, save those of an entry.
+  static void Destroy(Node* node, bool tell_values);
 
   Arena& arena() const { return Arena::Of(this); }
   size_t bitmap_words() const { return schema->children.size() / 64 + 1; }
@@ -108,7 +132,9 @@ class Node {
   Cell& CellFor(const SchemaNode& child);
   void MoveRecord(size_t capacity);
   void Put(const SchemaNode& child, Cell cell);
-  void FreeContent(const SchemaNode& child, Cell cell) const;
+  void FreeContent(const SchemaNode& child, Cell cell,
+                   bool tell_values = true) const;
+  TreeWatcher* watcher() const { return arena().watcher(); }
   bool IsSetCell(const SchemaNode& child, Cell cell) const;
   uint64_t place() const { return record_[bitmap_words()]; }
 
@@ -218,6 +244,7 @@ class List {
   static void Destroy(List* list);
 
   Arena& arena() const { return Arena::Of(this); }
+  TreeWatcher* watcher() const { return arena().watcher(); }
   const EntryIndex& order() const {
     return schema_->user_ordered ? by_place_ : by_key_;
   }

@@ -11,8 +11,11 @@ class Comparison {
   // Either side may be null: the entry is not there.
   void Entry(const Node* before, const Node* after, const std::string& path) {
     const SchemaNode& schema = *(before != nullptr ? before : after)->schema;
-    EntryDifference difference{
-        DifferenceKind::kChanged, &schema, path.empty() ? "/" : path, {}};
+    EntryDifference difference{DifferenceKind::kChanged,
+                               &schema,
+                               path.empty() ? "/" : path,
+                               after,
+                               {}};
     if (before == nullptr) difference.kind = DifferenceKind::kCreated;
     if (after == nullptr) difference.kind = DifferenceKind::kDeleted;
     Leaves(schema, before, after, before != nullptr && after != nullptr, "",
@@ -36,17 +39,7 @@ class Comparison {
     if (leaf.kind == NodeKind::kLeaf) {
       return leaf.type->Print(*node.LeafValue(leaf));
     }
-    return ListText(leaf, node.LeafListValues(leaf));
-  }
-
-  static std::string ListText(const SchemaNode& leaf_list,
-                              const std::vector<Value>& values) {
-    std::string text = "[";
-    for (const Value& value : values) {
-      if (text.size() > 1) text += ' ';
-      text += leaf_list.type->Print(value);
-    }
-    return text + "]";
+    return PrintList(leaf, node.LeafListValues(leaf));
   }
 
   // What holds in the node, which may be a container without presence that was
@@ -60,7 +53,7 @@ class Comparison {
     if (leaf.in_choice) return std::nullopt;
     if (leaf.default_value) return leaf.type->Print(*leaf.default_value);
     if (leaf.default_values.empty()) return std::nullopt;
-    return ListText(leaf, leaf.default_values);
+    return PrintList(leaf, leaf.default_values);
   }
 
   static const Node* ContainerOf(const Node* node, const SchemaNode& schema) {
@@ -163,6 +156,16 @@ class Comparison {
 };
 
 }  // namespace
+
+std::string PrintList(const SchemaNode& leaf_list,
+                      const std::vector<Value>& values) {
+  std::string text = "[";
+  for (const Value& value : values) {
+    if (text.size() > 1) text += ' ';
+    text += leaf_list.type->Print(value);
+  }
+  return text + "]";
+}
 
 void Compare(const Data& before, const Data& after,
              const std::function<void(const EntryDifference&)>& sink) {

@@ -26,6 +26,7 @@ struct EntryDifference {
   DifferenceKind kind;
   const SchemaNode* list;
   std::string path;
+  const Node* after;  // null for a deleted one
   std::vector<LeafDifference> leaves;
 };
 
@@ -33,6 +34,10 @@ struct EntryDifference {
 // keys. Both must have the same schema.
 void Compare(const Data& before, const Data& after,
              const std::function<void(const EntryDifference&)>& sink);
+
+// A leaf-list's values as a difference shows them: "[1 2]".
+std::string PrintList(const SchemaNode& leaf_list,
+                      const std::vector<Value>& values);
 
 }  // namespace kit::store
 
