@@ -1,7 +1,9 @@
 #include "kit/confd/control/control.h"
 
+#include <atomic>
 #include <utility>
 
+#include "kit/confd/control/change_teller.h"
 #include "kit/confd/document/document.h"
 #include "kit/confd/document/query.h"
 #include "kit/confd/document/writer.h"
@@ -18,6 +20,8 @@
 namespace kit::control {
 namespace {
 
+std::atomic<Observer*> current_observer{nullptr};
+
 ChangeKind KindOf(store::DifferenceKind kind) {
   switch (kind) {
     case store::DifferenceKind::kCreated:
@@ -30,9 +34,16 @@ ChangeKind KindOf(store::DifferenceKind kind) {
   return ChangeKind::kChanged;
 }
 
+uint64_t NumberOf(const void* thing) {
+  return reinterpret_cast<uintptr_t>(thing);
+}
+
 EntryChange ToChange(const store::EntryDifference& difference) {
-  EntryChange change{
-      KindOf(difference.kind), difference.list->Path(), difference.path, {}};
+  EntryChange change{KindOf(difference.kind),
+                     difference.list->Path(),
+                     difference.path,
+                     {},
+                     NumberOf(difference.after)};
   for (const store::LeafDifference& leaf : difference.leaves) {
     change.leaves.push_back(
         {leaf.leaf, leaf.before, leaf.after, leaf.default_value});
@@ -76,6 +87,7 @@ struct Database::Impl {
 
   store::Database database;
   std::optional<Handles> handles;
+  ChangeTeller teller;
 };
 
 Database::Database(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
@@ -129,6 +141,10 @@ Handles Database::Attach() {
     throw;
   }
   impl_->handles = handles;
+  Observer* const observer = CurrentObserver();
+  if (observer != nullptr && observer->WantsChanges()) {
+    impl_->database.transaction().SetWatcher(&impl_->teller);
+  }
   return handles;
 }
 
@@ -245,9 +261,13 @@ void SetSchemaWatcher(std::function<void()> watcher) {
 
 void CloseCalls() { store::CallGate::Instance().Close(); }
 
+Change::~Change() = default;
 Observer::~Observer() = default;
 
+Observer* CurrentObserver() { return current_observer; }
+
 void SetObserver(Observer* observer) {
+  current_observer = observer;
   if (observer == nullptr) {
     store::CallHooks::Instance().SetObserver(std::nullopt);
     return;

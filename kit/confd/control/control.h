@@ -102,6 +102,7 @@ struct EntryChange {
   std::string path;  // key path of the entry
   // Leaves that differ; all leaves that were set for a created or deleted one.
   std::vector<LeafChange> leaves;
+  uint64_t entry = 0;  // its number in the transaction, 0 for a deleted one
 };
 
 // The old configuration under the old models, or the transaction under the new
@@ -268,6 +269,37 @@ struct Call {
   std::string_view reason;  // confd_lasterr() of a failed call, else ""
 };
 
+// What a call changed in the transaction: an entry, or one leaf, leaf-list or
+// presence container. What an entry holds goes with it unsaid, but for the
+// entries of its lists. The texts take time, and live as long as the callback.
+class KIT_CONTROL_EXPORT Change {
+ public:
+  enum class Kind {
+    kCreated,
+    kDeleted,
+    kRenamed,  // the entry has other keys
+    kMoved,    // it has another place in a list that the user orders
+    kValue,
+  };
+  virtual ~Change();
+
+  Kind kind;
+  uint64_t list;   // the number of the entry's list, the same for all in it
+  uint64_t entry;  // of the entry, as in EntryChange; of one that is gone, free
+
+  virtual std::string List() const = 0;     // as in EntryChange, "/" included
+  virtual std::string Path() const = 0;     // of the entry
+  virtual std::string OldPath() const = 0;  // of a renamed one
+  // Of kValue, as in LeafChange.
+  virtual std::string Leaf() const = 0;
+  virtual std::optional<std::string> Before() const = 0;
+  virtual std::optional<std::string> After() const = 0;
+
+ protected:
+  Change(Kind what, uint64_t list_number, uint64_t entry_number)
+      : kind(what), list(list_number), entry(entry_number) {}
+};
+
 // Told of every call, one at a time, on the thread that made it. Must not make
 // calls itself: they would be refused.
 class KIT_CONTROL_EXPORT Observer {
@@ -276,6 +308,10 @@ class KIT_CONTROL_EXPORT Observer {
   virtual void OnCall(const Call& call) = 0;
   // Whether input and output are to be rendered, which takes time.
   virtual bool WantsValues() const { return true; }
+  // Of a call that is under way. Must not throw.
+  virtual void OnChange(const Change&) {}
+  // Whether it is told of changes in databases that are attached from now on.
+  virtual bool WantsChanges() const { return false; }
 };
 
 // Replaces the process's one observer; null for none. Not owned.
