@@ -1,0 +1,52 @@
+// What happens in a run, in plain structs: the processes tell it, the journal
+// keeps it.
+#ifndef KIT_HOST_EVENTS_H_
+#define KIT_HOST_EVENTS_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kit::host {
+
+// How many entries of one list (outside of any, "/") differ after a pass or a
+// run.
+struct ListTotals {
+  std::string list;
+  uint64_t created = 0;
+  uint64_t rekeyed = 0;  // the same entry under other keys
+  uint64_t changed = 0;
+  uint64_t deleted = 0;
+  uint64_t moved = 0;  // to another place in a list that the user orders
+};
+
+struct FunctionTotals {
+  std::string function;
+  uint64_t calls = 0;
+  uint64_t failed = 0;
+};
+
+// Calls that failed in the same way in the same place.
+struct FailedCalls {
+  std::string function;
+  std::string node;  // the path without keys
+  int error = 0;
+  uint64_t count = 0;
+  uint64_t number = 0;  // of the first, and its path and reason
+  std::string path;
+  std::string reason;
+};
+
+// A stretch of a run in one pass (0: outside of all). A pass may come in
+// several.
+struct PassTotals {
+  uint32_t pass = 0;
+  uint64_t calls = 0;
+  std::vector<FunctionTotals> functions;
+  std::vector<ListTotals> lists;
+  std::vector<FailedCalls> failures;
+};
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_EVENTS_H_
