@@ -9,6 +9,26 @@
 
 namespace kit::host {
 
+// A line of the plug-in's log.
+struct LogRecord {
+  uint64_t call = 0;  // the number of the last call before it, 0 for none
+  uint32_t pass = 0;  // 0: outside of all
+  std::string text;
+};
+
+// A finished call of the C API; see control::Call for the texts.
+struct CallRecord {
+  uint64_t number = 0;  // from 1; 0 for one that is shown and not counted
+  uint32_t pass = 0;
+  std::string function;
+  std::string path;
+  std::string input;
+  std::string output;
+  int result = 0;
+  int error = 0;
+  std::string reason;
+};
+
 // How many entries of one list (outside of any, "/") differ after a pass or a
 // run.
 struct ListTotals {
@@ -45,6 +65,14 @@ struct PassTotals {
   std::vector<FunctionTotals> functions;
   std::vector<ListTotals> lists;
   std::vector<FailedCalls> failures;
+};
+
+// Of the entries that a pass created, those that are deleted ones under other
+// keys.
+struct RekeyedEntries {
+  uint32_t pass = 0;
+  std::string list;
+  uint64_t count = 0;
 };
 
 }  // namespace kit::host

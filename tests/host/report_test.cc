@@ -26,27 +26,28 @@ class ReportTest : public HostTest {
 TEST_F(ReportTest, TheSummaryHasLogResultCallsAndChanges) {
   const Outcome outcome = RunDemo("well_behaved", {Config()});
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
-  EXPECT_EQ(outcome.out, "Configuration: " + Path("demo.xml") +
-                             "\n"
-                             "Plug-in: " +
-                             PluginPath("well_behaved") +
-                             "\n"
-                             "Automatic upgrade: 1 node is not carried over "
-                             "into the new model\n"
-                             "  /demo/item{1}/obsolete (old): the new model "
-                             "has no such node\n"
-                             "Log (2 records):\n"
-                             "  2 items\n"
-                             "  done\n"
-                             "Result: update returned 0\n"
-                             "ConfD calls: 5\n"
-                             "Changes:\n"
-                             "  list         created   changed   deleted\n"
-                             "  /demo/item         1         1         1\n"
-                             "Validation: the result is valid under the new "
-                             "model\n"
-                             "Nothing was written: -o FILE keeps the upgraded "
-                             "configuration.\n");
+  EXPECT_EQ(outcome.out,
+            "Configuration: " + Path("demo.xml") +
+                "\n"
+                "Plug-in: " +
+                PluginPath("well_behaved") +
+                "\n"
+                "Automatic upgrade: 1 node is not carried over "
+                "into the new model\n"
+                "  /demo/item{1}/obsolete (old): the new model "
+                "has no such node\n"
+                "Log (2 records):\n"
+                "  2 items\n"
+                "  done\n"
+                "Result: update returned 0\n"
+                "ConfD calls: 5\n"
+                "Changes:\n"
+                "  list         created  re-keyed   changed   deleted\n"
+                "  /demo/item         1         0         1         1\n"
+                "Validation: the result is valid under the new "
+                "model\n"
+                "Nothing was written: -o FILE keeps the upgraded "
+                "configuration.\n");
   EXPECT_THAT(outcome.err, IsEmpty());
 }
 
@@ -203,6 +204,7 @@ TEST_F(ReportTest, JsonReportsASuccess) {
   EXPECT_EQ(report["calls"]["open_cursors"], 0);
   EXPECT_EQ(report["changes"], Json::array({{{"list", "/demo/item"},
                                              {"created", 1},
+                                             {"rekeyed", 0},
                                              {"changed", 1},
                                              {"deleted", 1}}}));
   EXPECT_EQ(report["valid"], true);
@@ -225,8 +227,17 @@ TEST_F(ReportTest, JsonHasEntriesWithDiffAndEventsWithVerbose) {
                           {"after", "uno"},
                           {"default", nullptr}}}));
   ASSERT_EQ(report["events"].size(), 7U);
-  EXPECT_EQ(report["events"][0]["kind"], "call");
-  EXPECT_EQ(report["events"][1], Json({{"kind", "log"}, {"text", "2 items"}}));
+  const Json& call = report["events"][0];
+  EXPECT_EQ(call["kind"], "call");
+  EXPECT_EQ(call["number"], 1);
+  EXPECT_EQ(call["pass"], 0);
+  EXPECT_EQ(call["function"], "cdb_num_instances");
+  EXPECT_EQ(call["path"], "/demo/item");
+  EXPECT_EQ(call["result"], 2);
+  EXPECT_EQ(call["text"], "cdb_num_instances /demo/item -> 2");
+  EXPECT_EQ(
+      report["events"][1],
+      Json({{"kind", "log"}, {"call", 0}, {"pass", 0}, {"text", "2 items"}}));
 }
 
 TEST_F(ReportTest, JsonReportsEveryKindOfFailure) {

@@ -30,19 +30,31 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Keeps the log as it comes in and shows that something is happening.
+// Keeps what comes in and shows that something is happening.
 class RunListener : public Listener {
  public:
-  // stream: where calls are printed as they happen, or null.
-  RunListener(LogFile* log, FILE* stream, bool show_status)
-      : log_(log), stream_(stream), status_(show_status) {}
+  // stream: where calls are printed as they happen, or null. keep_calls: in
+  // the journal.
+  RunListener(Journal& journal, bool keep_calls, LogFile* log, FILE* stream,
+              bool show_status)
+      : journal_(journal),
+        keep_calls_(keep_calls),
+        log_(log),
+        stream_(stream),
+        status_(show_status) {}
 
-  void OnLog(const std::string& record) override {
-    if (log_ != nullptr) log_->Write(record);
-    if (stream_ != nullptr) Print("log: " + RecordLine(record) + "\n");
+  void OnLog(LogRecord record) override {
+    if (log_ != nullptr) log_->Write(record.text);
+    if (stream_ != nullptr) Print("log: " + RecordLine(record.text) + "\n");
+    journal_.Add(std::move(record));
   }
-  void OnCall(const std::string& call) override {
-    if (stream_ != nullptr) Print(OneLine(call) + "\n");
+  void OnCall(CallRecord call) override {
+    if (stream_ != nullptr) Print(OneLine(RenderCall(call)) + "\n");
+    if (keep_calls_) journal_.Add(std::move(call));
+  }
+  void OnPass(PassTotals totals) override { journal_.Add(totals); }
+  void OnRekeyed(const RekeyedEntries& entries) override {
+    journal_.Add(entries);
   }
   void OnTick(Phase phase, uint64_t calls) override {
     if (stream_ != nullptr) std::fflush(stream_);
@@ -54,6 +66,8 @@ class RunListener : public Listener {
  private:
   void Print(const std::string& text) { std::fputs(text.c_str(), stream_); }
 
+  Journal& journal_;
+  bool keep_calls_;
   LogFile* log_;
   FILE* stream_;
   StatusLine status_;
@@ -173,16 +187,19 @@ void Upgrade(const RunOptions& options, Run& run) {
   std::optional<LogFile> log = OpenLog(options, input);
   run.output = PrepareOutput(options, input);
   task.has_output = run.output.has_value();
+  Journal journal;
   {
+    const bool keep_calls = options.verbose && options.json;
     RunListener listener(
-        log ? &*log : nullptr,
+        journal, keep_calls, log ? &*log : nullptr,
         options.verbose && !options.json ? ReportStream(options) : nullptr,
         !options.quiet && !options.verbose);
-    run.report = Supervise(task,
-                           {options.timeout_s, options.verbose && options.json,
-                            run.output ? run.output->fd() : -1},
-                           listener);
+    run.report = Report(Supervise(
+        task,
+        {options.timeout_s, keep_calls, run.output ? run.output->fd() : -1},
+        listener));
   }
+  run.report.journal = std::move(journal);
   if (!run.report.failure && log) run.report.failure = log->failure();
 }
 
@@ -205,8 +222,8 @@ class ReportPrinter {
   ReportPrinter(const RunOptions& options, const Report& report)
       : options_(options), report_(report), stream_(ReportStream(options)) {
     // Without a single step of the plug-in the error message says it all.
-    const bool has_run = report.result || report.journal.calls() > 0 ||
-                         !report.journal.events().empty();
+    const bool has_run =
+        report.result || report.calls > 0 || !report.journal.events().empty();
     wanted_ = options.json || (!options.quiet && has_run);
   }
 

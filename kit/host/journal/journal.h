@@ -1,52 +1,38 @@
-// What the plug-in did, in order: its log records and its ConfD calls.
+// What a plug-in did, in order, and what its passes come to.
 #ifndef KIT_HOST_JOURNAL_JOURNAL_H_
 #define KIT_HOST_JOURNAL_JOURNAL_H_
 
 #include <cstdint>
-#include <map>
-#include <optional>
 #include <string>
-#include <utility>
+#include <variant>
 #include <vector>
+
+#include "kit/host/events.h"
 
 namespace kit::host {
 
-struct Event {
-  enum class Kind { kLog, kCall };
-  Kind kind;
-  std::string text;
-};
+using Event = std::variant<LogRecord, CallRecord>;
 
-// The calls of a long run take much memory as text, so that they are only
-// added when somebody wants to see them; their totals are always there.
 class Journal {
  public:
-  void AddLog(std::string text) {
-    events_.push_back({Event::Kind::kLog, std::move(text)});
-  }
-  void AddCall(std::string text) {
-    events_.push_back({Event::Kind::kCall, std::move(text)});
-  }
-  void SetTotals(uint64_t calls, std::map<std::string, uint64_t> by_function,
-                 std::optional<std::string> last_call) {
-    calls_ = calls;
-    by_function_ = std::move(by_function);
-    last_call_ = std::move(last_call);
-  }
+  void Add(LogRecord record) { events_.push_back(std::move(record)); }
+  // The calls of a long run take much memory, so that they are added only when
+  // somebody wants to see them; totals are always there.
+  void Add(CallRecord call) { events_.push_back(std::move(call)); }
+  // Adds to what there is of its pass.
+  void Add(const PassTotals& totals);
+  void Add(const RekeyedEntries& entries);
 
   const std::vector<Event>& events() const { return events_; }
-  std::vector<std::string> LogRecords() const;
-  uint64_t calls() const { return calls_; }
-  const std::map<std::string, uint64_t>& calls_by_function() const {
-    return by_function_;
-  }
-  const std::optional<std::string>& last_call() const { return last_call_; }
+  std::vector<std::string> LogTexts() const;
+  // By the pass's number; all that came, in the order of their numbers.
+  const std::vector<PassTotals>& passes() const { return passes_; }
 
  private:
+  PassTotals& PassOf(uint32_t number);
+
   std::vector<Event> events_;
-  uint64_t calls_ = 0;
-  std::map<std::string, uint64_t> by_function_;
-  std::optional<std::string> last_call_;
+  std::vector<PassTotals> passes_;
 };
 
 }  // namespace kit::host

@@ -148,7 +148,9 @@ class Finisher {
       counter.Add(entry);
       if (task_.send_entries) channel_.Send(EntryMessage{entry});
     });
-    for (const ListTotals& totals : counter.totals()) channel_.Send(totals);
+    for (const ListTotals& totals : counter.totals()) {
+      channel_.Send(ListMessage{totals});
+    }
   }
 
   void Save() {

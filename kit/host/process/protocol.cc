@@ -12,8 +12,18 @@ namespace {
 
 auto Fields(PhaseMessage& m) { return std::tie(m.phase); }
 auto Fields(InputMessage& m) { return std::tie(m.format); }
-auto Fields(LogMessage& m) { return std::tie(m.text); }
-auto Fields(CallMessage& m) { return std::tie(m.text); }
+auto Fields(LogMessage& m) {
+  return std::tie(m.record.call, m.record.pass, m.record.text);
+}
+auto Fields(CallMessage& m) {
+  CallRecord& c = m.call;
+  return std::tie(c.number, c.pass, c.function, c.path, c.input, c.output,
+                  c.result, c.error, c.reason);
+}
+auto Fields(PassMessage& m) {
+  return std::tie(m.totals.pass, m.totals.calls, m.totals.functions,
+                  m.totals.lists, m.totals.failures);
+}
 auto Fields(ResultMessage& m) {
   return std::tie(m.result, m.calls, m.open_cursors, m.finisher);
 }
@@ -25,8 +35,9 @@ auto Fields(ViolationMessage& m) {
 }
 auto Fields(ValidatedMessage&) { return std::tie(); }
 auto Fields(SchemasMessage& m) { return std::tie(m.effect, m.number); }
-auto Fields(ListTotals& m) {
-  return std::tie(m.list, m.created, m.changed, m.deleted);
+auto Fields(ListMessage& m) { return std::tie(m.totals); }
+auto Fields(RekeyedMessage& m) {
+  return std::tie(m.entries.pass, m.entries.list, m.entries.count);
 }
 auto Fields(EntryMessage& m) {
   return std::tie(m.entry.kind, m.entry.list, m.entry.path, m.entry.leaves);
@@ -42,34 +53,45 @@ auto Fields(DoneMessage& m) {
 auto Fields(control::LeafChange& leaf) {
   return std::tie(leaf.leaf, leaf.before, leaf.after, leaf.default_value);
 }
+auto Fields(FunctionTotals& totals) {
+  return std::tie(totals.function, totals.calls, totals.failed);
+}
+auto Fields(ListTotals& totals) {
+  return std::tie(totals.list, totals.created, totals.rekeyed, totals.changed,
+                  totals.deleted, totals.moved);
+}
+auto Fields(FailedCalls& calls) {
+  return std::tie(calls.function, calls.node, calls.error, calls.count,
+                  calls.number, calls.path, calls.reason);
+}
 
 class Writer {
  public:
   explicit Writer(std::string& out) : out_(out) {}
 
   template <typename T>
-  void Put(const T& number) {
-    static_assert(std::is_integral_v<T> || std::is_enum_v<T>);
+  std::enable_if_t<!std::is_class_v<T>> Put(const T& number) {
     const auto wide = static_cast<uint64_t>(number);
     char bytes[sizeof(wide)];
     std::memcpy(bytes, &wide, sizeof(wide));
     out_.append(bytes, sizeof(wide));
   }
-  void Put(const std::string& text) {
+  void Put(std::string& text) {
     Put(text.size());
     out_ += text;
   }
-  void Put(const std::optional<std::string>& text) {
+  void Put(std::optional<std::string>& text) {
     Put(text.has_value());
     if (text) Put(*text);
   }
-  void Put(const std::vector<std::string>& texts) {
-    Put(texts.size());
-    for (const std::string& text : texts) Put(text);
+  template <typename T>
+  void Put(std::vector<T>& items) {
+    Put(items.size());
+    for (T& item : items) Put(item);
   }
-  void Put(std::vector<control::LeafChange>& leaves) {
-    Put(leaves.size());
-    for (control::LeafChange& leaf : leaves) PutFields(leaf);
+  template <typename T>
+  std::enable_if_t<std::is_class_v<T>> Put(T& fields) {
+    PutFields(fields);
   }
   template <typename T>
   void PutFields(T& fields) {
@@ -96,7 +118,7 @@ class Reader {
   explicit Reader(std::string_view bytes) : bytes_(bytes) {}
 
   template <typename T>
-  void Get(T& number) {
+  std::enable_if_t<!std::is_class_v<T>> Get(T& number) {
     uint64_t wide = 0;
     std::memcpy(&wide, Take(sizeof(wide)).data(), sizeof(wide));
     if constexpr (std::is_enum_v<T>) {
@@ -116,16 +138,16 @@ class Reader {
     Get(present);
     if (present) Get(text.emplace());
   }
-  void Get(std::vector<std::string>& texts) {
-    size_t count = 0;
-    Get(count);
-    for (size_t i = 0; i < count; ++i) Get(texts.emplace_back());
-  }
-  void Get(std::vector<control::LeafChange>& leaves) {
+  template <typename T>
+  void Get(std::vector<T>& items) {
     size_t count = 0;
     Get(count);
     // Not reserved: the number may be as wrong as the rest.
-    for (size_t i = 0; i < count; ++i) GetFields(leaves.emplace_back());
+    for (size_t i = 0; i < count; ++i) Get(items.emplace_back());
+  }
+  template <typename T>
+  std::enable_if_t<std::is_class_v<T>> Get(T& fields) {
+    GetFields(fields);
   }
   template <typename T>
   void GetFields(T& fields) {

@@ -9,6 +9,7 @@
 #include <variant>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/events.h"
 #include "kit/host/failure.h"
 #include "kit/host/process/checksum.h"
 #include "kit/host/process/progress.h"
@@ -22,10 +23,13 @@ struct InputMessage {
   control::Format format;
 };
 struct LogMessage {
-  std::string text;
+  LogRecord record;
 };
 struct CallMessage {
-  std::string text;
+  CallRecord call;
+};
+struct PassMessage {
+  PassTotals totals;
 };
 struct ResultMessage {
   int result;
@@ -54,11 +58,11 @@ struct SchemasMessage {
   SchemaEffect effect;
   int number;
 };
-struct ListTotals {
-  std::string list;
-  uint64_t created = 0;
-  uint64_t changed = 0;
-  uint64_t deleted = 0;
+struct ListMessage {
+  ListTotals totals;
+};
+struct RekeyedMessage {
+  RekeyedEntries entries;
 };
 struct EntryMessage {
   control::EntryChange entry;
@@ -74,8 +78,8 @@ struct DoneMessage {
 using Message =
     std::variant<PhaseMessage, InputMessage, LogMessage, CallMessage,
                  ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
-                 ListTotals, EntryMessage, FailureMessage, DoneMessage,
-                 SchemasMessage>;
+                 ListMessage, EntryMessage, FailureMessage, DoneMessage,
+                 SchemasMessage, PassMessage, RekeyedMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

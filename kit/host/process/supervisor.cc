@@ -46,6 +46,7 @@ constexpr int kMaxReceives = 30;
 constexpr int kMaxChunks = 16;
 constexpr int kMaxLastGoes = 1000;  // at the end
 constexpr size_t kMaxJournal = size_t{1} << 30;
+constexpr size_t kSizeOfTotals = size_t{16} << 10;
 constexpr size_t kMaxPluginOutput = size_t{64} << 10;
 constexpr char kNoteTheCall[] =
     "correct the plug-in; --verbose shows every ConfD call up to this point";
@@ -101,12 +102,12 @@ bool MaySay(Speaker speaker, const Message& message) {
       return IsAnyOf<PhaseMessage, InputMessage, LossMessage, FailureMessage>(
           message);
     case Speaker::kPlugin:
-      return IsAnyOf<PhaseMessage, LogMessage, CallMessage, ResultMessage,
-                     FailureMessage>(message);
+      return IsAnyOf<PhaseMessage, LogMessage, CallMessage, PassMessage,
+                     ResultMessage, FailureMessage>(message);
     case Speaker::kFinisher:
       return IsAnyOf<PhaseMessage, ViolationMessage, ValidatedMessage,
-                     SchemasMessage, ListTotals, EntryMessage, FailureMessage,
-                     DoneMessage>(message);
+                     SchemasMessage, ListMessage, RekeyedMessage, EntryMessage,
+                     FailureMessage, DoneMessage>(message);
   }
   return false;
 }
@@ -155,9 +156,9 @@ class Supervisor {
         progress_(MakeSharedProgress()),
         output_(MakePipe()),
         timer_(supervision.timeout_s) {
-    report_.config = ConfigName(task.config);
-    report_.plugin = task.plugin;
-    report_.schemas_loaded = task.schemas_loaded;
+    outcome_.config = ConfigName(task.config);
+    outcome_.plugin = task.plugin;
+    outcome_.schemas_loaded = task.schemas_loaded;
     AdoptDescendants();
   }
 
@@ -168,7 +169,7 @@ class Supervisor {
   Supervisor(const Supervisor&) = delete;
   Supervisor& operator=(const Supervisor&) = delete;
 
-  Report Run() {
+  Outcome Run() {
     StartWorker();
     Watch();
     // The plug-in's time is over, whatever it came to.
@@ -179,9 +180,10 @@ class Supervisor {
     }
     ReadOutput(kMaxLastGoes);
     Judge();
-    report_.journal.SetTotals(progress_->calls(), progress_->CallsByFunction(),
-                              progress_->LastCall());
-    return std::move(report_);
+    outcome_.calls = progress_->calls();
+    outcome_.calls_by_function = progress_->CallsByFunction();
+    outcome_.last_call = progress_->LastCall();
+    return std::move(outcome_);
   }
 
  private:
@@ -331,13 +333,13 @@ class Supervisor {
       const ssize_t got =
           read(output_.read_end.get(), chunk.data(), chunk.size());
       if (got <= 0) break;
-      report_.plugin_output.append(chunk.data(), static_cast<size_t>(got));
-      if (report_.plugin_output.size() > 2 * kMaxPluginOutput) TrimOutput();
+      outcome_.plugin_output.append(chunk.data(), static_cast<size_t>(got));
+      if (outcome_.plugin_output.size() > 2 * kMaxPluginOutput) TrimOutput();
     }
   }
 
   void TrimOutput() {
-    std::string& output = report_.plugin_output;
+    std::string& output = outcome_.plugin_output;
     if (output.size() <= kMaxPluginOutput) return;
     const size_t excess = output.size() - kMaxPluginOutput;
     output.erase(0, excess);
@@ -365,24 +367,34 @@ class Supervisor {
         IsPluginPhase(phase_) && IsPluginPhase(message.phase);
     if (!same_step) timer_.Start();
     phase_ = message.phase;
-    if (phase_ == Phase::kComparing) report_.compared = true;
+    if (phase_ == Phase::kComparing) outcome_.compared = true;
   }
   void On(const InputMessage& message) {
-    report_.format = task_.format.value_or(message.format);
+    outcome_.format = task_.format.value_or(message.format);
   }
   void On(LogMessage& message) {
-    timer_.RunUncounted([&] { listener_.OnLog(message.text); });
-    if (!HasRoomFor(message.text)) return;
-    report_.journal.AddLog(std::move(message.text));
+    has_logged_ = true;
+    if (!HasRoomFor(message.record.text.size())) return;
+    timer_.RunUncounted([&] { listener_.OnLog(std::move(message.record)); });
   }
   void On(CallMessage& message) {
-    timer_.RunUncounted([&] { listener_.OnCall(message.text); });
-    if (!supervision_.keep_calls || !HasRoomFor(message.text)) return;
-    report_.journal.AddCall(std::move(message.text));
+    const CallRecord& call = message.call;
+    if (supervision_.keep_calls &&
+        !HasRoomFor(call.function.size() + call.path.size() +
+                    call.input.size() + call.output.size() +
+                    call.reason.size())) {
+      return;
+    }
+    timer_.RunUncounted([&] { listener_.OnCall(std::move(message.call)); });
+  }
+  void On(PassMessage& message) {
+    // Of a run that goes well there are a few.
+    if (!HasRoomFor(kSizeOfTotals)) return;
+    listener_.OnPass(std::move(message.totals));
   }
   // A program that never ends may log all the time.
-  bool HasRoomFor(const std::string& text) {
-    journal_size_ += sizeof(Event) + text.size();
+  bool HasRoomFor(size_t text_size) {
+    journal_size_ += sizeof(CallRecord) + text_size;
     if (journal_size_ <= kMaxJournal) return true;
     Fail(ExitCode::kPluginDied,
          fmt::format("the plug-in did not come to an end within {} MiB of log "
@@ -399,8 +411,8 @@ class Supervisor {
     if (message.calls != progress_->calls()) {
       throw ProtocolError("its count of calls was overwritten");
     }
-    report_.result = message.result;
-    report_.open_cursors = message.open_cursors;
+    outcome_.result = message.result;
+    outcome_.open_cursors = message.open_cursors;
     is_over_ = true;
     if (message.result != 0) return;
     finisher_ = message.finisher;
@@ -408,22 +420,25 @@ class Supervisor {
     end_.reset();
   }
   void On(LossMessage& message) {
-    report_.losses.push_back(std::move(message.loss));
+    outcome_.losses.push_back(std::move(message.loss));
   }
   void On(ViolationMessage& message) {
-    report_.violations.push_back(std::move(message.violation));
+    outcome_.violations.push_back(std::move(message.violation));
   }
-  void On(const ValidatedMessage&) { report_.validated = true; }
-  void On(const SchemasMessage& message) { report_.schemas = message; }
-  void On(ListTotals& message) {
-    report_.changes.push_back(std::move(message));
+  void On(const ValidatedMessage&) { outcome_.validated = true; }
+  void On(const SchemasMessage& message) { outcome_.schemas = message; }
+  void On(ListMessage& message) {
+    outcome_.changes.push_back(std::move(message.totals));
+  }
+  void On(const RekeyedMessage& message) {
+    listener_.OnRekeyed(message.entries);
   }
   void On(EntryMessage& message) {
-    report_.entries.push_back(std::move(message.entry));
+    outcome_.entries.push_back(std::move(message.entry));
   }
   void On(FailureMessage& message) {
     if (!MayFailWith(phase_, message.failure.code)) RejectMessage();
-    report_.failure = std::move(message.failure);
+    outcome_.failure = std::move(message.failure);
     is_over_ = true;
   }
   void On(const DoneMessage& message) { done_ = message; }
@@ -431,12 +446,12 @@ class Supervisor {
   void Judge() {
     TrimOutput();
     if (trimmed_ > 0) {
-      report_.plugin_output.insert(0,
-                                   fmt::format("[... {} bytes ...]", trimmed_));
+      outcome_.plugin_output.insert(
+          0, fmt::format("[... {} bytes ...]", trimmed_));
     }
     JudgeRun();
     NamePlugin();
-    if (report_.failure && report_.failure->code == ExitCode::kPluginDied &&
+    if (outcome_.failure && outcome_.failure->code == ExitCode::kPluginDied &&
         progress_->out_of_memory()) {
       if (const auto memory = limits_.OfMemory()) FailForLimit(*memory);
     }
@@ -445,18 +460,18 @@ class Supervisor {
   // A failure of the plug-in is one with this configuration; which plug-in it
   // was comes last.
   void NamePlugin() {
-    if (!report_.failure) return;
-    Failure& failure = *report_.failure;
+    if (!outcome_.failure) return;
+    Failure& failure = *outcome_.failure;
     if (failure.code != ExitCode::kPluginFailed &&
         failure.code != ExitCode::kPluginDied) {
       return;
     }
-    failure.file = report_.config;
+    failure.file = outcome_.config;
     failure.details.push_back("plug-in: " + task_.plugin);
   }
 
   void JudgeRun() {
-    if (report_.failure) return;
+    if (outcome_.failure) return;
     if (corrupted_) {
       FailForConnection(*corrupted_);
     } else if (outlived_) {
@@ -467,17 +482,17 @@ class Supervisor {
       FailPlugin(fmt::format("stopped with {}", DescribeSignal(*stopped_by_)));
     } else if (timed_out_) {
       JudgeTimeout();
-    } else if (report_.result.value_or(0) != 0) {
+    } else if (outcome_.result.value_or(0) != 0) {
       Fail(ExitCode::kPluginFailed,
            fmt::format("the plug-in failed: update returned {}",
-                       *report_.result),
+                       *outcome_.result),
            AdviceOnFailure());
     } else if (!HasSucceeded()) {
       JudgeDeath();
-    } else if (!report_.violations.empty()) {
+    } else if (!outcome_.violations.empty()) {
       Fail(ExitCode::kInvalidResult,
            fmt::format("the result breaks the new model in {}",
-                       Counted(report_.violations.size(), "place", "places")),
+                       Counted(outcome_.violations.size(), "place", "places")),
            "a device would give the upgrade up; correct the configuration or "
            "the plug-in");
     } else if (task_.has_output &&
@@ -485,7 +500,7 @@ class Supervisor {
       Fail(ExitCode::kOutputFailed,
            "the output does not hold what was written to it",
            "see what else writes there, or choose another file with -o");
-      report_.failure->file.clear();
+      outcome_.failure->file.clear();
     }
   }
 
@@ -493,11 +508,11 @@ class Supervisor {
   bool HasSucceeded() const {
     return is_handed_over_ && end_ && WIFEXITED(end_->status) &&
            WEXITSTATUS(end_->status) == EXIT_SUCCESS && done_ &&
-           report_.result == 0 && report_.validated;
+           outcome_.result == 0 && outcome_.validated;
   }
 
   const char* AdviceOnFailure() const {
-    return report_.journal.LogRecords().empty()
+    return !has_logged_
                ? "it logged nothing; --verbose shows which ConfD calls failed"
                : "its log says why, --verbose which ConfD calls failed";
   }
@@ -582,7 +597,7 @@ class Supervisor {
          advice);
     AddPluginOutput();
     const auto last_call = progress_->LastCall();
-    report_.failure->details.push_back(
+    outcome_.failure->details.push_back(
         last_call ? fmt::format("last ConfD call, number {}: {}",
                                 progress_->calls(), *last_call)
                   : "it made no ConfD call");
@@ -590,17 +605,17 @@ class Supervisor {
 
   // An assertion's text is the better half of the message.
   void AddPluginOutput() {
-    if (report_.plugin_output.empty()) return;
-    std::vector<std::string>& details = report_.failure->details;
+    if (outcome_.plugin_output.empty()) return;
+    std::vector<std::string>& details = outcome_.failure->details;
     details.push_back("it printed:");
-    for (const std::string_view line : Lines(report_.plugin_output)) {
+    for (const std::string_view line : Lines(outcome_.plugin_output)) {
       details.push_back(fmt::format("  {}", line));
     }
   }
 
   void Fail(ExitCode code, std::string reason, std::string advice) {
-    report_.failure =
-        Failure{code, std::move(reason), std::move(advice), report_.config};
+    outcome_.failure =
+        Failure{code, std::move(reason), std::move(advice), outcome_.config};
   }
 
   const WorkerTask& task_;
@@ -626,17 +641,18 @@ class Supervisor {
   std::optional<DoneMessage> done_;
   std::optional<std::string> corrupted_;
   size_t journal_size_ = 0;
+  bool has_logged_ = false;
   uint64_t calls_seen_ = 0;
   StepTimer::Clock::duration last_call_at_{};  // of the step's time
   bool timed_out_ = false;
   bool outlived_ = false;
-  Report report_;
+  Outcome outcome_;
 };
 
 }  // namespace
 
-Report Supervise(const WorkerTask& task, const Supervision& supervision,
-                 Listener& listener) {
+Outcome Supervise(const WorkerTask& task, const Supervision& supervision,
+                  Listener& listener) {
   return Supervisor(task, supervision, listener).Run();
 }
 

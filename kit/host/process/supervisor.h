@@ -7,9 +7,10 @@
 #include <cstdint>
 #include <string>
 
+#include "kit/host/events.h"
+#include "kit/host/process/outcome.h"
 #include "kit/host/process/progress.h"
 #include "kit/host/process/worker.h"
-#include "kit/host/report/report.h"
 
 namespace kit::host {
 
@@ -17,21 +18,24 @@ namespace kit::host {
 class Listener {
  public:
   virtual ~Listener() = default;
-  virtual void OnLog(const std::string& record) = 0;
-  virtual void OnCall(const std::string& call) = 0;
+  virtual void OnLog(LogRecord record) = 0;
+  virtual void OnCall(CallRecord call) = 0;
+  virtual void OnPass(PassTotals totals) = 0;
+  // Told of after a success, when all passes have been.
+  virtual void OnRekeyed(const RekeyedEntries& entries) = 0;
   // Several times a second.
   virtual void OnTick(Phase phase, uint64_t calls) = 0;
 };
 
 struct Supervision {
   double timeout_s = 60;    // that the plug-in, or another step, has; 0: none
-  bool keep_calls = false;  // whether the journal gets every call
+  bool keep_calls = false;  // whether the listener keeps what calls it is told
   int output_fd = -1;       // an empty file for the result, or -1
 };
 
 // Throws std::system_error when the system can't run a process.
-Report Supervise(const WorkerTask& task, const Supervision& supervision,
-                 Listener& listener);
+Outcome Supervise(const WorkerTask& task, const Supervision& supervision,
+                  Listener& listener);
 
 }  // namespace kit::host
 

@@ -64,7 +64,12 @@ class CallRecorder : public control::Observer {
       progress_.Record(call);
       ++calls_;
     }
-    if (send_calls_) channel_.Send(CallMessage{control::ToString(call)});
+    if (!send_calls_) return;
+    channel_.Send(
+        CallMessage{{IsRelease(call.function) ? 0 : calls_, 0,
+                     std::string(call.function), std::string(call.path),
+                     std::string(call.input), std::string(call.output),
+                     call.result, call.error, std::string(call.reason)}});
   }
   bool WantsValues() const override { return send_calls_; }
   uint64_t calls() const { return calls_; }
@@ -78,7 +83,7 @@ class CallRecorder : public control::Observer {
 
 extern "C" void SendLogRecord(void* channel, const char* text, size_t length) {
   static_cast<const Channel*>(channel)->Send(
-      LogMessage{std::string(text, length)});
+      LogMessage{{0, 0, std::string(text, length)}});
 }
 
 [[noreturn]] void FailInput(

@@ -66,7 +66,7 @@ char Mark(control::ChangeKind kind) {
 }
 
 void AppendLog(const Report& report, std::string& text) {
-  const std::vector<std::string> records = report.journal.LogRecords();
+  const std::vector<std::string> records = report.journal.LogTexts();
   if (records.empty()) {
     text += "Log: no records\n";
     return;
@@ -93,16 +93,15 @@ void AppendResult(const Report& report, std::string& text) {
 }
 
 void AppendCalls(const Report& report, bool by_function, std::string& text) {
-  const Journal& journal = report.journal;
-  text += fmt::format("ConfD calls: {}\n", journal.calls());
+  text += fmt::format("ConfD calls: {}\n", report.calls);
   if (by_function) {
-    for (const auto& [function, calls] : journal.calls_by_function()) {
+    for (const auto& [function, calls] : report.calls_by_function) {
       text += fmt::format("  {:<24} {:>10}\n", OneLine(function), calls);
     }
     text += fmt::format("Cursors left open: {}\n", report.open_cursors);
   }
-  if (!report.result && journal.last_call()) {
-    text += fmt::format("Last ConfD call: {}\n", OneLine(*journal.last_call()));
+  if (!report.result && report.last_call) {
+    text += fmt::format("Last ConfD call: {}\n", OneLine(*report.last_call));
   }
 }
 
@@ -116,11 +115,12 @@ void AppendChanges(const Report& report, std::string& text) {
   for (const ListTotals& totals : report.changes) {
     width = std::max(width, OneLine(totals.list).size());
   }
-  text += fmt::format("Changes:\n  {:<{}} {:>9} {:>9} {:>9}\n", "list", width,
-                      "created", "changed", "deleted");
+  text += fmt::format("Changes:\n  {:<{}} {:>9} {:>9} {:>9} {:>9}\n", "list",
+                      width, "created", "re-keyed", "changed", "deleted");
   for (const ListTotals& totals : report.changes) {
-    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9}\n", OneLine(totals.list),
-                        width, totals.created, totals.changed, totals.deleted);
+    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9} {:>9}\n",
+                        OneLine(totals.list), width, totals.created,
+                        totals.rekeyed, totals.changed, totals.deleted);
   }
 }
 
@@ -247,12 +247,12 @@ Json FailureJson(const std::optional<Failure>& failure) {
 
 Json CallsJson(const Report& report) {
   Json by_function = Json::object();
-  for (const auto& [function, calls] : report.journal.calls_by_function()) {
+  for (const auto& [function, calls] : report.calls_by_function) {
     by_function[function] = calls;
   }
-  return {{"total", report.journal.calls()},
+  return {{"total", report.calls},
           {"by_function", std::move(by_function)},
-          {"last", OrNull(report.journal.last_call())},
+          {"last", OrNull(report.last_call)},
           {"open_cursors", report.open_cursors}};
 }
 
@@ -261,6 +261,7 @@ Json ChangesJson(const Report& report) {
   for (const ListTotals& totals : report.changes) {
     changes.push_back({{"list", totals.list},
                        {"created", totals.created},
+                       {"rekeyed", totals.rekeyed},
                        {"changed", totals.changed},
                        {"deleted", totals.deleted}});
   }
@@ -295,12 +296,32 @@ Json ViolationsJson(const Report& report) {
   return violations;
 }
 
+Json EventJson(const LogRecord& record) {
+  return {{"kind", "log"},
+          {"call", record.call},
+          {"pass", record.pass},
+          {"text", record.text}};
+}
+
+Json EventJson(const CallRecord& call) {
+  return {{"kind", "call"},
+          {"number", call.number},
+          {"pass", call.pass},
+          {"function", call.function},
+          {"path", NullIfEmpty(call.path)},
+          {"input", NullIfEmpty(call.input)},
+          {"output", NullIfEmpty(call.output)},
+          {"result", call.result},
+          {"error", call.error},
+          {"reason", NullIfEmpty(call.reason)},
+          {"text", RenderCall(call)}};
+}
+
 Json EventsJson(const Report& report) {
   Json events = Json::array();
   for (const Event& event : report.journal.events()) {
     events.push_back(
-        {{"kind", event.kind == Event::Kind::kLog ? "log" : "call"},
-         {"text", event.text}});
+        std::visit([](const auto& e) { return EventJson(e); }, event));
   }
   return events;
 }
@@ -320,6 +341,11 @@ std::string RenderFailure(const Failure& failure) {
     text += fmt::format("  What to do: {}.\n", OneLine(failure.advice));
   }
   return text;
+}
+
+std::string RenderCall(const CallRecord& call) {
+  return control::ToString({call.number, call.function, call.path, call.input,
+                            call.output, call.result, call.error, call.reason});
 }
 
 std::string RenderViolations(
@@ -389,7 +415,7 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"plugin", report.plugin},
       {"result", OrNull(report.result)},
       {"not_carried_over", LossesJson(report)},
-      {"log", report.journal.LogRecords()},
+      {"log", report.journal.LogTexts()},
       {"calls", CallsJson(report)},
       {"changes", ChangesJson(report)},
       {"valid", report.validated ? Json(report.violations.empty()) : Json()},

@@ -5,41 +5,24 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kit/confd/control/control.h"
 #include "kit/host/failure.h"
 #include "kit/host/journal/journal.h"
-#include "kit/host/process/protocol.h"
+#include "kit/host/process/outcome.h"
 
 namespace kit::host {
 
-struct Report {
-  std::string config;
-  std::string plugin;
+struct Report : Outcome {
+  Report() = default;
+  explicit Report(Outcome outcome) : Outcome(std::move(outcome)) {}
+
   Journal journal;
-  // Of update; none when it did not return.
-  std::optional<int> result;
-  uint64_t open_cursors = 0;          // left by the plug-in
-  std::vector<control::Loss> losses;  // before the plug-in ran
-  bool schemas_loaded = true;
-  std::optional<SchemasMessage> schemas;  // after a success
-  bool validated = false;
-  std::vector<control::Violation> violations;
-  bool compared = false;
-  std::vector<ListTotals> changes;
-  std::vector<control::EntryChange> entries;
-  std::string
-      plugin_output;  // what it printed; if much, the end, which says so
-  std::optional<control::Format> format;
   std::optional<std::string> output;  // where the result was written
   bool partly_written = false;        // to standard output
   uint64_t output_size = 0;
-  std::optional<Failure> failure;
-
-  ExitCode exit_code() const {
-    return failure ? failure->code : ExitCode::kSuccess;
-  }
 };
 
 struct ReportView {
@@ -61,6 +44,9 @@ std::string RenderJsonEnd(const Report& report);
 
 // The error message: what failed, where, why, and what to do about it.
 std::string RenderFailure(const Failure& failure);
+
+// A call as one line, of any characters.
+std::string RenderCall(const CallRecord& call);
 
 // One line for each constraint that the result breaks.
 std::string RenderViolations(const std::vector<control::Violation>& violations);

@@ -31,7 +31,7 @@ class ChannelTest : public testing::Test {
       pollfd news = {receiver_.fd(), POLLIN, 0};
       poll(&news, 1, -1);
       receiver_.Receive([&texts](Message& message) {
-        ++texts[std::get<LogMessage>(message).text];
+        ++texts[std::get<LogMessage>(message).record.text];
       });
     }
     return texts;
@@ -46,7 +46,7 @@ using ChannelDeathTest = ChannelTest;
 TEST_F(ChannelTest, MessagesOfAnyLengthOfThreadsAndProcessesArriveWhole) {
   const auto send = [this](char name) {
     for (const size_t length : {0, 1, 16'384, 16'385, 1'000'000}) {
-      channel_->Send(LogMessage{std::string(length, name)});
+      channel_->Send(LogMessage{{0, 0, std::string(length, name)}});
     }
   };
   const pid_t child = fork();
@@ -75,7 +75,7 @@ TEST_F(ChannelTest, MessagesOfAnyLengthOfThreadsAndProcessesArriveWhole) {
 TEST_F(ChannelTest, ANonBlockingDescriptorLosesNothing) {
   std::thread sender([this] {
     fcntl(channel_->fd(), F_SETFL, O_NONBLOCK);
-    for (int i = 0; i < 5000; ++i) channel_->Send(LogMessage{"again"});
+    for (int i = 0; i < 5000; ++i) channel_->Send(LogMessage{{0, 0, "again"}});
     channel_.reset();
   });
   int received = 0;
@@ -135,11 +135,11 @@ TEST_F(ChannelDeathTest, WithoutItsConnectionTheProcessEnds) {
   EXPECT_EXIT(
       {
         close(channel_->fd());
-        channel_->Send(LogMessage{"x"});
+        channel_->Send(LogMessage{{0, 0, "x"}});
       },
       ends_with, "");
   ASSERT_EQ(shutdown(channel_->fd(), SHUT_RDWR), 0);
-  EXPECT_EXIT(channel_->Send(LogMessage{"x"}), ends_with, "");
+  EXPECT_EXIT(channel_->Send(LogMessage{{0, 0, "x"}}), ends_with, "");
   EXPECT_EXIT(channel_->ReceiveDescriptors(1), ends_with, "");
 }
 
@@ -153,7 +153,7 @@ TEST_F(ChannelDeathTest, NothingIsWrittenToAnotherFileInItsPlace) {
     EXPECT_EXIT(
         {
           dup2(fd, channel_->fd());
-          channel_->Send(LogMessage{"x"});
+          channel_->Send(LogMessage{{0, 0, "x"}});
         },
         testing::ExitedWithCode(kConnectionLost), "");
   }

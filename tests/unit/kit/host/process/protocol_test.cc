@@ -30,9 +30,8 @@ TEST(ProtocolTest, ScalarsComeThrough) {
 
 TEST(ProtocolTest, TextComesThroughByteForByte) {
   const std::string text("a\0\n\xff\x1b", 5);
-  EXPECT_EQ(RoundTrip(LogMessage{text}).text, text);
-  EXPECT_EQ(RoundTrip(CallMessage{text}).text, text);
-  EXPECT_EQ(RoundTrip(LogMessage{""}).text, "");
+  EXPECT_EQ(RoundTrip(LogMessage{{1, 2, text}}).record.text, text);
+  EXPECT_EQ(RoundTrip(LogMessage{{1, 2, ""}}).record.text, "");
 }
 
 TEST(ProtocolTest, ViolationsAndTotalsComeThrough) {
@@ -41,11 +40,54 @@ TEST(ProtocolTest, ViolationsAndTotalsComeThrough) {
   EXPECT_EQ(violation.violation.path, "/a/b");
   EXPECT_EQ(violation.violation.reason, "missing");
 
-  const auto totals = RoundTrip(ListTotals{"/a/b", 1, 2, uint64_t{1} << 40});
+  const auto totals =
+      RoundTrip(ListMessage{{"/a/b", 1, 5, 2, uint64_t{1} << 40, 6}}).totals;
   EXPECT_EQ(totals.list, "/a/b");
   EXPECT_EQ(totals.created, 1U);
+  EXPECT_EQ(totals.rekeyed, 5U);
   EXPECT_EQ(totals.changed, 2U);
   EXPECT_EQ(totals.deleted, uint64_t{1} << 40);
+  EXPECT_EQ(totals.moved, 6U);
+}
+
+TEST(ProtocolTest, CallsComeThrough) {
+  const auto call =
+      RoundTrip(CallMessage{{7, 3, "f", "/p", "in", "out", -1, 13, "why"}})
+          .call;
+  EXPECT_EQ(call.number, 7U);
+  EXPECT_EQ(call.pass, 3U);
+  EXPECT_EQ(call.function, "f");
+  EXPECT_EQ(call.path, "/p");
+  EXPECT_EQ(call.input, "in");
+  EXPECT_EQ(call.output, "out");
+  EXPECT_EQ(call.result, -1);
+  EXPECT_EQ(call.error, 13);
+  EXPECT_EQ(call.reason, "why");
+}
+
+TEST(ProtocolTest, TheTotalsOfAPassComeThrough) {
+  PassTotals sent;
+  sent.pass = 4;
+  sent.calls = 9;
+  sent.functions = {{"f", 5, 1}, {"g", 4, 0}};
+  sent.lists = {{"/a", 1, 2, 3, 4, 5}};
+  sent.failures = {{"f", "/a/b", 1, 2, 3, "/a{1}/b", "why"}};
+  const auto totals = RoundTrip(PassMessage{sent}).totals;
+  EXPECT_EQ(totals.pass, 4U);
+  EXPECT_EQ(totals.calls, 9U);
+  ASSERT_EQ(totals.functions.size(), 2U);
+  EXPECT_EQ(totals.functions[0].failed, 1U);
+  EXPECT_EQ(totals.functions[1].function, "g");
+  ASSERT_EQ(totals.lists.size(), 1U);
+  EXPECT_EQ(totals.lists[0].changed, 3U);
+  ASSERT_EQ(totals.failures.size(), 1U);
+  EXPECT_EQ(totals.failures[0].node, "/a/b");
+  EXPECT_EQ(totals.failures[0].path, "/a{1}/b");
+  EXPECT_EQ(totals.failures[0].number, 3U);
+  const auto rekeyed = RoundTrip(RekeyedMessage{{3, "/a", 8}}).entries;
+  EXPECT_EQ(rekeyed.pass, 3U);
+  EXPECT_EQ(rekeyed.list, "/a");
+  EXPECT_EQ(rekeyed.count, 8U);
 }
 
 TEST(ProtocolTest, EntriesKeepAbsentAndEmptyLeavesApart) {
