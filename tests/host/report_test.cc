@@ -237,7 +237,7 @@ TEST_F(ReportTest, JsonHasEntriesWithDiffAndEventsWithVerbose) {
   EXPECT_EQ(call["text"], "cdb_num_instances /demo/item -> 2");
   EXPECT_EQ(
       report["events"][1],
-      Json({{"kind", "log"}, {"call", 0}, {"pass", 0}, {"text", "2 items"}}));
+      Json({{"kind", "log"}, {"call", 1}, {"pass", 0}, {"text", "2 items"}}));
 }
 
 TEST_F(ReportTest, JsonReportsEveryKindOfFailure) {

@@ -92,7 +92,7 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.format = options.format;
   task.schemas_loaded = options.schemas_loaded;
   task.timeout_s = options.timeout_s;
-  task.send_calls = options.verbose;
+  task.recording = {options.verbose, !options.quiet};
   task.count_changes = !options.quiet;
   task.send_entries = options.diff;
   return task;

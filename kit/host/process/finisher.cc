@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "kit/host/failure.h"
+#include "kit/host/moves.h"
 #include "kit/host/process/checksum.h"
 #include "kit/host/process/file_descriptor.h"
 #include "kit/host/process/protocol.h"
@@ -31,26 +32,49 @@ namespace {
 class ListCounter {
  public:
   void Add(const control::EntryChange& entry) {
-    const auto [known, is_new] = index_.emplace(entry.list, totals_.size());
-    if (is_new) totals_.push_back({entry.list});
-    ListTotals& totals = totals_[known->second];
-    switch (entry.kind) {
-      case control::ChangeKind::kCreated:
-        ++totals.created;
-        break;
-      case control::ChangeKind::kChanged:
-        ++totals.changed;
-        break;
-      case control::ChangeKind::kDeleted:
-        ++totals.deleted;
-        break;
+    const auto [known, is_new] = index_.emplace(entry.list, lists_.size());
+    if (is_new) lists_.push_back({{entry.list}, {}});
+    List& list = lists_[known->second];
+    if (entry.kind == control::ChangeKind::kChanged) {
+      ++list.totals.changed;
+      return;
     }
+    ++(entry.kind == control::ChangeKind::kCreated ? list.totals.created
+                                                   : list.totals.deleted);
+    list.moves.Add(entry, entry.entry);
   }
-  const std::vector<ListTotals>& totals() const { return totals_; }
+
+  // Takes those that only got other keys out of the created and the deleted
+  // ones; how many each pass gave them to.
+  std::vector<RekeyedEntries> FindMoves(const ChangeCounter& changes) {
+    std::vector<RekeyedEntries> found;
+    for (List& list : lists_) {
+      std::map<uint32_t, uint64_t> by_pass;
+      for (const auto& [deleted, created] : list.moves.Pairs()) {
+        ++by_pass[changes.CreatorOf(created)];
+        ++list.totals.rekeyed;
+        --list.totals.created;
+        --list.totals.deleted;
+      }
+      for (const auto& [pass, count] : by_pass) {
+        found.push_back({pass, list.totals.list, count});
+      }
+    }
+    return found;
+  }
+
+  template <typename Sink>
+  void ForEach(const Sink& sink) const {
+    for (const List& list : lists_) sink(list.totals);
+  }
 
  private:
+  struct List {
+    ListTotals totals;
+    MoveFinder moves;
+  };
   std::map<std::string, size_t> index_;
-  std::vector<ListTotals> totals_;
+  std::vector<List> lists_;
 };
 
 // Tells a failed write apart from whatever else goes wrong in a save.
@@ -68,10 +92,11 @@ void Write(const std::function<void()>& write) {
 class Finisher {
  public:
   Finisher(const WorkerTask& task, const control::Database& database,
-           const TrialOutcome& trial, const Channel& channel, int output)
+           const PluginRun& run, const Channel& channel, int output)
       : task_(task),
         database_(database),
-        trial_(trial),
+        trial_(run.trial),
+        changes_(run.changes),
         channel_(channel),
         output_(output) {}
 
@@ -148,9 +173,12 @@ class Finisher {
       counter.Add(entry);
       if (task_.send_entries) channel_.Send(EntryMessage{entry});
     });
-    for (const ListTotals& totals : counter.totals()) {
-      channel_.Send(ListMessage{totals});
+    for (RekeyedEntries& entries : counter.FindMoves(changes_)) {
+      channel_.Send(RekeyedMessage{std::move(entries)});
     }
+    counter.ForEach([this](const ListTotals& totals) {
+      channel_.Send(ListMessage{totals});
+    });
   }
 
   void Save() {
@@ -164,6 +192,7 @@ class Finisher {
   const WorkerTask& task_;
   const control::Database& database_;
   const TrialOutcome& trial_;
+  const ChangeCounter& changes_;
   const Channel& channel_;
   int output_;
   Phase phase_ = Phase::kValidating;
@@ -181,7 +210,7 @@ void MoveAway(FileDescriptor& descriptor) {
 // In the forked process, to its end.
 [[noreturn]] void Finish(const WorkerTask& task,
                          const control::Database& database,
-                         const TrialOutcome& trial, const ProcessState& state,
+                         const PluginRun& run, const ProcessState& state,
                          const Channel& worker_channel, pid_t supervisor) {
   state.Restore();
   std::fflush(nullptr);  // what the plug-in has printed
@@ -199,7 +228,7 @@ void MoveAway(FileDescriptor& descriptor) {
   CloseAllBut(kept);
   const int output = task.has_output ? kept[2] : -1;
   const Channel channel(std::move(handed[0]));
-  Finisher(task, database, trial, channel, output).Run();
+  Finisher(task, database, run, channel, output).Run();
   std::fflush(nullptr);
   // The memory goes with the process; tearing it down takes long.
   _exit(EXIT_SUCCESS);
@@ -208,10 +237,10 @@ void MoveAway(FileDescriptor& descriptor) {
 }  // namespace
 
 void RunFinisher(const WorkerTask& task, const control::Database& database,
-                 const TrialOutcome& trial, const ProcessState& state,
+                 const PluginRun& run, const ProcessState& state,
                  const Channel& worker_channel, pid_t supervisor) {
   try {
-    Finish(task, database, trial, state, worker_channel, supervisor);
+    Finish(task, database, run, state, worker_channel, supervisor);
   } catch (const std::bad_alloc&) {
     // There may be no channel yet to say so.
     _exit(kMemoryLost);

@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/process/change_counter.h"
 #include "kit/host/process/channel.h"
 #include "kit/host/process/process_state.h"
 #include "kit/host/process/schema_trial.h"
@@ -13,14 +14,18 @@
 
 namespace kit::host {
 
+// What is known of the plug-in's run besides the database.
+struct PluginRun {
+  TrialOutcome trial;  // how it does with the schemas the other way
+  const ChangeCounter& changes;
+};
+
 // Validates, compares and saves what `database` holds, over a channel that the
 // supervisor hands out through the worker's, and ends the process. To be called
-// in a process forked for it; `state` is from before the plug-in was loaded,
-// and `trial` says how the plug-in does with the schemas the other way.
+// in a process forked for it; `state` is from before the plug-in was loaded.
 [[noreturn]] void RunFinisher(const WorkerTask& task,
                               const control::Database& database,
-                              const TrialOutcome& trial,
-                              const ProcessState& state,
+                              const PluginRun& run, const ProcessState& state,
                               const Channel& worker_channel, pid_t supervisor);
 
 }  // namespace kit::host

@@ -28,6 +28,7 @@
 #include "kit/host/process/finisher.h"
 #include "kit/host/process/process_state.h"
 #include "kit/host/process/protocol.h"
+#include "kit/host/process/recorder.h"
 #include "kit/host/process/schema_trial.h"
 #include "kit/host/text.h"
 
@@ -41,49 +42,8 @@ constexpr size_t kMaxQuote = 1000;
 using Clock = std::chrono::steady_clock;
 using UpdateFunction = int(int maapi_sock, int thandle, int cdb_sock);
 
-// Values are released without a word to the daemon, by the million, and only
-// somebody who wants to see values is told: those calls are shown, not counted.
-bool IsRelease(std::string_view function) {
-  constexpr std::string_view kReleases = "confd_free_";
-  return function.substr(0, kReleases.size()) == kReleases;
-}
-
-// Counts the calls, and passes them on if somebody wants to see them.
-class CallRecorder : public control::Observer {
- public:
-  CallRecorder(const Channel& channel, Progress& progress, bool send_calls)
-      : channel_(channel), progress_(progress), send_calls_(send_calls) {
-    control::SetObserver(this);
-  }
-  ~CallRecorder() override { control::SetObserver(nullptr); }
-  CallRecorder(const CallRecorder&) = delete;
-  CallRecorder& operator=(const CallRecorder&) = delete;
-
-  void OnCall(const control::Call& call) override {
-    if (!IsRelease(call.function)) {
-      progress_.Record(call);
-      ++calls_;
-    }
-    if (!send_calls_) return;
-    channel_.Send(
-        CallMessage{{IsRelease(call.function) ? 0 : calls_, 0,
-                     std::string(call.function), std::string(call.path),
-                     std::string(call.input), std::string(call.output),
-                     call.result, call.error, std::string(call.reason)}});
-  }
-  bool WantsValues() const override { return send_calls_; }
-  uint64_t calls() const { return calls_; }
-
- private:
-  const Channel& channel_;
-  Progress& progress_;
-  bool send_calls_;
-  uint64_t calls_ = 0;
-};
-
-extern "C" void SendLogRecord(void* channel, const char* text, size_t length) {
-  static_cast<const Channel*>(channel)->Send(
-      LogMessage{{0, 0, std::string(text, length)}});
+extern "C" void TakeLogRecord(void* recorder, const char* text, size_t length) {
+  static_cast<Recorder*>(recorder)->OnLog({text, length});
 }
 
 [[noreturn]] void FailInput(
@@ -289,8 +249,8 @@ class Worker {
   [[noreturn]] void RunPlugin(control::Database& database) {
     const ProcessState state;
     PrepareForPlugin(channel_, progress_);
-    zqconfd_set_sink(SendLogRecord, const_cast<Channel*>(&channel_));
-    const CallRecorder recorder(channel_, progress_, task_.send_calls);
+    recorder_.emplace(channel_, progress_, task_.passes, task_.recording);
+    zqconfd_set_sink(TakeLogRecord, &*recorder_);
     Enter(Phase::kLoading);
     loading_since_ = Clock::now();
     UpdateFunction* update = LoadPlugin(task_.plugin);
@@ -304,20 +264,21 @@ class Worker {
     }
     LeaveForkedProcess();
     try {
-      HandOver(database, state, recorder.calls(), result);
+      HandOver(database, state, result);
     } catch (const std::exception& error) {
       Fail(UnexpectedFailure(error, " while handing the result over"));
     }
   }
 
   [[noreturn]] void HandOver(const control::Database& database,
-                             const ProcessState& state, uint64_t calls,
-                             int result) {
+                             const ProcessState& state, int result) {
     // What it leaves running must neither change the result any more nor get
     // hold of this thread.
     BlockAllSignals();
     control::CloseCalls();
-    ResultMessage message{result, calls, database.OpenCursors(), 0};
+    recorder_->TellTotals();
+    ResultMessage message{result, recorder_->calls(), database.OpenCursors(),
+                          0};
     if (result == 0) {
       message.finisher =
           StartFinisher(database, trial_->Wait(TimeForTrial()), state);
@@ -364,7 +325,8 @@ class Worker {
       throw std::system_error(errno, std::generic_category(), "fork");
     }
     if (finisher == 0) {
-      RunFinisher(task_, database, trial, state, channel_, supervisor_);
+      RunFinisher(task_, database, {trial, recorder_->changes()}, state,
+                  channel_, supervisor_);
     }
     // It must not be hit when the plug-in's group is killed.
     setpgid(finisher, finisher);
@@ -379,6 +341,7 @@ class Worker {
   Phase phase_ = Phase::kStarting;
   Clock::time_point loading_since_;
   std::optional<SchemaTrial> trial_;
+  std::optional<Recorder> recorder_;
 };
 
 }  // namespace

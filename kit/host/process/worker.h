@@ -12,8 +12,10 @@
 #include <vector>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/passes.h"
 #include "kit/host/process/file_descriptor.h"
 #include "kit/host/process/progress.h"
+#include "kit/host/process/recorder.h"
 
 namespace kit::host {
 
@@ -28,8 +30,9 @@ struct WorkerTask {
   bool schemas_loaded = true;              // into the plug-in's process
   double timeout_s = 60;                   // that the plug-in has; 0: no limit
   bool has_output = false;                 // otherwise the result is not saved
-  bool send_calls = false;
-  bool count_changes = false;
+  PassTable passes;
+  Recording recording;
+  bool count_changes = false;  // of the result against its start
   bool send_entries = false;
 };
 
