@@ -65,6 +65,7 @@ struct PassTotals {
   std::vector<FunctionTotals> functions;
   std::vector<ListTotals> lists;
   std::vector<FailedCalls> failures;
+  CallRecord last_failure;  // the last call that failed; number 0 for none
 };
 
 // Of the entries that a pass created, those that are deleted ones under other

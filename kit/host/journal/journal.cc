@@ -64,6 +64,7 @@ void Journal::Add(const PassTotals& totals) {
     list.moved += added.moved;
   }
   for (const FailedCalls& added : totals.failures) AddFailure(pass, added);
+  if (totals.last_failure.number > 0) pass.last_failure = totals.last_failure;
 }
 
 void Journal::Add(const RekeyedEntries& entries) {
@@ -73,6 +74,14 @@ void Journal::Add(const RekeyedEntries& entries) {
   list.rekeyed += count;
   list.created -= count;
   list.deleted -= std::min(count, list.deleted);
+}
+
+CallRecord Journal::LastFailure() const {
+  CallRecord last;
+  for (const PassTotals& pass : passes_) {
+    if (pass.last_failure.number > last.number) last = pass.last_failure;
+  }
+  return last;
 }
 
 std::vector<std::string> Journal::LogTexts() const {

@@ -25,6 +25,8 @@ class Journal {
 
   const std::vector<Event>& events() const { return events_; }
   std::vector<std::string> LogTexts() const;
+  // The last one of all passes; number 0 for none.
+  CallRecord LastFailure() const;
   // By the pass's number; all that came, in the order of their numbers.
   const std::vector<PassTotals>& passes() const { return passes_; }
 

@@ -15,14 +15,10 @@ auto Fields(InputMessage& m) { return std::tie(m.format); }
 auto Fields(LogMessage& m) {
   return std::tie(m.record.call, m.record.pass, m.record.text);
 }
-auto Fields(CallMessage& m) {
-  CallRecord& c = m.call;
-  return std::tie(c.number, c.pass, c.function, c.path, c.input, c.output,
-                  c.result, c.error, c.reason);
-}
+auto Fields(CallMessage& m) { return std::tie(m.call); }
 auto Fields(PassMessage& m) {
   return std::tie(m.totals.pass, m.totals.calls, m.totals.functions,
-                  m.totals.lists, m.totals.failures);
+                  m.totals.lists, m.totals.failures, m.totals.last_failure);
 }
 auto Fields(ResultMessage& m) {
   return std::tie(m.result, m.calls, m.open_cursors, m.finisher);
@@ -52,6 +48,10 @@ auto Fields(DoneMessage& m) {
 }
 auto Fields(control::LeafChange& leaf) {
   return std::tie(leaf.leaf, leaf.before, leaf.after, leaf.default_value);
+}
+auto Fields(CallRecord& call) {
+  return std::tie(call.number, call.pass, call.function, call.path, call.input,
+                  call.output, call.result, call.error, call.reason);
 }
 auto Fields(FunctionTotals& totals) {
   return std::tie(totals.function, totals.calls, totals.failed);

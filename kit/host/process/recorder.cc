@@ -61,25 +61,33 @@ void Recorder::OnLog(std::string_view text) {
   channel_.Send(LogMessage{{calls_, pass, std::string(text)}});
 }
 
+template <typename Step>
+void Recorder::Guard(const Step& step) {
+  try {
+    step();
+  } catch (const std::exception&) {
+    has_gaps_ = true;
+  }
+}
+
 void Recorder::OnCall(const control::Call& call) {
   uint64_t number = 0;
   if (!IsRelease(call.function)) {
     progress_.Record(call);
     number = ++calls_;
-    FollowPass();
-    Count(call);
+    Guard([&] {
+      FollowPass();
+      Count(call);
+    });
   }
-  if (recording_.calls) Tell(call, number);
+  if (recording_.calls) Guard([&] { Tell(call, number); });
 }
 
 void Recorder::OnChange(const control::Change& change) {
-  try {
+  Guard([&] {
     FollowPass();
     changes_.Add(change);
-  } catch (const std::exception&) {
-    // The call that is under way must come to its end. Memory that has run out
-    // has been noted; no count is right any more, nor is anything else.
-  }
+  });
 }
 
 void Recorder::FollowPass() {
@@ -103,6 +111,7 @@ void Recorder::Count(const control::Call& call) {
   if (call.error == 0) return;
   ++totals->failed;
   CountFailure(call);
+  KeepFailure(call);
 }
 
 void Recorder::CountFailure(const control::Call& call) {
@@ -121,6 +130,18 @@ void Recorder::CountFailure(const control::Call& call) {
                                 std::string(call.reason)});
   }
   ++totals_.failures[known->second].count;
+}
+
+// Text is assigned, so that its memory is used again.
+void Recorder::KeepFailure(const control::Call& call) {
+  CallRecord& kept = totals_.last_failure;
+  kept.number = calls_;
+  kept.pass = totals_.pass;
+  kept.function = call.function;
+  kept.path = call.path;
+  kept.result = call.result;
+  kept.error = call.error;
+  kept.reason = call.reason;
 }
 
 void Recorder::Tell(const control::Call& call, uint64_t number) const {

@@ -46,6 +46,8 @@ class Recorder : public control::Observer {
   // Tells what there is of the pass. To be called once no more calls come.
   void TellTotals();
   uint64_t calls() const { return calls_; }
+  // Whether memory ran out for it, so that something is missing.
+  bool has_gaps() const { return has_gaps_; }
   const ChangeCounter& changes() const { return changes_; }
 
  private:
@@ -53,7 +55,11 @@ class Recorder : public control::Observer {
   void Flush(uint32_t next_pass);
   void Count(const control::Call& call);
   void CountFailure(const control::Call& call);
+  void KeepFailure(const control::Call& call);
   void Tell(const control::Call& call, uint64_t number) const;
+  // Whatever befalls it, the call that is under way comes to its end.
+  template <typename Step>
+  void Guard(const Step& step);
 
   const Channel& channel_;
   Progress& progress_;
@@ -65,6 +71,7 @@ class Recorder : public control::Observer {
   PassTotals totals_;
   std::unordered_map<std::string, size_t> failures_;  // in totals_, by kind
   ChangeCounter changes_;
+  std::atomic<bool> has_gaps_{false};
 };
 
 }  // namespace kit::host

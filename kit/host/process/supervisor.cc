@@ -49,7 +49,7 @@ constexpr size_t kMaxJournal = size_t{1} << 30;
 constexpr size_t kSizeOfTotals = size_t{16} << 10;
 constexpr size_t kMaxPluginOutput = size_t{64} << 10;
 constexpr char kNoteTheCall[] =
-    "correct the plug-in; --verbose shows every ConfD call up to this point";
+    "correct the plug-in; --trace shows every ConfD call up to this point";
 constexpr char kClosed[] = "it is closed, or its descriptor is another file's";
 constexpr char kGiveMoreTime[] =
     "give it more time with --timeout S, or any time with --timeout 0";
@@ -513,8 +513,8 @@ class Supervisor {
 
   const char* AdviceOnFailure() const {
     return !has_logged_
-               ? "it logged nothing; --verbose shows which ConfD calls failed"
-               : "its log says why, --verbose which ConfD calls failed";
+               ? "it logged nothing; --trace shows which ConfD calls failed"
+               : "its log (--log) says why, --trace which ConfD calls failed";
   }
 
   void JudgeTimeout() {

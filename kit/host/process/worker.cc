@@ -276,6 +276,7 @@ class Worker {
     // hold of this thread.
     BlockAllSignals();
     control::CloseCalls();
+    if (recorder_->has_gaps()) throw std::bad_alloc();
     recorder_->TellTotals();
     ResultMessage message{result, recorder_->calls(), database.OpenCursors(),
                           0};
