@@ -1,0 +1,213 @@
+#include <fmt/format.h>
+
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "kit/host/report/report.h"
+#include "kit/host/report/schemas_effect.h"
+
+namespace kit::host {
+namespace {
+
+// Keeps its keys in the order in which they are documented.
+using Json = nlohmann::ordered_json;
+
+const char* Name(ExitCode code) {
+  switch (code) {
+    case ExitCode::kSuccess:
+      return "success";
+    case ExitCode::kPluginFailed:
+      return "plugin-failed";
+    case ExitCode::kInvalidResult:
+      return "invalid-result";
+    case ExitCode::kBadInput:
+      return "bad-input";
+    case ExitCode::kNotLoaded:
+      return "plugin-not-loaded";
+    case ExitCode::kPluginDied:
+      return "plugin-died";
+    case ExitCode::kOutputFailed:
+      return "output-failed";
+    case ExitCode::kInternal:
+      return "internal-error";
+  }
+  return "unknown";
+}
+
+const char* Name(control::Format format) {
+  return format == control::Format::kXml ? "xml" : "json";
+}
+
+const char* Name(control::ChangeKind kind) {
+  switch (kind) {
+    case control::ChangeKind::kCreated:
+      return "created";
+    case control::ChangeKind::kChanged:
+      return "changed";
+    case control::ChangeKind::kDeleted:
+      return "deleted";
+  }
+  return "unknown";
+}
+
+Json SchemasJson(const Report& report) {
+  Json matter;
+  Json effect;
+  if (report.schemas && report.schemas->effect != SchemaEffect::kUnknown) {
+    matter = report.schemas->effect != SchemaEffect::kNone;
+    if (matter) effect = EffectOfSchemas(*report.schemas);
+  }
+  return {{"loaded", report.schemas_loaded},
+          {"matter", std::move(matter)},
+          {"otherwise", std::move(effect)}};
+}
+
+Json LossesJson(const Report& report) {
+  Json losses = Json::array();
+  for (const control::Loss& loss : report.losses) {
+    losses.push_back(
+        {{"path", loss.path}, {"value", loss.value}, {"reason", loss.reason}});
+  }
+  return losses;
+}
+
+template <typename T>
+Json OrNull(const std::optional<T>& value) {
+  return value ? Json(*value) : Json();
+}
+
+Json NullIfEmpty(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
+// Bytes that are not UTF-8 become replacement characters; all that a terminal
+// would obey or hide is beyond ASCII or a control character, and so escaped.
+std::string Dump(const Json& json) {
+  constexpr bool kAsciiOnly = true;
+  return json.dump(2, ' ', kAsciiOnly, Json::error_handler_t::replace);
+}
+
+Json FailureJson(const std::optional<Failure>& failure) {
+  if (!failure) return nullptr;
+  return {{"reason", failure->reason},
+          {"details", failure->details},
+          {"advice", failure->advice},
+          {"file", NullIfEmpty(failure->file)},
+          {"line", failure->line > 0 ? Json(failure->line) : Json()},
+          {"path", NullIfEmpty(failure->path)}};
+}
+
+Json CallsJson(const Report& report) {
+  Json by_function = Json::object();
+  for (const auto& [function, calls] : report.calls_by_function) {
+    by_function[function] = calls;
+  }
+  return {{"total", report.calls},
+          {"by_function", std::move(by_function)},
+          {"last", OrNull(report.last_call)},
+          {"open_cursors", report.open_cursors}};
+}
+
+Json ChangesJson(const Report& report) {
+  Json changes = Json::array();
+  for (const ListTotals& totals : report.changes) {
+    changes.push_back({{"list", totals.list},
+                       {"created", totals.created},
+                       {"rekeyed", totals.rekeyed},
+                       {"changed", totals.changed},
+                       {"deleted", totals.deleted}});
+  }
+  return changes;
+}
+
+Json EntriesJson(const Report& report) {
+  Json entries = Json::array();
+  for (const control::EntryChange& entry : report.entries) {
+    Json leaves = Json::array();
+    for (const control::LeafChange& leaf : entry.leaves) {
+      leaves.push_back({{"leaf", leaf.leaf},
+                        {"before", OrNull(leaf.before)},
+                        {"after", OrNull(leaf.after)},
+                        {"default", OrNull(leaf.default_value)}});
+    }
+    entries.push_back({{"change", Name(entry.kind)},
+                       {"list", entry.list},
+                       {"path", entry.path},
+                       {"leaves", std::move(leaves)}});
+  }
+  return entries;
+}
+
+Json ViolationsJson(const Report& report) {
+  Json violations = Json::array();
+  for (const control::Violation& violation : report.violations) {
+    violations.push_back({{"error", violation.error},
+                          {"path", violation.path},
+                          {"reason", violation.reason}});
+  }
+  return violations;
+}
+
+Json EventJson(const LogRecord& record) {
+  return {{"kind", "log"},
+          {"call", record.call},
+          {"pass", record.pass},
+          {"text", record.text}};
+}
+
+Json EventJson(const CallRecord& call) {
+  return {{"kind", "call"},
+          {"number", call.number},
+          {"pass", call.pass},
+          {"function", call.function},
+          {"path", NullIfEmpty(call.path)},
+          {"input", NullIfEmpty(call.input)},
+          {"output", NullIfEmpty(call.output)},
+          {"result", call.result},
+          {"error", call.error},
+          {"reason", NullIfEmpty(call.reason)},
+          {"text", RenderCall(call)}};
+}
+
+Json EventsJson(const Report& report) {
+  Json events = Json::array();
+  for (const Event& event : report.journal.events()) {
+    events.push_back(
+        std::visit([](const auto& e) { return EventJson(e); }, event));
+  }
+  return events;
+}
+
+}  // namespace
+
+std::string RenderJson(const Report& report, const ReportView& view) {
+  Json json = {
+      {"config", report.config},
+      {"plugin", report.plugin},
+      {"result", OrNull(report.result)},
+      {"not_carried_over", LossesJson(report)},
+      {"log", report.journal.LogTexts()},
+      {"calls", CallsJson(report)},
+      {"changes", ChangesJson(report)},
+      {"valid", report.validated ? Json(report.violations.empty()) : Json()},
+      {"violations", ViolationsJson(report)},
+      {"schemas", SchemasJson(report)},
+      {"plugin_output", report.plugin_output}};
+  if (view.diff) json["entries"] = EntriesJson(report);
+  if (view.verbose) json["events"] = EventsJson(report);
+  std::string text = Dump(json);
+  text.resize(text.size() - std::strlen("\n}"));
+  return text;
+}
+
+std::string RenderJsonEnd(const Report& report) {
+  const Json json = {
+      {"exit_code", static_cast<int>(report.exit_code())},
+      {"outcome", Name(report.exit_code())},
+      {"error", FailureJson(report.failure)},
+      {"output", OrNull(report.output)},
+      {"format", report.format ? Json(Name(*report.format)) : Json()}};
+  return "," + Dump(json).substr(std::strlen("{")) + "\n";
+}
+
+}  // namespace kit::host
