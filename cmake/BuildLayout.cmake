@@ -9,3 +9,6 @@ set(models_subdir share/ospf-upgrade/yang)
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/share/ospf-upgrade)
 file(CREATE_LINK ${PROJECT_SOURCE_DIR}/yang
      ${PROJECT_BINARY_DIR}/${models_subdir} SYMBOLIC)
+set(rules_subdir share/ospf-upgrade/rules)
+file(CREATE_LINK ${PROJECT_SOURCE_DIR}/rules
+     ${PROJECT_BINARY_DIR}/${rules_subdir} SYMBOLIC)

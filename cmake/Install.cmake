@@ -39,6 +39,10 @@ if(BUILD_KIT)
       PATTERN *.yang)
   endforeach()
   install(
+    DIRECTORY rules/
+    DESTINATION ${rules_subdir}
+    COMPONENT host)
+  install(
     DIRECTORY examples/
     DESTINATION share/ospf-upgrade/examples
     COMPONENT host

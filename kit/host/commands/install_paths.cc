@@ -61,6 +61,13 @@ fs::path DefaultPlugin() {
                        "--plugin FILE");
 }
 
+fs::path DefaultRules(const char* file) {
+  return FirstExisting(
+      {ExecutableFolder().parent_path() / "share/ospf-upgrade/rules" / file},
+      ExitCode::kBadInput, fmt::format("the file {} was", file),
+      "--passes FILE or --rules FILE");
+}
+
 fs::path DefaultModels(const char* side) {
   return FirstExisting(
       {ExecutableFolder().parent_path() / "share/ospf-upgrade/yang" / side},

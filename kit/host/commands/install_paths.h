@@ -10,6 +10,10 @@ namespace kit::host {
 // Throws FailureError (kNotLoaded) that names the paths looked at.
 std::filesystem::path DefaultPlugin();
 
+// A file of the rules and tables that come with this program. Throws
+// FailureError (kBadInput).
+std::filesystem::path DefaultRules(const char* file);
+
 // side is "before" or "after". Throws FailureError (kBadInput).
 std::filesystem::path DefaultModels(const char* side);
 
