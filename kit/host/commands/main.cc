@@ -2,16 +2,20 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "kit/host/commands/install_paths.h"
 #include "kit/host/commands/options.h"
@@ -23,12 +27,15 @@
 #include "kit/host/process/output_file.h"
 #include "kit/host/process/supervisor.h"
 #include "kit/host/report/report.h"
+#include "kit/host/report/verdict.h"
 #include "kit/host/text.h"
 
 namespace kit::host {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr char kPasses[] = "ospf-passes.json";
 
 // Keeps what comes in and shows that something is happening.
 class RunListener : public Listener {
@@ -77,6 +84,23 @@ FILE* ReportStream(const RunOptions& options) {
   return options.output == "-" ? stderr : stdout;
 }
 
+// Throws FailureError for a file that is none.
+std::string ReadWhole(const fs::path& path) {
+  std::error_code error;
+  std::ifstream file(path, std::ios::binary);
+  std::string text((std::istreambuf_iterator<char>(file)),
+                   std::istreambuf_iterator<char>());
+  if (fs::is_regular_file(path, error) && file && !file.bad()) return text;
+  throw FailureError({ExitCode::kBadInput, "cannot be read",
+                      "name a file that can be read", path.string()});
+}
+
+PassTable ReadPasses(const RunOptions& options) {
+  const fs::path path =
+      options.passes ? fs::path(*options.passes) : DefaultRules(kPasses);
+  return ParsePasses(ReadWhole(path), path.string());
+}
+
 WorkerTask MakeTask(const RunOptions& options) {
   WorkerTask task;
   task.config = options.config;
@@ -92,7 +116,8 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.format = options.format;
   task.schemas_loaded = options.schemas_loaded;
   task.timeout_s = options.timeout_s;
-  task.recording = {options.verbose, !options.quiet};
+  task.passes = ReadPasses(options);
+  task.recording = {options.trace, !options.quiet};
   task.count_changes = !options.quiet;
   task.send_entries = options.diff;
   return task;
@@ -162,6 +187,39 @@ std::optional<LogFile> OpenLog(const RunOptions& options,
   return std::optional<LogFile>(std::in_place, *options.log, options.force);
 }
 
+constexpr size_t kShownRecords = 3;
+
+// Adds to a failure of the upgrade where it was, what came before it, and what
+// it means for the device.
+void AddContext(Report& report) {
+  if (!report.failure) return;
+  Failure& failure = *report.failure;
+  if (failure.code != ExitCode::kPluginFailed &&
+      failure.code != ExitCode::kPluginDied &&
+      failure.code != ExitCode::kInvalidResult) {
+    return;
+  }
+  std::vector<std::string> context;
+  if (failure.code != ExitCode::kInvalidResult) {
+    const std::string pass = LastPass(report);
+    if (!pass.empty()) context.push_back("where: " + pass);
+    const std::vector<std::string> log = report.journal.LogTexts();
+    const size_t shown = std::min(log.size(), kShownRecords);
+    for (size_t i = log.size() - shown; i < log.size(); ++i) {
+      context.push_back("log: " + std::string(WithoutLastNewline(log[i])));
+    }
+    const CallRecord failed = report.journal.LastFailure();
+    if (failed.number > 0 && failure.code == ExitCode::kPluginFailed) {
+      context.push_back(fmt::format("last failed ConfD call, number {}: {}",
+                                    failed.number, RenderCall(failed)));
+    }
+  }
+  failure.details.insert(failure.details.begin(), context.begin(),
+                         context.end());
+  failure.details.push_back(
+      "device: gives the upgrade up and keeps its configuration as it was");
+}
+
 void CommitOutput(const RunOptions& options, OutputFile& output,
                   Report& report) {
   try {
@@ -189,17 +247,19 @@ void Upgrade(const RunOptions& options, Run& run) {
   task.has_output = run.output.has_value();
   Journal journal;
   {
-    const bool keep_calls = options.verbose && options.json;
+    const bool keep_calls = options.trace && options.json;
     RunListener listener(
         journal, keep_calls, log ? &*log : nullptr,
-        options.verbose && !options.json ? ReportStream(options) : nullptr,
-        !options.quiet && !options.verbose);
+        options.trace && !options.json ? ReportStream(options) : nullptr,
+        !options.quiet && !options.trace);
     run.report = Report(Supervise(
         task,
         {options.timeout_s, keep_calls, run.output ? run.output->fd() : -1},
         listener));
   }
   run.report.journal = std::move(journal);
+  run.report.passes = task.passes;
+  AddContext(run.report);
   if (!run.report.failure && log) run.report.failure = log->failure();
 }
 
@@ -229,7 +289,12 @@ class ReportPrinter {
 
   // False if it could not be delivered.
   bool Print() const {
-    const ReportView view{options_.verbose, options_.diff};
+    ReportView view;
+    view.log = options_.show_log;
+    view.details = options_.details;
+    view.diff = options_.diff;
+    view.events = options_.trace;
+    view.screen = Screen::Of(fileno(stream_));
     return Deliver(options_.json ? RenderJson(report_, view)
                                  : RenderText(report_, view));
   }

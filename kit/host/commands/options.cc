@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
+#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -17,6 +18,9 @@
 namespace kit::host {
 namespace {
 
+// The value of --log without one; no file's name.
+constexpr char kShowLog[] = "-";
+
 constexpr char kExitCodes[] =
     "Exit codes:\n"
     "  0    success\n"
@@ -28,6 +32,7 @@ constexpr char kExitCodes[] =
     "  4    the plug-in could not be loaded\n"
     "  5    the plug-in aborted, crashed, hung or broke what it runs in\n"
     "  6    the output, the log or the report could not be written\n"
+    "  7    --strict, and there is something to look at\n"
     "  70   internal error of this program, or no more time, CPU time, "
     "memory,\n"
     "       processes or open files\n"
@@ -36,16 +41,19 @@ constexpr char kExitCodes[] =
     "to standard output stays there.";
 
 constexpr char kJsonKeys[] =
-    "Keys of the --json report: config, plugin, result (of update),\n"
+    "Keys of the --json report: config, device, plugin, result (of update),\n"
+    "findings (rule, severity, message, count, places, advice, section),\n"
+    "passes (pass, name, calls, changes, failed_calls),\n"
     "not_carried_over (path, value, reason), log (records of the plug-in),\n"
     "calls (total, by_function, last, open_cursors), changes (list, created,\n"
-    "changed, deleted), valid, violations (error, path, reason), schemas\n"
+    "rekeyed, changed, deleted, moved), valid, violations (error, path, "
+    "reason), schemas\n"
     "(loaded, matter, otherwise: what comes of the run the other way),\n"
     "plugin_output, exit_code, outcome, error (reason, details, advice, file,\n"
     "line, path), output, format; null is what does not apply or is not "
     "known.\n"
     "With --diff also entries (change, list, path, leaves: leaf, before,\n"
-    "after, and the default that holds where one is null), with --verbose\n"
+    "after, and the default that holds where one is null), with --trace\n"
     "also events (log records and calls in their order).";
 
 // The hashes that the device family's data-model compiler gave modules of the
@@ -100,11 +108,18 @@ std::string CheckNotEmpty(const std::string& text) {
   return text.empty() ? "an empty name names no file" : "";
 }
 
-std::string CheckLogName(const std::string& text) {
-  if (text != "-") return CheckNotEmpty(text);
-  return "- names no file; the report has the log, and /dev/stderr takes it "
-         "as it comes";
-}
+// Shows how the value of --log is given.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_name(const CLI::Option* option,
+                               bool is_positional) const override {
+    std::string name = Formatter::make_option_name(option, is_positional);
+    const std::string value = std::string("{") + kShowLog + "}";
+    const size_t at = name.find(value);
+    if (at != std::string::npos) name.replace(at, value.size(), "[=FILE]");
+    return name;
+  }
+};
 
 void AddFiles(CLI::App& run, RunOptions& options) {
   run.add_option("CONFIG", options.config,
@@ -126,17 +141,19 @@ void AddFiles(CLI::App& run, RunOptions& options) {
   run.add_flag("--force", options.force,
                "Replace the FILE of -o or --log if it exists; the new output "
                "gets its owner, group and permissions");
-  run.add_option("--log", options.log,
-                 "Write the plug-in's log records to FILE, one per line, as "
-                 "they come")
-      ->type_name("FILE")
-      ->check(CheckLogName);
 }
 
-void AddUpgrade(CLI::App& run, RunOptions& options,
-                std::vector<std::string>& namespaces, std::string& format,
-                std::string& schemas) {
-  run.add_option("--format", format,
+// What the command line says that is not an option's value as it stands.
+struct Raw {
+  std::vector<std::string> namespaces;
+  std::string format;
+  std::string schemas;
+  std::string log;
+  bool verbose = false;
+};
+
+void AddUpgrade(CLI::App& run, RunOptions& options, Raw& raw) {
+  run.add_option("--format", raw.format,
                  "Format of the output; the input's by default")
       ->type_name("xml|json")
       ->check(CLI::IsMember({"xml", "json"}).description(""));
@@ -153,13 +170,13 @@ void AddUpgrade(CLI::App& run, RunOptions& options,
                  "Folder with the data models after the upgrade")
       ->type_name("DIR")
       ->check(CheckNotEmpty);
-  run.add_option("--namespace", namespaces,
+  run.add_option("--namespace", raw.namespaces,
                  "Namespace hash of a module, decimal or 0x...; may be "
                  "repeated")
       ->type_name("MODULE=HASH")
       ->allow_extra_args(false)
       ->check(CheckNamespace);
-  run.add_option("--schemas", schemas,
+  run.add_option("--schemas", raw.schemas,
                  "Whether the plug-in finds ConfD's schemas loaded into its "
                  "process, which is up to a device's upgrade framework; "
                  "loaded by default")
@@ -175,19 +192,63 @@ void AddUpgrade(CLI::App& run, RunOptions& options,
       ->check(CheckTimeout);
 }
 
-void AddReport(CLI::App& run, RunOptions& options) {
+void AddReport(CLI::App& run, RunOptions& options, Raw& raw) {
   CLI::Option* quiet =
       run.add_flag("--quiet", options.quiet, "Print errors only");
+  run.add_flag(
+      std::string("--log{") + kShowLog + "}", raw.log,
+      "Show the plug-in's log; --log=FILE writes it to FILE, one record per "
+      "line, as they come");
+  CLI::Option* trace =
+      run.add_flag("--trace", options.trace,
+                   "Print every ConfD call and log record as it happens");
   CLI::Option* verbose = run.add_flag(
-      "--verbose", options.verbose,
-      "Print every ConfD call as it happens, and how often each was made");
+      "--verbose", raw.verbose,
+      "--log and --trace, and for each finding where and what to do about it");
   CLI::Option* diff =
       run.add_flag("--diff", options.diff,
                    "Print every entry that the plug-in created (+), deleted "
                    "(-) or changed (~)");
   CLI::Option* json = run.add_flag("--json", options.json,
                                    "Print the report as one JSON object");
-  quiet->excludes(verbose)->excludes(diff)->excludes(json);
+  quiet->excludes(trace)->excludes(verbose)->excludes(diff)->excludes(json);
+  run.add_flag("--strict", options.strict,
+               "Findings that ask for a look, or to stop, are a failure (exit "
+               "code 7)");
+  run.add_option("--passes", options.passes,
+                 "Table of the passes of another plug-in, by what it logs at "
+                 "their start and end (docs/findings.md)")
+      ->type_name("FILE")
+      ->check(CheckNotEmpty);
+}
+
+void TakeRaw(const Raw& raw, RunOptions& options) {
+  if (!raw.format.empty()) {
+    options.format =
+        raw.format == "xml" ? control::Format::kXml : control::Format::kJson;
+  }
+  options.schemas_loaded = raw.schemas != "none";
+  options.namespace_hashes = DeviceNamespaceHashes();
+  for (const std::string& text : raw.namespaces) {
+    const auto hash = ParseNamespace(text);
+    options.namespace_hashes[hash->first] = hash->second;
+    options.named_modules.push_back(hash->first);
+  }
+  options.show_log = raw.verbose || raw.log == kShowLog;
+  if (!raw.log.empty() && raw.log != kShowLog) options.log = raw.log;
+  options.trace = options.trace || raw.verbose;
+  options.details = raw.verbose;
+}
+
+// Whether a word that is no option follows --log, which would be its file if
+// --log alone did not mean something else.
+bool HasDetachedLogFile(int argc, const char* const* argv) {
+  for (int i = 1; i + 1 < argc; ++i) {
+    if (std::string_view(argv[i]) == "--log" && *argv[i + 1] != '-') {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -202,19 +263,18 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
       "named, plug-in and data models are those of OSPF.",
       "ospf-upgrade");
   app.set_version_flag("--version", "ospf-upgrade " KIT_VERSION);
+  app.formatter(std::make_shared<HelpFormatter>());
   app.require_subcommand(0, 1);  // checked below, with a better message
   app.footer(kExitCodes);
 
   RunOptions options;
-  std::vector<std::string> namespaces;
-  std::string format;
-  std::string schemas;
+  Raw raw;
   CLI::App* run =
       app.add_subcommand("run", "Run the plug-in on one configuration");
   run->footer(std::string(kExitCodes) + "\n\n" + kJsonKeys);
   AddFiles(*run, options);
-  AddUpgrade(*run, options, namespaces, format, schemas);
-  AddReport(*run, options);
+  AddUpgrade(*run, options, raw);
+  AddReport(*run, options, raw);
 
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return OneLine(error.what()) + "\nRun with --help for more information.\n";
@@ -222,7 +282,12 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    if (app.exit(error, out, err) != 0) return ExitCode::kBadInput;
+    if (app.exit(error, out, err) != 0) {
+      if (HasDetachedLogFile(argc, argv)) {
+        err << "The file for the log is given as --log=FILE.\n";
+      }
+      return ExitCode::kBadInput;
+    }
     return out.flush() ? ExitCode::kSuccess : ExitCode::kOutputFailed;
   }
   if (!run->parsed()) {
@@ -230,17 +295,7 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
            "Run with --help for more information.\n";
     return ExitCode::kBadInput;
   }
-  if (!format.empty()) {
-    options.format =
-        format == "xml" ? control::Format::kXml : control::Format::kJson;
-  }
-  options.schemas_loaded = schemas != "none";
-  options.namespace_hashes = DeviceNamespaceHashes();
-  for (const std::string& text : namespaces) {
-    const auto hash = ParseNamespace(text);
-    options.namespace_hashes[hash->first] = hash->second;
-    options.named_modules.push_back(hash->first);
-  }
+  TakeRaw(raw, options);
   return options;
 }
 

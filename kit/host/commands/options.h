@@ -28,9 +28,14 @@ struct RunOptions {
   std::vector<std::string> named_modules;  // of them, those of the command line
   bool schemas_loaded = true;
   double timeout_s = 60;  // of the plug-in and of each other step; 0: none
-  std::optional<std::string> log;
+  std::optional<std::string> passes;  // file with the table of passes
+  std::optional<std::string> log;     // file that takes the records
+  bool strict = false;                // what needs a look is a failure
+  // What is shown besides the first screen.
   bool quiet = false;
-  bool verbose = false;
+  bool show_log = false;
+  bool trace = false;
+  bool details = false;
   bool diff = false;
   bool json = false;
 };

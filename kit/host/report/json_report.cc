@@ -28,6 +28,8 @@ const char* Name(ExitCode code) {
       return "plugin-died";
     case ExitCode::kOutputFailed:
       return "output-failed";
+    case ExitCode::kNeedsALook:
+      return "needs-a-look";
     case ExitCode::kInternal:
       return "internal-error";
   }
@@ -108,16 +110,72 @@ Json CallsJson(const Report& report) {
           {"open_cursors", report.open_cursors}};
 }
 
-Json ChangesJson(const Report& report) {
+Json ListsJson(const std::vector<ListTotals>& lists) {
   Json changes = Json::array();
-  for (const ListTotals& totals : report.changes) {
+  for (const ListTotals& totals : lists) {
     changes.push_back({{"list", totals.list},
                        {"created", totals.created},
                        {"rekeyed", totals.rekeyed},
                        {"changed", totals.changed},
-                       {"deleted", totals.deleted}});
+                       {"deleted", totals.deleted},
+                       {"moved", totals.moved}});
   }
   return changes;
+}
+
+const char* Name(Severity severity) {
+  switch (severity) {
+    case Severity::kNote:
+      return "note";
+    case Severity::kLook:
+      return "look";
+    case Severity::kStop:
+      return "stop";
+  }
+  return "unknown";
+}
+
+Json FindingsJson(const Report& report) {
+  Json findings = Json::array();
+  for (const Finding& finding : report.findings) {
+    findings.push_back({{"rule", finding.rule},
+                        {"severity", Name(finding.severity)},
+                        {"message", finding.message},
+                        {"count", finding.count},
+                        {"places", finding.places},
+                        {"advice", NullIfEmpty(finding.advice)},
+                        {"section", NullIfEmpty(finding.section)}});
+  }
+  return findings;
+}
+
+Json FailuresJson(const PassTotals& pass) {
+  Json failures = Json::array();
+  for (const FailedCalls& failed : pass.failures) {
+    failures.push_back({{"function", failed.function},
+                        {"node", NullIfEmpty(failed.node)},
+                        {"error", failed.error},
+                        {"count", failed.count},
+                        {"number", failed.number},
+                        {"path", NullIfEmpty(failed.path)},
+                        {"reason", NullIfEmpty(failed.reason)}});
+  }
+  return failures;
+}
+
+// What lies outside of all passes has the number 0 and no name.
+Json PassesJson(const Report& report) {
+  Json passes = Json::array();
+  for (const PassTotals& pass : report.journal.passes()) {
+    const bool is_named = pass.pass > 0 && pass.pass <= report.passes.size();
+    passes.push_back(
+        {{"pass", pass.pass},
+         {"name", is_named ? Json(report.passes[pass.pass - 1].name) : Json()},
+         {"calls", pass.calls},
+         {"changes", ListsJson(pass.lists)},
+         {"failed_calls", FailuresJson(pass)}});
+  }
+  return passes;
 }
 
 Json EntriesJson(const Report& report) {
@@ -183,18 +241,21 @@ Json EventsJson(const Report& report) {
 std::string RenderJson(const Report& report, const ReportView& view) {
   Json json = {
       {"config", report.config},
+      {"device", NullIfEmpty(report.device)},
       {"plugin", report.plugin},
       {"result", OrNull(report.result)},
+      {"findings", FindingsJson(report)},
+      {"passes", PassesJson(report)},
       {"not_carried_over", LossesJson(report)},
       {"log", report.journal.LogTexts()},
       {"calls", CallsJson(report)},
-      {"changes", ChangesJson(report)},
+      {"changes", ListsJson(ListsOf(report))},
       {"valid", report.validated ? Json(report.violations.empty()) : Json()},
       {"violations", ViolationsJson(report)},
       {"schemas", SchemasJson(report)},
       {"plugin_output", report.plugin_output}};
   if (view.diff) json["entries"] = EntriesJson(report);
-  if (view.verbose) json["events"] = EventsJson(report);
+  if (view.events) json["events"] = EventsJson(report);
   std::string text = Dump(json);
   text.resize(text.size() - std::strlen("\n}"));
   return text;

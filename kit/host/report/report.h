@@ -10,8 +10,11 @@
 
 #include "kit/confd/control/control.h"
 #include "kit/host/failure.h"
+#include "kit/host/finding.h"
 #include "kit/host/journal/journal.h"
+#include "kit/host/passes.h"
 #include "kit/host/process/outcome.h"
+#include "kit/host/report/screen.h"
 
 namespace kit::host {
 
@@ -19,16 +22,25 @@ struct Report : Outcome {
   Report() = default;
   explicit Report(Outcome outcome) : Outcome(std::move(outcome)) {}
 
+  std::string device;  // what it is called, "router r1"; "" if unknown
   Journal journal;
+  PassTable passes;                   // that the journal's numbers refer to
+  std::vector<Finding> findings;      // the most severe first
   std::optional<std::string> output;  // where the result was written
   bool partly_written = false;        // to standard output
   uint64_t output_size = 0;
 };
 
 struct ReportView {
-  bool verbose = false;
-  bool diff = false;
+  bool log = false;      // the records
+  bool details = false;  // of findings; how often each call was made
+  bool diff = false;     // each entry
+  bool events = false;   // log records and calls in their order (JSON)
+  Screen screen = {};
 };
+
+// What changed, by list: the comparison's, and the moves that passes made.
+std::vector<ListTotals> ListsOf(const Report& report);
 
 // A report has two parts: what is known before the output is put in its place,
 // and what came of that. So the first can be delivered while a failure still
@@ -50,6 +62,10 @@ std::string RenderCall(const CallRecord& call);
 
 // One line for each constraint that the result breaks.
 std::string RenderViolations(const std::vector<control::Violation>& violations);
+
+// One line for each finding, without the section below.
+std::string RenderFindings(const std::vector<Finding>& findings,
+                           const ReportView& view);
 
 // One entry of --diff.
 std::string RenderEntry(const control::EntryChange& entry);

@@ -5,10 +5,15 @@
 
 #include "kit/host/report/report.h"
 #include "kit/host/report/schemas_effect.h"
+#include "kit/host/report/verdict.h"
 #include "kit/host/text.h"
 
 namespace kit::host {
 namespace {
+
+using Color = Screen::Color;
+
+constexpr char kDot[] = "\u00b7";
 
 char Mark(control::ChangeKind kind) {
   switch (kind) {
@@ -20,6 +25,97 @@ char Mark(control::ChangeKind kind) {
       return '-';
   }
   return '?';
+}
+
+const char* WordFor(Severity severity) {
+  switch (severity) {
+    case Severity::kNote:
+      return "note";
+    case Severity::kLook:
+      return "look";
+    case Severity::kStop:
+      return "stop";
+  }
+  return "";
+}
+
+Color ColorOf(Severity severity) {
+  switch (severity) {
+    case Severity::kNote:
+      return Color::kDim;
+    case Severity::kLook:
+      return Color::kYellow;
+    case Severity::kStop:
+      return Color::kRed;
+  }
+  return Color::kDim;
+}
+
+// The device by its name, if it has one, and the configuration's file.
+void AppendHeadline(const Report& report, const Screen& screen,
+                    std::string& text) {
+  const std::string config = OneLine(report.config);
+  const std::string subject =
+      report.device.empty()
+          ? config
+          : fmt::format("{} ({})", OneLine(report.device), config);
+  const bool is_clean =
+      !report.failure &&
+      std::none_of(report.findings.begin(), report.findings.end(),
+                   [](const Finding& finding) {
+                     return finding.severity == Severity::kStop;
+                   });
+  text +=
+      screen.Painted(Color::kBold, subject + ": ") +
+      screen.Painted(is_clean ? Color::kGreen : Color::kRed, Verdict(report)) +
+      "\n";
+}
+
+std::string PassSummary(const PassTotals& pass) {
+  ListTotals sum;
+  for (const ListTotals& list : pass.lists) {
+    sum.created += list.created;
+    sum.rekeyed += list.rekeyed;
+    sum.changed += list.changed;
+    sum.deleted += list.deleted;
+    sum.moved += list.moved;
+  }
+  std::string text;
+  const auto add = [&text](uint64_t count, const char* what) {
+    if (count == 0) return;
+    if (!text.empty()) text += ", ";
+    text += fmt::format("{} {}", count, what);
+  };
+  add(sum.rekeyed, "re-keyed");
+  add(sum.created, "created");
+  add(sum.changed, "changed");
+  add(sum.deleted, "deleted");
+  add(sum.moved, "moved");
+  return text;
+}
+
+// Passes that changed something.
+void AppendPasses(const Report& report, const Screen& screen,
+                  std::string& text) {
+  std::string line;
+  for (const PassTotals& pass : report.journal.passes()) {
+    const std::string summary = PassSummary(pass);
+    if (summary.empty() || pass.pass > report.passes.size()) continue;
+    if (!line.empty()) line += fmt::format(" {} ", kDot);
+    line += pass.pass == 0
+                ? "outside of them"
+                : fmt::format("{} {}", pass.pass,
+                              OneLine(report.passes[pass.pass - 1].name));
+    line += "  " + summary;
+  }
+  // A plug-in whose passes nobody named has none to show.
+  const bool has_passes = !report.journal.passes().empty() &&
+                          report.journal.passes().back().pass > 0;
+  if (!has_passes) return;
+  constexpr size_t kMargin = 9;
+  text += Wrapped("Passes:  " + (line.empty() ? "no changes" : line),
+                  screen.width, kMargin) +
+          "\n";
 }
 
 void AppendLog(const Report& report, std::string& text) {
@@ -41,17 +137,12 @@ void AppendPluginOutput(const Report& report, std::string& text) {
   text += Indent(report.plugin_output, "  ");
 }
 
-void AppendResult(const Report& report, std::string& text) {
-  if (report.result) {
-    text += fmt::format("Result: update returned {}\n", *report.result);
-  } else {
-    text += "Result: none, update did not return\n";
-  }
-}
-
-void AppendCalls(const Report& report, bool by_function, std::string& text) {
-  text += fmt::format("ConfD calls: {}\n", report.calls);
-  if (by_function) {
+void AppendCalls(const Report& report, const ReportView& view,
+                 std::string& text) {
+  text += fmt::format("ConfD calls: {}", report.calls);
+  if (!view.details) text += " (--trace shows them)";
+  text += "\n";
+  if (view.details) {
     for (const auto& [function, calls] : report.calls_by_function) {
       text += fmt::format("  {:<24} {:>10}\n", OneLine(function), calls);
     }
@@ -62,22 +153,70 @@ void AppendCalls(const Report& report, bool by_function, std::string& text) {
   }
 }
 
-void AppendChanges(const Report& report, std::string& text) {
+// What became of the entries, in a sentence.
+std::string ChangesSentence(const std::vector<ListTotals>& lists) {
+  ListTotals sum;
+  for (const ListTotals& list : lists) {
+    sum.created += list.created;
+    sum.rekeyed += list.rekeyed;
+    sum.changed += list.changed;
+    sum.deleted += list.deleted;
+    sum.moved += list.moved;
+  }
+  std::string text;
+  const auto add = [&text](uint64_t count, const char* one, const char* many) {
+    if (count == 0) return;
+    text += text.empty() ? Counted(count, "entry ", "entries ")
+                         : fmt::format(", {} ", count);
+    text += count == 1 ? one : many;
+  };
+  add(sum.rekeyed, "got another key", "got another key");
+  add(sum.created, "is new", "are new");
+  add(sum.changed, "changed", "changed");
+  add(sum.deleted, "is gone", "are gone");
+  add(sum.moved, "moved", "moved");
+  return text;
+}
+
+// A path in so many columns; a longer one loses its middle.
+std::string Fitted(const std::string& path, size_t columns) {
+  constexpr size_t kLeast = 20;
+  if (columns < kLeast || path.size() <= columns) return path;
+  return "..." + path.substr(path.size() - (columns - 3));
+}
+
+void AppendChanges(const Report& report, const Screen& screen,
+                   std::string& text) {
   if (!report.compared) return;
-  if (report.changes.empty()) {
+  const std::vector<ListTotals> lists = ListsOf(report);
+  if (lists.empty()) {
     text += "Changes: none\n";
     return;
   }
+  const bool any_moved =
+      std::any_of(lists.begin(), lists.end(),
+                  [](const ListTotals& list) { return list.moved > 0; });
+  const size_t numbers = any_moved ? 52 : 42;
+  const size_t room =
+      screen.width > numbers ? screen.width - numbers : size_t{0};
   size_t width = 4;
-  for (const ListTotals& totals : report.changes) {
-    width = std::max(width, OneLine(totals.list).size());
+  std::vector<std::string> names;
+  for (const ListTotals& totals : lists) {
+    names.push_back(Fitted(OneLine(totals.list), room));
+    width = std::max(width, ColumnsOf(names.back()));
   }
-  text += fmt::format("Changes:\n  {:<{}} {:>9} {:>9} {:>9} {:>9}\n", "list",
-                      width, "created", "re-keyed", "changed", "deleted");
-  for (const ListTotals& totals : report.changes) {
-    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9} {:>9}\n",
-                        OneLine(totals.list), width, totals.created,
-                        totals.rekeyed, totals.changed, totals.deleted);
+  text += fmt::format("Changes: {}\n", ChangesSentence(lists));
+  const auto row = [&](const std::string& name, auto created, auto rekeyed,
+                       auto changed, auto deleted, auto moved) {
+    text += fmt::format("  {:<{}} {:>9} {:>9} {:>9} {:>9}", name, width,
+                        created, rekeyed, changed, deleted);
+    if (any_moved) text += fmt::format(" {:>9}", moved);
+    text += "\n";
+  };
+  row("list", "created", "re-keyed", "changed", "deleted", "moved");
+  for (size_t i = 0; i < lists.size(); ++i) {
+    row(names[i], lists[i].created, lists[i].rekeyed, lists[i].changed,
+        lists[i].deleted, lists[i].moved);
   }
 }
 
@@ -133,6 +272,24 @@ void AppendValidation(const Report& report, std::string& text) {
 
 }  // namespace
 
+std::vector<ListTotals> ListsOf(const Report& report) {
+  std::vector<ListTotals> lists = report.changes;
+  for (const PassTotals& pass : report.journal.passes()) {
+    for (const ListTotals& moved : pass.lists) {
+      if (moved.moved == 0) continue;
+      auto at = std::find_if(
+          lists.begin(), lists.end(),
+          [&](const ListTotals& list) { return list.list == moved.list; });
+      if (at == lists.end()) {
+        lists.push_back({moved.list});
+        at = std::prev(lists.end());
+      }
+      at->moved += moved.moved;
+    }
+  }
+  return lists;
+}
+
 std::string RenderFailure(const Failure& failure) {
   std::string text = "ospf-upgrade: ";
   if (!failure.file.empty()) text += OneLine(failure.file) + ": ";
@@ -181,23 +338,72 @@ std::string RenderEntry(const control::EntryChange& entry) {
   return text;
 }
 
+std::string RenderFindings(const std::vector<Finding>& findings,
+                           const ReportView& view) {
+  size_t id_width = 0;
+  for (const Finding& finding : findings) {
+    id_width = std::max(id_width, ColumnsOf(OneLine(finding.rule)));
+  }
+  const size_t indent = 8 + id_width;
+  std::string text;
+  for (const Finding& finding : findings) {
+    std::string message = OneLine(finding.message);
+    if (!finding.unit.empty()) {
+      message += fmt::format(" ({})", OneLine(finding.unit));
+    }
+    if (!finding.section.empty()) message += "   " + OneLine(finding.section);
+    const std::string rule = OneLine(finding.rule);
+    const std::string blanks(id_width - ColumnsOf(rule) + 2, ' ');
+    const size_t width = view.screen.width;
+    text += " " +
+            view.screen.Painted(ColorOf(finding.severity),
+                                WordFor(finding.severity)) +
+            "  " + rule + blanks;
+    // What is painted takes no columns, so that only the message is wrapped.
+    const std::string lines =
+        Wrapped(message, width > indent + 20 ? width - indent : 0, 0);
+    for (const char c : lines) {
+      text += c;
+      if (c == '\n') text += std::string(indent, ' ');
+    }
+    text += "\n";
+    if (!view.details) continue;
+    const std::string margin(indent, ' ');
+    for (const std::string& place : finding.places) {
+      text += margin + OneLine(place) + "\n";
+    }
+    if (finding.count > finding.places.size() && !finding.places.empty()) {
+      text += fmt::format("{}... and {} more\n", margin,
+                          finding.count - finding.places.size());
+    }
+    if (!finding.advice.empty()) {
+      text +=
+          fmt::format("{}What to do: {}.\n", margin, OneLine(finding.advice));
+    }
+  }
+  return text;
+}
+
 std::string RenderText(const Report& report, const ReportView& view) {
-  std::string text =
-      fmt::format("Configuration: {}\nPlug-in: {}\n", OneLine(report.config),
-                  OneLine(report.plugin));
-  AppendLosses(report, view.diff, text);
-  AppendLog(report, text);
+  std::string text;
+  AppendHeadline(report, view.screen, text);
+  text += RenderFindings(report.findings, view);
+  if (view.details) {
+    text += fmt::format("Plug-in: {}\n", OneLine(report.plugin));
+  }
+  AppendPasses(report, view.screen, text);
+  if (view.log) AppendLog(report, text);
   AppendPluginOutput(report, text);
-  AppendResult(report, text);
-  AppendCalls(report, view.verbose, text);
-  AppendChanges(report, text);
+  AppendChanges(report, view.screen, text);
   if (view.diff) {
     for (const control::EntryChange& entry : report.entries) {
       text += RenderEntry(entry);
     }
   }
+  AppendLosses(report, view.diff, text);
   AppendValidation(report, text);
   AppendSchemas(report, text);
+  AppendCalls(report, view, text);
   return text;
 }
 
