@@ -16,13 +16,13 @@ std::string Example(const std::string& name) {
 }
 
 TEST_F(InstalledTest, PluginAndModelsAreFoundBesideTheProgram) {
-  const Outcome outcome = Run({"run", Example("no-ospf.xml")});
+  const Outcome outcome = Run({"run", Example("no-ospf.xml"), "--verbose"});
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   EXPECT_THAT(
       outcome.out,
       AllOf(HasSubstr("libquellix_ext_ospf_prot_update.so\n"),
             HasSubstr("Current database doesn't have OSPF, returning"),
-            HasSubstr("ConfD calls: 3\n"), HasSubstr("Changes: none\n")));
+            HasSubstr("\nConfD calls: 3\n"), HasSubstr("Changes: none\n")));
 }
 
 TEST_F(InstalledTest, TheExamplesComeOutValid) {

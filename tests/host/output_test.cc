@@ -350,7 +350,7 @@ TEST_F(OutputTest, AMinusIsStandardOutputAndTheReportGoesElsewhere) {
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   EXPECT_EQ(nlohmann::json::parse(outcome.out, nullptr, false).dump(),
             kResultJson);
-  EXPECT_THAT(outcome.err, AllOf(HasSubstr("update returned 0"),
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("upgrade succeeds"),
                                  HasSubstr("Written: standard output")));
 }
 
@@ -442,9 +442,9 @@ TEST_F(OutputTest, ASignalDuringTheRunLeavesNothingBehind) {
        {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM,
         SIGPROF, SIGIO, SIGPWR, SIGSTKFLT, SIGXCPU, SIGPIPE, SIGABRT, SIGTRAP,
         SIGSYS, SIGRTMIN, SIGRTMAX}) {
-    const pid_t host = Start(
-        DemoArgs("hangs", {Config(), "-o", Path("out"), "--log", Path("log")}),
-        {});
+    const pid_t host = Start(DemoArgs("hangs", {Config(), "-o", Path("out"),
+                                                "--log=" + Path("log")}),
+                             {});
     ASSERT_TRUE(WaitFor("log", "started "));
     EXPECT_THAT(NewFiles(), ElementsAre("log"));
     kill(host, signal);
@@ -460,9 +460,9 @@ TEST_F(OutputTest, BeingKilledDuringTheRunLeavesNothingBehind) {
        {std::vector<Refusal>(), NoUnnamedFiles()}) {
     Launch launch;
     launch.refusals = refusals;
-    const pid_t host = Start(
-        DemoArgs("pauses", {Config(), "-o", Path("out"), "--log", Path("log")}),
-        launch);
+    const pid_t host = Start(DemoArgs("pauses", {Config(), "-o", Path("out"),
+                                                 "--log=" + Path("log")}),
+                             launch);
     ASSERT_TRUE(WaitFor("log", "started"));
     kill(host, SIGKILL);
     EXPECT_EQ(Finish(host).exit_code, 128 + SIGKILL);
@@ -511,7 +511,7 @@ TEST_F(OutputTest, ASignalThatWasIgnoredAtTheStartStaysIgnored) {
   Launch launch;
   launch.ignored_signals = {SIGHUP, SIGINT};
   const pid_t host =
-      Start(DemoArgs("hangs", {Config(), "--log", Path("log")}), launch);
+      Start(DemoArgs("hangs", {Config(), "--log=" + Path("log")}), launch);
   ASSERT_TRUE(WaitFor("log", "started "));
   for (const int signal : launch.ignored_signals) kill(host, signal);
   kill(host, SIGTERM);
@@ -520,7 +520,7 @@ TEST_F(OutputTest, ASignalThatWasIgnoredAtTheStartStaysIgnored) {
 
 TEST_F(OutputTest, ASignalEndsThePluginAndWhatItStarted) {
   const pid_t host = Start(
-      DemoArgs("hangs", {Config(), "--log", Path("log"), "--timeout", "0"}),
+      DemoArgs("hangs", {Config(), "--log=" + Path("log"), "--timeout", "0"}),
       {});
   ASSERT_TRUE(WaitFor("log", "started "));
   kill(host, SIGTERM);
@@ -539,13 +539,13 @@ TEST_F(OutputTest, AReaderThatGoesAwayLeavesNothingBehind) {
 }
 
 TEST_F(OutputTest, RecordsBeforeACrashAreInTheLog) {
-  const Outcome outcome = RunDemo("aborts", {Config(), "--log", Path("log")});
+  const Outcome outcome = RunDemo("aborts", {Config(), "--log=" + Path("log")});
   EXPECT_EQ(outcome.exit_code, 5) << outcome;
   EXPECT_EQ(Read("log"), "before the assertion\n");
 }
 
 TEST_F(OutputTest, EachRecordIsOneLineOfTheLog) {
-  RunDemo("many_records", {Config(), "--log", Path("log")});
+  RunDemo("many_records", {Config(), "--log=" + Path("log")});
   const std::string log = Read("log");
   EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2001);
   EXPECT_THAT(log, StartsWith("record 0\nrecord 1\n"));
@@ -555,14 +555,14 @@ TEST_F(OutputTest, EachRecordIsOneLineOfTheLog) {
 TEST_F(OutputTest, ALogThatExistsIsReplacedWithForceAlone) {
   Write("log", "precious\n");
   const Outcome kept =
-      RunDemo("well_behaved", {Config(), "--log", Path("log")});
+      RunDemo("well_behaved", {Config(), "--log=" + Path("log")});
   EXPECT_EQ(kept.exit_code, 6) << kept;
   EXPECT_THAT(kept.err, AllOf(HasSubstr(Path("log") + ": exists already\n"),
                               HasSubstr("give --force to replace it")));
   EXPECT_EQ(Read("log"), "precious\n");
 
   const Outcome replaced =
-      RunDemo("well_behaved", {Config(), "--log", Path("log"), "--force"});
+      RunDemo("well_behaved", {Config(), "--log=" + Path("log"), "--force"});
   EXPECT_EQ(replaced.exit_code, 0) << replaced;
   EXPECT_EQ(Read("log"), "2 items\ndone\n");
 }
@@ -572,7 +572,7 @@ TEST_F(OutputTest, ALogGoesToWhatIsNoRegularFileWithoutForce) {
   const int reader =
       open(Path("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   const Outcome outcome =
-      RunDemo("well_behaved", {Config(), "--log", Path("pipe")});
+      RunDemo("well_behaved", {Config(), "--log=" + Path("pipe")});
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   char text[64] = "";
   EXPECT_GT(read(reader, text, sizeof text - 1), 0);
@@ -581,10 +581,13 @@ TEST_F(OutputTest, ALogGoesToWhatIsNoRegularFileWithoutForce) {
 }
 
 TEST_F(OutputTest, TheFileThatTheReportGoesToIsNotReplaced) {
-  for (const char* option : {"-o", "--log"}) {
+  for (const std::string option : {"-o", "--log="}) {
     for (const std::string name : {"/dev/stdout", "/dev/stderr"}) {
-      const Outcome outcome =
-          RunDemo("well_behaved", {Config(), option, name, "--force"});
+      const Outcome outcome = RunDemo(
+          "well_behaved",
+          option == "-o"
+              ? std::vector<std::string>{Config(), option, name, "--force"}
+              : std::vector<std::string>{Config(), option + name, "--force"});
       EXPECT_EQ(outcome.exit_code, 6) << outcome;
       EXPECT_THAT(outcome.err,
                   HasSubstr(name + ": is the file that the report goes to"));
@@ -609,7 +612,7 @@ TEST_F(OutputTest, ALogThatCannotBeWrittenIsExitCode6) {
   for (const Row& row : rows) {
     const Outcome outcome =
         RunDemo("well_behaved",
-                {Path("demo.xml"), "--log", row.log, "-o", Path("out")});
+                {Path("demo.xml"), "--log=" + row.log, "-o", Path("out")});
     EXPECT_EQ(outcome.exit_code, 6) << outcome;
     EXPECT_THAT(outcome.err, AllOf(HasSubstr(row.log), HasSubstr(row.reason)));
     EXPECT_THAT(NewFiles(), IsEmpty());

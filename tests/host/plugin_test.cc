@@ -38,7 +38,7 @@ class PluginTest : public HostTest {
 };
 
 TEST_F(PluginTest, ReturningMinusOneIsExitCode1WithItsLog) {
-  const Outcome outcome = ExpectFailure("fails", 1);
+  const Outcome outcome = ExpectFailure("fails", 1, {"--log"});
   EXPECT_THAT(
       outcome.out,
       AllOf(HasSubstr("about to fail\n"), HasSubstr("cannot go on\n"),
@@ -52,9 +52,10 @@ TEST_F(PluginTest, ReturningAnythingElseButZeroIsAFailureToo) {
 }
 
 TEST_F(PluginTest, AFailureIsExplainedByTheLogOnlyIfThereIsOne) {
-  EXPECT_THAT(ExpectFailure("fails", 1).err, HasSubstr("its log says why"));
+  EXPECT_THAT(ExpectFailure("fails", 1).err,
+              HasSubstr("its log (--log) says why"));
   EXPECT_THAT(ExpectFailure("returns_seven", 1).err,
-              AllOf(HasSubstr("it logged nothing"), HasSubstr("--verbose")));
+              AllOf(HasSubstr("it logged nothing"), HasSubstr("--trace")));
 }
 
 TEST_F(PluginTest, BeingKilledBeforeThePluginRunsIsNotItsFault) {
@@ -122,7 +123,7 @@ TEST_F(PluginTest, AMissingEntryPointIsExitCode4) {
 }
 
 TEST_F(PluginTest, AnAbortIsExitCode5WithTheAssertionsText) {
-  const Outcome outcome = ExpectFailure("aborts", 5);
+  const Outcome outcome = ExpectFailure("aborts", 5, {"--log"});
   EXPECT_THAT(outcome.err,
               AllOf(HasSubstr("aborted with SIGABRT"),
                     HasSubstr("int update(int, int, int)"),
@@ -168,7 +169,8 @@ TEST_F(PluginTest, APluginThatIsStillMakingCallsDoesNotHang) {
 }
 
 TEST_F(PluginTest, WhatAHangingPluginStartedEndsWithIt) {
-  const Outcome outcome = ExpectFailure("hangs", 5, {"--timeout", "0.3"});
+  const Outcome outcome =
+      ExpectFailure("hangs", 5, {"--timeout", "0.3", "--log"});
   const size_t at = outcome.out.find("started ");
   ASSERT_NE(at, std::string::npos) << outcome;
   EXPECT_TRUE(WaitForEnd(std::stoi(outcome.out.substr(at + 8))));
@@ -201,7 +203,7 @@ TEST_F(PluginTest, NoTimeoutIsTheValueZero) {
 
 TEST_F(PluginTest, WhatItPrintsIsKeptUpToALimitAndShown) {
   const std::string config = Write("demo.xml", kDemoXml);
-  const Outcome outcome = RunDemo("many_records", {config});
+  const Outcome outcome = RunDemo("many_records", {config, "--log"});
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   // 1,888,890 bytes in all
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("Printed by the plug-in:\n"

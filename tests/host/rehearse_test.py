@@ -154,7 +154,7 @@ class RehearseTest(Clone):
         log = self.root / "log"
         process = self.start(
             "rehearse", "--plugin", f"{plugins}/hangs.so", "--yang-before",
-            f"{models}/before", "--yang-after", f"{models}/after", "--log", log,
+            f"{models}/before", "--yang-after", f"{models}/after", f"--log={log}",
             "--timeout", "20", "a.xml", "b.xml")
         deadline = time.monotonic() + 20
         while not (log.exists() and "started" in log.read_text()):

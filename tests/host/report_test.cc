@@ -23,39 +23,38 @@ class ReportTest : public HostTest {
   std::string Config() { return Write("demo.xml", kDemoXml); }
 };
 
-TEST_F(ReportTest, TheSummaryHasLogResultCallsAndChanges) {
+TEST_F(ReportTest, TheFirstScreenHasVerdictChangesLossesAndValidation) {
   const Outcome outcome = RunDemo("well_behaved", {Config()});
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   EXPECT_EQ(outcome.out,
-            "Configuration: " + Path("demo.xml") +
-                "\n"
-                "Plug-in: " +
-                PluginPath("well_behaved") +
-                "\n"
+            Path("demo.xml") +
+                ": upgrade succeeds\n"
+                "Changes: 1 entry is new, 1 changed, 1 is gone\n"
+                "  list         created  re-keyed   changed   deleted\n"
+                "  /demo/item         1         0         1         1\n"
                 "Automatic upgrade: 1 node is not carried over "
                 "into the new model\n"
                 "  /demo/item{1}/obsolete (old): the new model "
                 "has no such node\n"
-                "Log (2 records):\n"
-                "  2 items\n"
-                "  done\n"
-                "Result: update returned 0\n"
-                "ConfD calls: 5\n"
-                "Changes:\n"
-                "  list         created  re-keyed   changed   deleted\n"
-                "  /demo/item         1         0         1         1\n"
                 "Validation: the result is valid under the new "
                 "model\n"
+                "ConfD calls: 5 (--trace shows them)\n"
                 "Nothing was written: -o FILE keeps the upgraded "
                 "configuration.\n");
   EXPECT_THAT(outcome.err, IsEmpty());
 }
 
+TEST_F(ReportTest, TheLogIsShownWhenItIsAskedFor) {
+  EXPECT_THAT(RunDemo("well_behaved", {Config(), "--log"}).out,
+              HasSubstr("\nLog (2 records):\n  2 items\n  done\nChanges"));
+  EXPECT_THAT(RunDemo("idle", {Config(), "--log"}).out,
+              HasSubstr("\nLog: no records\n"));
+}
+
 TEST_F(ReportTest, APluginThatDoesNothingChangesNothing) {
   const Outcome outcome = RunDemo("idle", {Config()});
-  EXPECT_THAT(outcome.out, AllOf(HasSubstr("Log: no records\n"),
-                                 HasSubstr("ConfD calls: 0\n"),
-                                 HasSubstr("Changes: none\n")));
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("\nConfD calls: 0 ("),
+                                 HasSubstr("\nChanges: none\n")));
 }
 
 // Items 1 to `count` with a leaf that the new model does not have.
@@ -75,7 +74,7 @@ TEST_F(ReportTest, WhatTheNewModelHasNoPlaceForIsNamed) {
   EXPECT_THAT(RunDemo("idle", {config}).out,
               HasSubstr("Automatic upgrade: 1 node is not carried over into "
                         "the new model\n  " +
-                        line + "\nLog: "));
+                        line + "\nValidation: "));
   const Json report = Json::parse(RunDemo("idle", {config, "--json"}).out);
   EXPECT_EQ(report["not_carried_over"],
             Json({{{"path", "/demo/item{1}/obsolete"},
@@ -107,7 +106,7 @@ TEST_F(ReportTest, QuietPrintsOnlyTheErrorOfAFailure) {
   const Outcome outcome = RunDemo("fails", {Config(), "--quiet"});
   EXPECT_THAT(outcome.out, IsEmpty());
   EXPECT_THAT(outcome.err, AllOf(HasSubstr("update returned -1"),
-                                 Not(HasSubstr("cannot go on"))));
+                                 Not(HasSubstr("upgrade fails"))));
 }
 
 TEST_F(ReportTest, VerbosePrintsCallsAndRecordsInTheirOrder) {
@@ -206,7 +205,17 @@ TEST_F(ReportTest, JsonReportsASuccess) {
                                              {"created", 1},
                                              {"rekeyed", 0},
                                              {"changed", 1},
-                                             {"deleted", 1}}}));
+                                             {"deleted", 1},
+                                             {"moved", 0}}}));
+  EXPECT_EQ(report["device"], Json());
+  EXPECT_EQ(report["findings"], Json::array());
+  ASSERT_EQ(report["passes"].size(), 1U);
+  const Json& pass = report["passes"][0];
+  EXPECT_EQ(pass["pass"], 0);
+  EXPECT_EQ(pass["name"], Json());
+  EXPECT_EQ(pass["calls"], 5);
+  EXPECT_EQ(pass["changes"], report["changes"]);
+  EXPECT_EQ(pass["failed_calls"], Json::array());
   EXPECT_EQ(report["valid"], true);
   EXPECT_EQ(report["violations"], Json::array());
   EXPECT_EQ(report["output"], Path("out"));
@@ -317,7 +326,7 @@ TEST_F(ReportTest, JsonSurvivesRecordsThatAreNotText) {
 }
 
 TEST_F(ReportTest, ControlCharactersOfRecordsDoNotReachTheTerminal) {
-  const Outcome outcome = RunDemo("many_records", {Config()});
+  const Outcome outcome = RunDemo("many_records", {Config(), "--log"});
   EXPECT_THAT(outcome.out, AllOf(Not(HasSubstr("\x1b")),
                                  HasSubstr("lines and an \\x1b[31mescape")));
 }

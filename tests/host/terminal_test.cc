@@ -39,7 +39,8 @@ TEST_F(TerminalTest, AnExceptionsTextIsOneLine) {
             HasSubstr("std::runtime_error (gone\\nWritten: out.xml\\u2029"
                       "\\x1b]0;title\\x07)\n  plug-in: " +
                       PluginPath("forges_exception") +
-                      "\n  What to do: no exception")));
+                      "\n  device: gives the upgrade up and keeps its "
+                      "configuration as it was\n  What to do: no exception")));
 }
 
 TEST_F(TerminalTest, TheLastWordsOfAPluginAreIndentedAndItsLastCallOneLine) {
@@ -66,14 +67,15 @@ const char kHostileShown[] =
 TEST_F(TerminalTest, RecordsOfTheLogAreOneLineEach) {
   const std::string shown = kHostileShown;
   const Outcome outcome =
-      RunDemo("forges_record", {Config(), "--log", Path("log")});
+      RunDemo("forges_record", {Config(), "--log=" + Path("log")});
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
-  EXPECT_THAT(outcome.out, AllOf(IsHarmless(), HasSubstr("Log (1 record):\n  " +
-                                                         shown + "\nResult")));
+  EXPECT_THAT(RunDemo("forges_record", {Config(), "--log"}).out,
+              AllOf(IsHarmless(),
+                    HasSubstr("Log (1 record):\n  " + shown + "\nChanges")));
   EXPECT_EQ(Read("log"), shown + "\n");
   const Outcome verbose = RunDemo("forges_record", {Config(), "--verbose"});
-  EXPECT_THAT(verbose.out,
-              AllOf(IsHarmless(), StartsWith("log: " + shown + "\nConfig")));
+  EXPECT_THAT(verbose.out, AllOf(IsHarmless(), StartsWith("log: " + shown +
+                                                          "\n" + Path(""))));
 }
 
 TEST_F(TerminalTest, ValuesOfTheConfigurationAreOneLineEach) {
@@ -106,21 +108,21 @@ TEST_F(TerminalTest, NamesOfFilesAreOneLineEach) {
   std::filesystem::copy_file(PluginPath("idle"), plugin);
   const Outcome outcome =
       Run({"run", config, "--plugin", plugin, "-o", output, "--yang-before",
-           Models("before"), "--yang-after", Models("after")});
+           Models("before"), "--yang-after", Models("after"), "--verbose"});
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   const std::string shown = kHostileShown;
   EXPECT_THAT(
       outcome.out,
       AllOf(IsHarmless(),
-            StartsWith("Configuration: " + Path("in") + shown +
-                       "\nPlug-in: " + Path("plugin") + shown + "\n"),
+            StartsWith(Path("in") + shown + ": upgrade succeeds\n"),
+            HasSubstr("\nPlug-in: " + Path("plugin") + shown + "\n"),
             HasSubstr("\nWritten: " + Path("out") + shown + " (XML, ")));
 
   const std::vector<std::vector<std::string>> rows = {
       {"missing" + config},
       {config, "--plugin", "missing" + plugin},
       {config, "-o", "missing/" + output},
-      {config, "--log", "missing/" + output},
+      {config, "--log=missing/" + output},
       {config, "--yang-before", "missing" + output},
   };
   for (std::vector<std::string> row : rows) {
@@ -162,7 +164,7 @@ TEST_F(TerminalTest, JsonHasTheLinesBelowAReasonApart) {
   const auto report = nlohmann::json::parse(
       RunDemo("forges_and_aborts", {Config(), "--json"}).out);
   const auto& details = report["error"]["details"];
-  ASSERT_EQ(details.size(), 5U) << details;
+  ASSERT_EQ(details.size(), 6U) << details;
   EXPECT_EQ(details[0], "it printed:");
   EXPECT_EQ(details[1], "  printed\u009b31m");
   EXPECT_EQ(details[3], "last ConfD call, number 1: " +

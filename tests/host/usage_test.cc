@@ -29,7 +29,8 @@ TEST_F(UsageTest, HelpOfRunListsEveryOption) {
   for (const char* option :
        {"CONFIG", "-o,", "--force", "--format", "--plugin", "--yang-before",
         "--yang-after", "--max-size", "--namespace", "--timeout", "--log",
-        "--quiet", "--verbose", "--diff", "--json"}) {
+        "--quiet", "--verbose", "--trace", "--diff", "--json", "--strict",
+        "--passes"}) {
     EXPECT_THAT(outcome.out, HasSubstr(option));
   }
 }
@@ -95,7 +96,9 @@ TEST_F(UsageTest, BadUsageIsExitCode3AndSaysWhatIsWrong) {
       {{"run", config, "--timeout", "inf"}, "inf"},
       {{"run", config, "--max-size", "0"}, "--max-size"},
       {{"run", config, "--max-size", "1G"}, "--max-size"},
-      {{"run", config, "--log", "-"}, "/dev/stderr takes it"},
+      {{"run", config, "--log", "out.log"}, "is given as --log=FILE"},
+      {{"run", "--log", "out.log", config}, "is given as --log=FILE"},
+      {{"run", config, "--quiet", "--trace"}, "--quiet"},
       {{"run", config, "--namespace", "demo"}, "MODULE=HASH"},
       {{"run", config, "--namespace", "=1"}, "MODULE=HASH"},
       {{"run", config, "--namespace", "demo="}, "MODULE=HASH"},

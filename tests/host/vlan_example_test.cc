@@ -71,22 +71,22 @@ void ExpectInReadme(const std::string& text, const std::string& first,
 }
 
 TEST_F(VlanExampleTest, TheReadmeShowsWhatIsPrinted) {
-  const Outcome good = Upgrade(kFolder + "before.xml", {"--diff"});
-  ExpectInReadme(good.out, "Automatic", "Validation: ");
+  const Outcome good = Upgrade(kFolder + "before.xml", {"--log", "--diff"});
+  ExpectInReadme(good.out, "Log (", "Validation: ");
   const Outcome again =
-      Upgrade(kFolder + "expected.xml", {}, TEST_VLAN_PLUGIN, "after");
+      Upgrade(kFolder + "expected.xml", {"--log"}, TEST_VLAN_PLUGIN, "after");
   ExpectInReadme(again.out, "Log (", "Validation: ");
   const Outcome unknown = Upgrade(ExampleWith("eth10", "console"));
-  ExpectInReadme(unknown.out, "Log (", "Result: ");
+  ExpectInReadme(unknown.err, "  device: ", "  What to do: ");
   const Outcome one_name = Upgrade(ExampleWith("eth10", "eth02"));
-  ExpectInReadme(one_name.out, "Log (", "Result: ");
+  ExpectInReadme(one_name.err, "  log: ", "  last failed ");
   const Outcome timers = Upgrade(ExampleWith("12<", "5<"), {"--quiet"});
   ExpectInReadme(timers.err, "  What to do: ", "  /");
 }
 
 TEST_F(VlanExampleTest, TheSecondRunChangesNothing) {
   const Outcome outcome =
-      Upgrade(kFolder + "expected.xml", {}, TEST_VLAN_PLUGIN, "after");
+      Upgrade(kFolder + "expected.xml", {"--log"}, TEST_VLAN_PLUGIN, "after");
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   EXPECT_THAT(outcome.out,
               AllOf(HasSubstr("The configuration is of release 2 already\n"),
@@ -106,13 +106,13 @@ TEST_F(VlanExampleTest, APortOfAnUnknownNameStopsTheUpgrade) {
   const Outcome outcome =
       Upgrade(ExampleWith("<name>eth10</name>", "<name>console</name>"));
   EXPECT_EQ(outcome.exit_code, 1) << outcome;
-  EXPECT_THAT(outcome.out, HasSubstr("port console is not called ethN\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("port console is not called ethN\n"));
   EXPECT_THAT(NewFiles(), IsEmpty());
 }
 
 TEST_F(VlanExampleTest, PortsThatWouldGetOneNameStopTheUpgrade) {
-  const Outcome outcome =
-      Upgrade(ExampleWith("<name>eth10</name>", "<name>eth02</name>"));
+  const Outcome outcome = Upgrade(
+      ExampleWith("<name>eth10</name>", "<name>eth02</name>"), {"--log"});
   EXPECT_EQ(outcome.exit_code, 1) << outcome;
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("Port eth02 is now 1/2\n"),
                                  HasSubstr("cannot rename port eth2 to 1/2: "
