@@ -188,11 +188,20 @@ std::vector<Finding> ViolationFindings(
   return {finding};
 }
 
-Finding OtherSchemasFinding(bool loaded_in_run, const std::string& outcome) {
+Finding OtherSchemasFinding(bool loaded, const std::string& effect) {
+  const char* const here = loaded ? "loaded" : "not loaded";
+  const char* const other = loaded ? "none" : "loaded";
+  if (effect.empty()) {
+    return Make("SCHEMAS", Severity::kNote,
+                fmt::format("schemas {}, which the plug-in depends on; how it "
+                            "does otherwise was not found out",
+                            here),
+                fmt::format("Rehearse with --schemas {} too.", other));
+  }
   return Make(
       "SCHEMAS", Severity::kLook,
-      fmt::format("where the framework has {} the schemas, the upgrade {}",
-                  loaded_in_run ? "not loaded" : "loaded", outcome),
+      fmt::format("schemas {}; where the upgrade framework {} them, {}", here,
+                  loaded ? "does not load" : "loads", effect),
       "Find out whether the device's framework loads schemas, and rehearse "
       "with --schemas as it does.");
 }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "kit/confd/control/control.h"
-#include "kit/host/findings/finding.h"
+#include "kit/host/finding.h"
 #include "kit/host/findings/run_rules.h"
 
 namespace kit::host {
@@ -34,10 +34,10 @@ std::vector<Finding> UnreleasedValueFindings(uint64_t values);
 std::vector<Finding> ViolationFindings(
     const std::vector<control::Violation>& violations);
 
-// Rule SCHEMAS: what becomes of the upgrade where a program finds the schemas
-// loaded, or not, unlike in the run that was shown. `outcome` completes the
-// sentence: "fails with -1", "gives another result".
-Finding OtherSchemasFinding(bool loaded_in_run, const std::string& outcome);
+// Rule SCHEMAS: what becomes of the upgrade where the plug-in finds the schemas
+// unlike in the run, `loaded` or not. `effect` ends the sentence: "update
+// returns -1"; "" where it was not found out.
+Finding OtherSchemasFinding(bool loaded, const std::string& effect);
 
 }  // namespace kit::host
 

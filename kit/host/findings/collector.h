@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "kit/host/findings/finding.h"
+#include "kit/host/finding.h"
 #include "kit/host/findings/rule.h"
 
 namespace kit::host {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kit/confd/control/control.h"
-#include "kit/host/findings/finding.h"
+#include "kit/host/finding.h"
 #include "kit/host/findings/rule.h"
 
 namespace kit::host {

@@ -2,7 +2,7 @@
 
 namespace kit::host {
 
-Message::Message(std::string_view text) {
+Sentence::Sentence(std::string_view text) {
   for (size_t at = 0; at < text.size(); ++at) {
     const char c = text[at];
     if (c != '{' && c != '}') {
@@ -11,24 +11,24 @@ Message::Message(std::string_view text) {
       texts_.back() += c;
       ++at;
     } else if (c == '}') {
-      throw MessageError(at,
-                         "a brace is closed that nobody opened; "
-                         "write }} for the brace itself");
+      throw SentenceError(at,
+                          "a brace is closed that nobody opened; "
+                          "write }} for the brace itself");
     } else {
       at = AddPlace(text, at);
     }
   }
 }
 
-size_t Message::AddPlace(std::string_view text, size_t begin) {
+size_t Sentence::AddPlace(std::string_view text, size_t begin) {
   const size_t end = text.find('}', begin);
   if (end == std::string_view::npos) {
-    throw MessageError(begin,
-                       "the brace is not closed; write {{ for the brace "
-                       "itself");
+    throw SentenceError(begin,
+                        "the brace is not closed; write {{ for the brace "
+                        "itself");
   }
   if (end == begin + 1) {
-    throw MessageError(begin, "nothing stands in the braces");
+    throw SentenceError(begin, "nothing stands in the braces");
   }
   places_.push_back(
       {std::string(text.substr(begin + 1, end - begin - 1)), begin});
@@ -36,7 +36,7 @@ size_t Message::AddPlace(std::string_view text, size_t begin) {
   return end;
 }
 
-std::string Message::Fill(
+std::string Sentence::Fill(
     const std::function<std::string(size_t)>& value) const {
   std::string filled = texts_.front();
   for (size_t i = 0; i < places_.size(); ++i) {

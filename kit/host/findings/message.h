@@ -11,19 +11,19 @@
 
 namespace kit::host {
 
-class MessageError : public std::runtime_error {
+class SentenceError : public std::runtime_error {
  public:
-  MessageError(size_t error_offset, const std::string& reason)
+  SentenceError(size_t error_offset, const std::string& reason)
       : std::runtime_error(reason), offset(error_offset) {}
   const size_t offset;  // in bytes, of the fault
 };
 
 // "{name} is in area {area}": places stand in braces, {{ and }} for braces.
-class Message {
+class Sentence {
  public:
-  Message() = default;
-  // Throws MessageError.
-  explicit Message(std::string_view text);
+  Sentence() = default;
+  // Throws SentenceError.
+  explicit Sentence(std::string_view text);
 
   struct Place {
     std::string name;

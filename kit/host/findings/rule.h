@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/finding.h"
 #include "kit/host/findings/code_rules.h"
-#include "kit/host/findings/finding.h"
 #include "kit/host/findings/json_positions.h"
 #include "kit/host/findings/message.h"
 #include "kit/host/findings/pattern.h"
@@ -47,7 +47,7 @@ struct Rule {
   CallCondition calls;               // kCalls
   const CodeRule* code = nullptr;    // kCode
 
-  Message message;
+  Sentence message;
   std::string one;  // of what is counted, "" to leave the count out
   std::string many;
   std::string advice;
@@ -60,7 +60,14 @@ struct Rule {
   bool is_own = false;  // a site's: nodes that the models lack are a fault
 };
 
+// What a device is called.
+struct DeviceRule {
+  std::string kind;  // "router"
+  std::string name;  // XPath of the leaf that has its name, "" for none
+};
+
 struct Catalogue {
+  DeviceRule device;
   std::vector<Rule> rules;
 
   // Appends a site's catalogue. Throws RuleError for an id that is taken.

@@ -166,13 +166,13 @@ class RuleReader {
 
   void ReadMessage(const CheckedValue& json) {
     try {
-      rule_.message = Message(json.Text());
-    } catch (const MessageError& error) {
+      rule_.message = Sentence(json.Text());
+    } catch (const SentenceError& error) {
       json.Fail(json.Inside(error.offset), error.what());
     }
     const bool names_leaves =
         rule_.where == Where::kInput || rule_.where == Where::kResult;
-    for (const Message::Place& place : rule_.message.places()) {
+    for (const Sentence::Place& place : rule_.message.places()) {
       const TextPosition position = json.Inside(place.offset);
       if (names_leaves) {
         rule_.query.texts.push_back(place.name);
@@ -217,11 +217,16 @@ Catalogue ReadCatalogue(const std::string& text, const std::string& file,
                         bool is_own) {
   const CheckedJson document(text, file);
   const CheckedValue root = document.root();
-  root.RequireKeys({"rules", "secrets"});
+  root.RequireKeys({"device", "rules", "secrets"});
   if (root.Has("secrets")) {
     for (const CheckedValue& path : root["secrets"].Elements()) path.Text();
   }
   Catalogue catalogue;
+  if (root.Has("device")) {
+    const CheckedValue device = root["device"];
+    device.RequireKeys({"kind", "name"});
+    catalogue.device = {device["kind"].Text(), device["name"].Text()};
+  }
   for (const CheckedValue& json : root["rules"].Elements()) {
     Rule rule = RuleReader(json, file, is_own).Run();
     for (const Rule& other : catalogue.rules) {
@@ -245,6 +250,7 @@ Catalogue LoadCatalogue(const std::string& file, bool is_own) {
 }
 
 void Catalogue::Add(Catalogue own) {
+  if (!own.device.name.empty()) device = std::move(own.device);
   for (Rule& rule : own.rules) {
     for (const Rule& other : rules) {
       if (other.id != rule.id) continue;

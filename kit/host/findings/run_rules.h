@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "kit/host/finding.h"
 #include "kit/host/findings/collector.h"
-#include "kit/host/findings/finding.h"
 #include "kit/host/findings/rule.h"
 
 namespace kit::host {

@@ -92,13 +92,17 @@ TEST(BuiltInFindings, StopWhereTheDeviceWouldRefuseTheResult) {
 }
 
 TEST(BuiltInFindings, SayWhatBecomesOfTheUpgradeWithTheOtherSchemas) {
-  EXPECT_EQ(
-      Describe({OtherSchemasFinding(true, "fails with -1")}),
-      Lines({"SCHEMAS where the framework has not loaded the schemas, the "
-             "upgrade fails with -1 ()"}));
-  EXPECT_EQ(Describe({OtherSchemasFinding(false, "gives another result")}),
-            Lines({"SCHEMAS where the framework has loaded the schemas, the "
-                   "upgrade gives another result ()"}));
+  EXPECT_EQ(Describe({OtherSchemasFinding(true, "it fails")}),
+            Lines({"SCHEMAS schemas loaded; where the upgrade framework does "
+                   "not load them, it fails ()"}));
+  EXPECT_EQ(Describe({OtherSchemasFinding(false, "it fails")}),
+            Lines({"SCHEMAS schemas not loaded; where the upgrade framework "
+                   "loads them, it fails ()"}));
+  const Finding unknown = OtherSchemasFinding(true, "");
+  EXPECT_EQ(unknown.severity, Severity::kNote);
+  EXPECT_EQ(Describe({unknown}),
+            Lines({"SCHEMAS schemas loaded, which the plug-in depends on; how "
+                   "it does otherwise was not found out ()"}));
 }
 
 }  // namespace
