@@ -106,6 +106,7 @@ class Finisher {
       const bool valid = Validate();
       if (valid) JudgeTrial();
       if (task_.count_changes || task_.send_entries) Compare();
+      Inspect();
       if (valid && output_ >= 0) Save();
       channel_.Send(DoneMessage{written_});
     } catch (const FailureError& error) {
@@ -179,6 +180,13 @@ class Finisher {
     counter.ForEach([this](const ListTotals& totals) {
       channel_.Send(ListMessage{totals});
     });
+  }
+
+  void Inspect() {
+    if (!task_.inspection.result) return;
+    for (Finding& finding : task_.inspection.result(database_)) {
+      channel_.Send(FindingMessage{std::move(finding)});
+    }
   }
 
   void Save() {

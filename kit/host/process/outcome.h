@@ -11,6 +11,7 @@
 #include "kit/confd/control/control.h"
 #include "kit/host/events.h"
 #include "kit/host/failure.h"
+#include "kit/host/finding.h"
 #include "kit/host/process/protocol.h"
 
 namespace kit::host {
@@ -25,6 +26,8 @@ struct Outcome {
   std::optional<std::string> last_call;
   uint64_t open_cursors = 0;          // left by the plug-in
   std::vector<control::Loss> losses;  // before the plug-in ran
+  std::string device;  // what it is called, "router r1"; "" if unknown
+  std::vector<Finding> findings;
   bool schemas_loaded = true;
   std::optional<SchemasMessage> schemas;  // after a success
   bool validated = false;

@@ -46,6 +46,12 @@ auto Fields(FailureMessage& m) {
 auto Fields(DoneMessage& m) {
   return std::tie(m.written.bytes, m.written.sum, m.written.sum_of_sums);
 }
+auto Fields(DeviceMessage& m) { return std::tie(m.name); }
+auto Fields(FindingMessage& m) {
+  Finding& f = m.finding;
+  return std::tie(f.rule, f.severity, f.message, f.count, f.unit, f.places,
+                  f.advice, f.section);
+}
 auto Fields(control::LeafChange& leaf) {
   return std::tie(leaf.leaf, leaf.before, leaf.after, leaf.default_value);
 }
@@ -111,6 +117,7 @@ constexpr control::ChangeKind Last(control::ChangeKind) {
   return control::ChangeKind::kDeleted;
 }
 constexpr SchemaEffect Last(SchemaEffect) { return SchemaEffect::kOtherResult; }
+constexpr Severity Last(Severity) { return Severity::kStop; }
 constexpr ExitCode Last(ExitCode) { return ExitCode::kInternal; }
 
 class Reader {

@@ -11,6 +11,7 @@
 #include "kit/confd/control/control.h"
 #include "kit/host/events.h"
 #include "kit/host/failure.h"
+#include "kit/host/finding.h"
 #include "kit/host/process/checksum.h"
 #include "kit/host/process/progress.h"
 
@@ -70,6 +71,12 @@ struct EntryMessage {
 struct FailureMessage {
   Failure failure;
 };
+struct DeviceMessage {
+  std::string name;
+};
+struct FindingMessage {
+  Finding finding;
+};
 // Nothing follows; without it the finisher did not come to its end.
 struct DoneMessage {
   Checksum written;  // to the output, if there is one
@@ -79,7 +86,8 @@ using Message =
     std::variant<PhaseMessage, InputMessage, LogMessage, CallMessage,
                  ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
                  ListMessage, EntryMessage, FailureMessage, DoneMessage,
-                 SchemasMessage, PassMessage, RekeyedMessage>;
+                 SchemasMessage, PassMessage, RekeyedMessage, DeviceMessage,
+                 FindingMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

@@ -99,15 +99,15 @@ enum class Speaker { kReader, kPlugin, kFinisher };
 bool MaySay(Speaker speaker, const Message& message) {
   switch (speaker) {
     case Speaker::kReader:
-      return IsAnyOf<PhaseMessage, InputMessage, LossMessage, FailureMessage>(
-          message);
+      return IsAnyOf<PhaseMessage, InputMessage, LossMessage, DeviceMessage,
+                     FindingMessage, FailureMessage>(message);
     case Speaker::kPlugin:
       return IsAnyOf<PhaseMessage, LogMessage, CallMessage, PassMessage,
                      ResultMessage, FailureMessage>(message);
     case Speaker::kFinisher:
       return IsAnyOf<PhaseMessage, ViolationMessage, ValidatedMessage,
                      SchemasMessage, ListMessage, RekeyedMessage, EntryMessage,
-                     FailureMessage, DoneMessage>(message);
+                     FindingMessage, FailureMessage, DoneMessage>(message);
   }
   return false;
 }
@@ -115,7 +115,7 @@ bool MaySay(Speaker speaker, const Message& message) {
 bool MayFailWith(Phase phase, ExitCode code) {
   switch (code) {
     case ExitCode::kBadInput:
-      return phase < Phase::kLoading;
+      return !IsPluginPhase(phase);
     case ExitCode::kNotLoaded:
       return phase == Phase::kLoading;
     case ExitCode::kOutputFailed:
@@ -429,6 +429,10 @@ class Supervisor {
   void On(const SchemasMessage& message) { outcome_.schemas = message; }
   void On(ListMessage& message) {
     outcome_.changes.push_back(std::move(message.totals));
+  }
+  void On(DeviceMessage& message) { outcome_.device = std::move(message.name); }
+  void On(FindingMessage& message) {
+    outcome_.findings.push_back(std::move(message.finding));
   }
   void On(const RekeyedMessage& message) {
     listener_.OnRekeyed(message.entries);

@@ -243,7 +243,19 @@ class Worker {
     for (const control::Loss& loss : database.Losses()) {
       channel_.Send(LossMessage{loss});
     }
+    Inspect(database);
     return database;
+  }
+
+  void Inspect(const control::Database& database) {
+    const Inspection& inspection = task_.inspection;
+    if (inspection.device) {
+      channel_.Send(DeviceMessage{inspection.device(database)});
+    }
+    if (!inspection.input) return;
+    for (Finding& finding : inspection.input(database)) {
+      channel_.Send(FindingMessage{std::move(finding)});
+    }
   }
 
   [[noreturn]] void RunPlugin(control::Database& database) {

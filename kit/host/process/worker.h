@@ -14,6 +14,7 @@
 #include "kit/confd/control/control.h"
 #include "kit/host/passes.h"
 #include "kit/host/process/file_descriptor.h"
+#include "kit/host/process/inspection.h"
 #include "kit/host/process/progress.h"
 #include "kit/host/process/recorder.h"
 
@@ -30,6 +31,7 @@ struct WorkerTask {
   bool schemas_loaded = true;              // into the plug-in's process
   double timeout_s = 60;                   // that the plug-in has; 0: no limit
   bool has_output = false;                 // otherwise the result is not saved
+  Inspection inspection;
   PassTable passes;
   Recording recording;
   bool count_changes = false;  // of the result against its start

@@ -108,6 +108,21 @@ TEST(ProtocolTest, EntriesKeepAbsentAndEmptyLeavesApart) {
   EXPECT_EQ(entry.leaves[1].after, "y");
 }
 
+TEST(ProtocolTest, FindingsComeThrough) {
+  const Finding sent{"S-1",      Severity::kStop, "message", 7,
+                     "7 places", {"/a", "/b"},    "advice",  "section"};
+  const Finding finding = RoundTrip(FindingMessage{sent}).finding;
+  EXPECT_EQ(finding.rule, "S-1");
+  EXPECT_EQ(finding.severity, Severity::kStop);
+  EXPECT_EQ(finding.message, "message");
+  EXPECT_EQ(finding.count, 7U);
+  EXPECT_EQ(finding.unit, "7 places");
+  EXPECT_EQ(finding.places, sent.places);
+  EXPECT_EQ(finding.advice, "advice");
+  EXPECT_EQ(finding.section, "section");
+  EXPECT_EQ(RoundTrip(DeviceMessage{"r1"}).name, "r1");
+}
+
 TEST(ProtocolTest, FailuresComeThrough) {
   const auto failure = RoundTrip(FailureMessage{{ExitCode::kBadInput,
                                                  "reason",
