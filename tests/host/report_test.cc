@@ -28,7 +28,10 @@ TEST_F(ReportTest, TheFirstScreenHasVerdictChangesLossesAndValidation) {
   EXPECT_EQ(outcome.exit_code, 0) << outcome;
   EXPECT_EQ(outcome.out,
             Path("demo.xml") +
-                ": upgrade succeeds\n"
+                ": upgrade succeeds, 1 thing to look at\n"
+                " look  LOST  /demo/item{1}/obsolete \"old\" is not carried "
+                "over: the new model has no such node (1 place)   "
+                "docs/findings.md#for-any-plug-in\n"
                 "Changes: 1 entry is new, 1 changed, 1 is gone\n"
                 "  list         created  re-keyed   changed   deleted\n"
                 "  /demo/item         1         0         1         1\n"
@@ -208,7 +211,8 @@ TEST_F(ReportTest, JsonReportsASuccess) {
                                              {"deleted", 1},
                                              {"moved", 0}}}));
   EXPECT_EQ(report["device"], Json());
-  EXPECT_EQ(report["findings"], Json::array());
+  ASSERT_EQ(report["findings"].size(), 1U);
+  EXPECT_EQ(report["findings"][0]["rule"], "LOST");
   ASSERT_EQ(report["passes"].size(), 1U);
   const Json& pass = report["passes"][0];
   EXPECT_EQ(pass["pass"], 0);

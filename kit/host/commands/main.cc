@@ -17,6 +17,7 @@
 #include <variant>
 #include <vector>
 
+#include "kit/host/commands/inspect.h"
 #include "kit/host/commands/install_paths.h"
 #include "kit/host/commands/options.h"
 #include "kit/host/commands/status_line.h"
@@ -220,6 +221,24 @@ void AddContext(Report& report) {
       "device: gives the upgrade up and keeps its configuration as it was");
 }
 
+// With --strict.
+void RequireNothingToLookAt(Report& report) {
+  if (report.failure) return;
+  const auto findings =
+      std::count_if(report.findings.begin(), report.findings.end(),
+                    [](const Finding& finding) {
+                      return finding.severity != Severity::kNote;
+                    });
+  if (findings == 0) return;
+  report.failure = Failure{
+      ExitCode::kNeedsALook,
+      fmt::format(
+          "{} to look at, and --strict is given",
+          Counted(static_cast<size_t>(findings), "thing is", "things are")),
+      "see the report's findings; --verbose says what to do about each",
+      report.config};
+}
+
 void CommitOutput(const RunOptions& options, OutputFile& output,
                   Report& report) {
   try {
@@ -239,7 +258,9 @@ struct Run {
 };
 
 void Upgrade(const RunOptions& options, Run& run) {
+  const Catalogue catalogue = LoadRules(options.rules);
   WorkerTask task = MakeTask(options);
+  task.inspection = MakeInspection(catalogue);
   run.report.plugin = task.plugin;
   const auto input = StatInput(options);
   std::optional<LogFile> log = OpenLog(options, input);
@@ -259,6 +280,8 @@ void Upgrade(const RunOptions& options, Run& run) {
   }
   run.report.journal = std::move(journal);
   run.report.passes = task.passes;
+  CompleteFindings(catalogue, run.report);
+  if (options.strict) RequireNothingToLookAt(run.report);
   AddContext(run.report);
   if (!run.report.failure && log) run.report.failure = log->failure();
 }

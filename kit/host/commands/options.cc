@@ -215,6 +215,12 @@ void AddReport(CLI::App& run, RunOptions& options, Raw& raw) {
   run.add_flag("--strict", options.strict,
                "Findings that ask for a look, or to stop, are a failure (exit "
                "code 7)");
+  run.add_option("--rules", options.rules,
+                 "Rules of your own for what needs a look (docs/findings.md); "
+                 "may be repeated")
+      ->type_name("FILE")
+      ->allow_extra_args(false)
+      ->check(CheckNotEmpty);
   run.add_option("--passes", options.passes,
                  "Table of the passes of another plug-in, by what it logs at "
                  "their start and end (docs/findings.md)")

@@ -28,6 +28,7 @@ struct RunOptions {
   std::vector<std::string> named_modules;  // of them, those of the command line
   bool schemas_loaded = true;
   double timeout_s = 60;  // of the plug-in and of each other step; 0: none
+  std::vector<std::string> rules;     // files with a site's own
   std::optional<std::string> passes;  // file with the table of passes
   std::optional<std::string> log;     // file that takes the records
   bool strict = false;                // what needs a look is a failure

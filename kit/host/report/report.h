@@ -22,10 +22,8 @@ struct Report : Outcome {
   Report() = default;
   explicit Report(Outcome outcome) : Outcome(std::move(outcome)) {}
 
-  std::string device;  // what it is called, "router r1"; "" if unknown
   Journal journal;
   PassTable passes;                   // that the journal's numbers refer to
-  std::vector<Finding> findings;      // the most severe first
   std::optional<std::string> output;  // where the result was written
   bool partly_written = false;        // to standard output
   uint64_t output_size = 0;

@@ -4,7 +4,6 @@
 #include <iterator>
 
 #include "kit/host/report/report.h"
-#include "kit/host/report/schemas_effect.h"
 #include "kit/host/report/verdict.h"
 #include "kit/host/text.h"
 
@@ -242,23 +241,6 @@ void AppendLosses(const Report& report, bool all, std::string& text) {
   }
 }
 
-// Nothing where it makes no difference.
-void AppendSchemas(const Report& report, std::string& text) {
-  if (!report.schemas || report.schemas->effect == SchemaEffect::kNone) return;
-  const bool loaded = report.schemas_loaded;
-  const char* const here = loaded ? "loaded" : "not loaded";
-  if (report.schemas->effect == SchemaEffect::kUnknown) {
-    text += fmt::format(
-        "Schemas: {}, which the plug-in depends on; how it does otherwise was "
-        "not found out, --schemas {} shows it\n",
-        here, loaded ? "none" : "loaded");
-    return;
-  }
-  text += fmt::format("Schemas: {}; where the upgrade framework {} them, {}\n",
-                      here, loaded ? "does not load" : "loads",
-                      EffectOfSchemas(*report.schemas));
-}
-
 void AppendValidation(const Report& report, std::string& text) {
   if (!report.validated) return;
   if (report.violations.empty()) {
@@ -378,7 +360,7 @@ std::string RenderFindings(const std::vector<Finding>& findings,
     }
     if (!finding.advice.empty()) {
       text +=
-          fmt::format("{}What to do: {}.\n", margin, OneLine(finding.advice));
+          fmt::format("{}What to do: {}\n", margin, OneLine(finding.advice));
     }
   }
   return text;
@@ -402,7 +384,6 @@ std::string RenderText(const Report& report, const ReportView& view) {
   }
   AppendLosses(report, view.diff, text);
   AppendValidation(report, text);
-  AppendSchemas(report, text);
   AppendCalls(report, view, text);
   return text;
 }

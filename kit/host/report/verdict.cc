@@ -62,6 +62,8 @@ std::string Verdict(const Report& report) {
     case ExitCode::kInvalidResult:
       return fmt::format("upgrade fails: the result breaks the new model in {}",
                          Counted(report.violations.size(), "place", "places"));
+    case ExitCode::kNeedsALook:
+      return Success(report);
     case ExitCode::kOutputFailed:
       return Success(report) + ", but its result cannot be written";
     default:
