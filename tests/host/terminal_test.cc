@@ -113,8 +113,7 @@ TEST_F(TerminalTest, NamesOfFilesAreOneLineEach) {
   const std::string shown = kHostileShown;
   EXPECT_THAT(
       outcome.out,
-      AllOf(IsHarmless(),
-            StartsWith(Path("in") + shown + ": upgrade succeeds\n"),
+      AllOf(IsHarmless(), StartsWith(Path("in") + shown + ": upgrade succeeds"),
             HasSubstr("\nPlug-in: " + Path("plugin") + shown + "\n"),
             HasSubstr("\nWritten: " + Path("out") + shown + " (XML, ")));
 

@@ -34,7 +34,7 @@ fs::path ExecutableFolder() {
 }
 
 fs::path FirstExisting(const std::vector<fs::path>& candidates, ExitCode code,
-                       const std::string& what, const std::string& option) {
+                       const std::string& what, const std::string& advice) {
   std::string looked_at;
   for (const fs::path& candidate : candidates) {
     fs::path path = candidate.lexically_normal();
@@ -44,7 +44,7 @@ fs::path FirstExisting(const std::vector<fs::path>& candidates, ExitCode code,
   }
   throw FailureError(
       {code, fmt::format("{} not found; looked at {}", what, looked_at),
-       fmt::format("name it with {}", option)});
+       advice});
 }
 
 }  // namespace
@@ -58,14 +58,14 @@ fs::path DefaultPlugin() {
   }
   candidates.push_back(bin / kPluginName);
   return FirstExisting(candidates, ExitCode::kNotLoaded, "the plug-in was",
-                       "--plugin FILE");
+                       "name it with --plugin FILE");
 }
 
 fs::path DefaultRules(const char* file) {
   return FirstExisting(
       {ExecutableFolder().parent_path() / "share/ospf-upgrade/rules" / file},
       ExitCode::kBadInput, fmt::format("the file {} was", file),
-      "--passes FILE or --rules FILE");
+      "install the program together with its files");
 }
 
 fs::path DefaultModels(const char* side) {
@@ -73,7 +73,7 @@ fs::path DefaultModels(const char* side) {
       {ExecutableFolder().parent_path() / "share/ospf-upgrade/yang" / side},
       ExitCode::kBadInput,
       fmt::format("the data models {} the upgrade were", side),
-      fmt::format("--yang-{} DIR", side));
+      fmt::format("name it with --yang-{} DIR", side));
 }
 
 }  // namespace kit::host

@@ -60,6 +60,10 @@ class RunListener : public Listener {
     if (stream_ != nullptr) Print(OneLine(RenderCall(call)) + "\n");
     if (keep_calls_) journal_.Add(std::move(call));
   }
+  void OnChange(ChangeRecord change) override {
+    if (stream_ != nullptr) Print(OneLine(RenderChange(change)) + "\n");
+    if (keep_calls_) journal_.Add(std::move(change));
+  }
   void OnPass(PassTotals totals) override { journal_.Add(totals); }
   void OnRekeyed(const RekeyedEntries& entries) override {
     journal_.Add(entries);
@@ -117,8 +121,7 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.format = options.format;
   task.schemas_loaded = options.schemas_loaded;
   task.timeout_s = options.timeout_s;
-  task.passes = ReadPasses(options);
-  task.recording = {options.trace, !options.quiet};
+  task.recording = {options.trace, !options.quiet, options.trace};
   task.count_changes = !options.quiet;
   task.send_entries = options.diff;
   return task;
@@ -258,9 +261,10 @@ struct Run {
 };
 
 void Upgrade(const RunOptions& options, Run& run) {
-  const Catalogue catalogue = LoadRules(options.rules);
   WorkerTask task = MakeTask(options);
+  const Catalogue catalogue = LoadRules(options.rules);
   task.inspection = MakeInspection(catalogue);
+  task.passes = ReadPasses(options);
   run.report.plugin = task.plugin;
   const auto input = StatInput(options);
   std::optional<LogFile> log = OpenLog(options, input);

@@ -74,7 +74,8 @@ TEST(RuleReader, NamesLineAndColumnOfWhatIsWrong) {
       {"{}", "own.json:1:1: \"rules\" is missing"},
       {"{\"rules\": {}}", "own.json:1:11: a list is needed"},
       {"{\"rules\": [],\n \"more\": 1}",
-       "own.json:2:2: \"more\" is not known here; known are rules, secrets"},
+       "own.json:2:2: \"more\" is not known here; known are device, rules, "
+       "secrets"},
       {"{\"rules\": [],\n \"rules\": []}",
        "own.json:2:2: \"rules\" stands here twice"},
       {"{\"rules\": [], \"secrets\": [\"/a\", 1]}",
