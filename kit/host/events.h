@@ -4,8 +4,11 @@
 #define KIT_HOST_EVENTS_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "kit/confd/control/control.h"
 
 namespace kit::host {
 
@@ -27,6 +30,21 @@ struct CallRecord {
   int result = 0;
   int error = 0;
   std::string reason;
+  uint64_t nanoseconds = 0;
+};
+
+// What a call changed; see control::Change. It comes before its call, which may
+// make several.
+struct ChangeRecord {
+  uint64_t call = 0;  // its number
+  uint32_t pass = 0;
+  control::Change::Kind kind = control::Change::Kind::kValue;
+  std::string list;
+  std::string path;  // of the entry
+  std::string old_path;
+  std::string leaf;
+  std::optional<std::string> before;
+  std::optional<std::string> after;
 };
 
 // How many entries of one list (outside of any, "/") differ after a pass or a

@@ -116,7 +116,10 @@ TEST_F(ReportTest, VerbosePrintsCallsAndRecordsInTheirOrder) {
   const Outcome outcome = RunDemo("well_behaved", {Config(), "--verbose"});
   EXPECT_THAT(outcome.out, StartsWith("cdb_num_instances /demo/item -> 2\n"
                                       "log: 2 items\n"
+                                      "  created /demo/item{9}\n"
                                       "maapi_create /demo/item{9} -> 0\n"
+                                      "  changed /demo/item{9}/label: "
+                                      "(none) -> nine\n"
                                       "maapi_set_elem /demo/item{9}/label "));
   EXPECT_THAT(outcome.out, ContainsRegex("maapi_set_elem +2\n"));
   EXPECT_THAT(outcome.out, HasSubstr("Cursors left open: 0\n"));
@@ -239,7 +242,7 @@ TEST_F(ReportTest, JsonHasEntriesWithDiffAndEventsWithVerbose) {
                           {"before", "one"},
                           {"after", "uno"},
                           {"default", nullptr}}}));
-  ASSERT_EQ(report["events"].size(), 7U);
+  ASSERT_EQ(report["events"].size(), 11U);
   const Json& call = report["events"][0];
   EXPECT_EQ(call["kind"], "call");
   EXPECT_EQ(call["number"], 1);
@@ -251,6 +254,19 @@ TEST_F(ReportTest, JsonHasEntriesWithDiffAndEventsWithVerbose) {
   EXPECT_EQ(
       report["events"][1],
       Json({{"kind", "log"}, {"call", 1}, {"pass", 0}, {"text", "2 items"}}));
+  EXPECT_EQ(report["events"][4], Json({{"kind", "change"},
+                                       {"call", 3},
+                                       {"pass", 0},
+                                       {"change", "value"},
+                                       {"list", "/demo/item"},
+                                       {"path", "/demo/item{9}"},
+                                       {"old_path", nullptr},
+                                       {"leaf", "label"},
+                                       {"before", nullptr},
+                                       {"after", "nine"}}));
+  EXPECT_EQ(report["events"][5]["kind"], "call");
+  EXPECT_EQ(report["events"][5]["number"], 3);
+  EXPECT_GT(report["events"][5]["nanoseconds"], 0);
 }
 
 TEST_F(ReportTest, JsonReportsEveryKindOfFailure) {

@@ -105,8 +105,9 @@ int SetError(int error, const std::string& text) {
 }
 
 Call::Call(const char* function)
-    : function_(function),
-      wants_values_(CallHooks::Instance().wants_values()) {}
+    : function_(function), wants_values_(CallHooks::Instance().wants_values()) {
+  if (wants_values_) start_ = Clock::now();
+}
 
 Call::~Call() {
   if (scratch_ != nullptr) va_end(args_);
@@ -223,8 +224,11 @@ int Call::FailWithoutPath(int error, const std::string& reason) {
 void Call::Report(int result) {
   CallHooks& hooks = CallHooks::Instance();
   if (!hooks.observed()) return;
+  const auto took = std::chrono::nanoseconds(
+      wants_values_ ? Clock::now() - start_ : Clock::duration(0));
   hooks.Report({0, function_, has_path_ ? path_ : std::string_view(), input_,
-                output_, result, error_, reason_});
+                output_, result, error_, reason_,
+                static_cast<uint64_t>(took.count())});
 }
 
 int FailByException(Call& call) {

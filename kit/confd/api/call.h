@@ -5,6 +5,7 @@
 
 #include <confd_lib.h>
 
+#include <chrono>
 #include <cstdarg>
 #include <cstddef>
 #include <exception>
@@ -109,8 +110,11 @@ class Call {
   bool IsFilled(size_t slot) const;
   std::string DescribeOutput() const;
 
+  using Clock = std::chrono::steady_clock;
+
   const char* function_;
   bool wants_values_;
+  Clock::time_point start_;  // where values are wanted
   mutable std::string path_;
   // A path that nobody has asked for yet is not written out.
   mutable bool has_path_ = true;

@@ -276,8 +276,8 @@ void SetObserver(Observer* observer) {
   hook.wants_values = observer->WantsValues();
   hook.on_call = [observer](const store::CallRecord& record) {
     observer->OnCall({record.number, record.function, record.path, record.input,
-                      record.output, record.result, record.error,
-                      record.reason});
+                      record.output, record.result, record.error, record.reason,
+                      record.nanoseconds});
   };
   store::CallHooks::Instance().SetObserver(std::move(hook));
 }

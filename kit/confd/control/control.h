@@ -267,6 +267,8 @@ struct Call {
   int result;
   int error;                // confd_errno of a failed call, else 0
   std::string_view reason;  // confd_lasterr() of a failed call, else ""
+  // That it took, with making these texts; 0 where they are not wanted.
+  uint64_t nanoseconds = 0;
 };
 
 // What a call changed in the transaction: an entry, or one leaf, leaf-list or

@@ -24,6 +24,7 @@ struct CallRecord {
   int result;
   int error;
   std::string_view reason;
+  uint64_t nanoseconds;  // that it took; 0 where values are not wanted
 };
 
 struct CallObserver {

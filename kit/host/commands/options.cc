@@ -54,7 +54,7 @@ constexpr char kJsonKeys[] =
     "known.\n"
     "With --diff also entries (change, list, path, leaves: leaf, before,\n"
     "after, and the default that holds where one is null), with --trace\n"
-    "also events (log records and calls in their order).";
+    "also events (log records, calls and what they changed, in their order).";
 
 // The hashes that the device family's data-model compiler gave modules of the
 // models that come with this program. Other models lack them, and the hashes
@@ -201,7 +201,8 @@ void AddReport(CLI::App& run, RunOptions& options, Raw& raw) {
       "line, as they come");
   CLI::Option* trace =
       run.add_flag("--trace", options.trace,
-                   "Print every ConfD call and log record as it happens");
+                   "Print every ConfD call, what it changed, and every log "
+                   "record as they happen");
   CLI::Option* verbose = run.add_flag(
       "--verbose", raw.verbose,
       "--log and --trace, and for each finding where and what to do about it");

@@ -11,14 +11,15 @@
 
 namespace kit::host {
 
-using Event = std::variant<LogRecord, CallRecord>;
+using Event = std::variant<LogRecord, CallRecord, ChangeRecord>;
 
 class Journal {
  public:
   void Add(LogRecord record) { events_.push_back(std::move(record)); }
-  // The calls of a long run take much memory, so that they are added only when
-  // somebody wants to see them; totals are always there.
+  // The calls and changes of a long run take much memory, so that they are
+  // added only when somebody wants to see them; totals are always there.
   void Add(CallRecord call) { events_.push_back(std::move(call)); }
+  void Add(ChangeRecord change) { events_.push_back(std::move(change)); }
   // Adds to what there is of its pass.
   void Add(const PassTotals& totals);
   void Add(const RekeyedEntries& entries);

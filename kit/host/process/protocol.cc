@@ -46,6 +46,11 @@ auto Fields(FailureMessage& m) {
 auto Fields(DoneMessage& m) {
   return std::tie(m.written.bytes, m.written.sum, m.written.sum_of_sums);
 }
+auto Fields(ChangeMessage& m) {
+  ChangeRecord& c = m.change;
+  return std::tie(c.call, c.pass, c.kind, c.list, c.path, c.old_path, c.leaf,
+                  c.before, c.after);
+}
 auto Fields(DeviceMessage& m) { return std::tie(m.name); }
 auto Fields(FindingMessage& m) {
   Finding& f = m.finding;
@@ -57,7 +62,8 @@ auto Fields(control::LeafChange& leaf) {
 }
 auto Fields(CallRecord& call) {
   return std::tie(call.number, call.pass, call.function, call.path, call.input,
-                  call.output, call.result, call.error, call.reason);
+                  call.output, call.result, call.error, call.reason,
+                  call.nanoseconds);
 }
 auto Fields(FunctionTotals& totals) {
   return std::tie(totals.function, totals.calls, totals.failed);
@@ -115,6 +121,9 @@ constexpr control::Format Last(control::Format) {
 }
 constexpr control::ChangeKind Last(control::ChangeKind) {
   return control::ChangeKind::kDeleted;
+}
+constexpr control::Change::Kind Last(control::Change::Kind) {
+  return control::Change::Kind::kValue;
 }
 constexpr SchemaEffect Last(SchemaEffect) { return SchemaEffect::kOtherResult; }
 constexpr Severity Last(Severity) { return Severity::kStop; }

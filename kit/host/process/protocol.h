@@ -29,6 +29,9 @@ struct LogMessage {
 struct CallMessage {
   CallRecord call;
 };
+struct ChangeMessage {
+  ChangeRecord change;
+};
 struct PassMessage {
   PassTotals totals;
 };
@@ -87,7 +90,7 @@ using Message =
                  ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
                  ListMessage, EntryMessage, FailureMessage, DoneMessage,
                  SchemasMessage, PassMessage, RekeyedMessage, DeviceMessage,
-                 FindingMessage>;
+                 FindingMessage, ChangeMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

@@ -87,6 +87,7 @@ void Recorder::OnChange(const control::Change& change) {
   Guard([&] {
     FollowPass();
     changes_.Add(change);
+    if (recording_.change_records) Tell(change);
   });
 }
 
@@ -148,7 +149,24 @@ void Recorder::Tell(const control::Call& call, uint64_t number) const {
   channel_.Send(CallMessage{{number, current_pass_, std::string(call.function),
                              std::string(call.path), std::string(call.input),
                              std::string(call.output), call.result, call.error,
-                             std::string(call.reason)}});
+                             std::string(call.reason), call.nanoseconds}});
+}
+
+void Recorder::Tell(const control::Change& change) const {
+  using Kind = control::Change::Kind;
+  ChangeRecord record;
+  record.call = calls_ + 1;
+  record.pass = current_pass_;
+  record.kind = change.kind;
+  record.list = change.List();
+  record.path = change.Path();
+  if (change.kind == Kind::kRenamed) record.old_path = change.OldPath();
+  if (change.kind == Kind::kValue) {
+    record.leaf = change.Leaf();
+    record.before = change.Before();
+    record.after = change.After();
+  }
+  channel_.Send(ChangeMessage{std::move(record)});
 }
 
 void Recorder::TellTotals() { Flush(current_pass_); }

@@ -20,8 +20,9 @@
 namespace kit::host {
 
 struct Recording {
-  bool calls = false;    // each is told
-  bool changes = false;  // they are counted
+  bool calls = false;           // each is told
+  bool changes = false;         // they are counted
+  bool change_records = false;  // each is told, if they are counted
 };
 
 // The process's observer while it lives. Totals of a pass are told when the
@@ -57,6 +58,7 @@ class Recorder : public control::Observer {
   void CountFailure(const control::Call& call);
   void KeepFailure(const control::Call& call);
   void Tell(const control::Call& call, uint64_t number) const;
+  void Tell(const control::Change& change) const;
   // Whatever befalls it, the call that is under way comes to its end.
   template <typename Step>
   void Guard(const Step& step);

@@ -102,8 +102,8 @@ bool MaySay(Speaker speaker, const Message& message) {
       return IsAnyOf<PhaseMessage, InputMessage, LossMessage, DeviceMessage,
                      FindingMessage, FailureMessage>(message);
     case Speaker::kPlugin:
-      return IsAnyOf<PhaseMessage, LogMessage, CallMessage, PassMessage,
-                     ResultMessage, FailureMessage>(message);
+      return IsAnyOf<PhaseMessage, LogMessage, CallMessage, ChangeMessage,
+                     PassMessage, ResultMessage, FailureMessage>(message);
     case Speaker::kFinisher:
       return IsAnyOf<PhaseMessage, ViolationMessage, ValidatedMessage,
                      SchemasMessage, ListMessage, RekeyedMessage, EntryMessage,
@@ -386,6 +386,17 @@ class Supervisor {
       return;
     }
     timer_.RunUncounted([&] { listener_.OnCall(std::move(message.call)); });
+  }
+  void On(ChangeMessage& message) {
+    const ChangeRecord& change = message.change;
+    if (supervision_.keep_calls &&
+        !HasRoomFor(change.list.size() + change.path.size() +
+                    change.old_path.size() + change.leaf.size() +
+                    change.before.value_or("").size() +
+                    change.after.value_or("").size())) {
+      return;
+    }
+    timer_.RunUncounted([&] { listener_.OnChange(std::move(message.change)); });
   }
   void On(PassMessage& message) {
     // Of a run that goes well there are a few.

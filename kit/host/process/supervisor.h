@@ -20,6 +20,7 @@ class Listener {
   virtual ~Listener() = default;
   virtual void OnLog(LogRecord record) = 0;
   virtual void OnCall(CallRecord call) = 0;
+  virtual void OnChange(ChangeRecord change) = 0;
   virtual void OnPass(PassTotals totals) = 0;
   // Told of after a success, when all passes have been.
   virtual void OnRekeyed(const RekeyedEntries& entries) = 0;
@@ -28,9 +29,10 @@ class Listener {
 };
 
 struct Supervision {
-  double timeout_s = 60;    // that the plug-in, or another step, has; 0: none
-  bool keep_calls = false;  // whether the listener keeps what calls it is told
-  int output_fd = -1;       // an empty file for the result, or -1
+  double timeout_s = 60;  // that the plug-in, or another step, has; 0: none
+  // Whether the listener keeps the calls and changes that it is told of.
+  bool keep_calls = false;
+  int output_fd = -1;  // an empty file for the result, or -1
 };
 
 // Throws std::system_error when the system can't run a process.

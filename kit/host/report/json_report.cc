@@ -224,7 +224,38 @@ Json EventJson(const CallRecord& call) {
           {"result", call.result},
           {"error", call.error},
           {"reason", NullIfEmpty(call.reason)},
+          {"nanoseconds", call.nanoseconds},
           {"text", RenderCall(call)}};
+}
+
+const char* Name(control::Change::Kind kind) {
+  using Kind = control::Change::Kind;
+  switch (kind) {
+    case Kind::kCreated:
+      return "created";
+    case Kind::kDeleted:
+      return "deleted";
+    case Kind::kRenamed:
+      return "renamed";
+    case Kind::kMoved:
+      return "moved";
+    case Kind::kValue:
+      return "value";
+  }
+  return "unknown";
+}
+
+Json EventJson(const ChangeRecord& change) {
+  return {{"kind", "change"},
+          {"call", change.call},
+          {"pass", change.pass},
+          {"change", Name(change.kind)},
+          {"list", change.list},
+          {"path", change.path},
+          {"old_path", NullIfEmpty(change.old_path)},
+          {"leaf", NullIfEmpty(change.leaf)},
+          {"before", OrNull(change.before)},
+          {"after", OrNull(change.after)}};
 }
 
 Json EventsJson(const Report& report) {

@@ -58,6 +58,9 @@ std::string RenderFailure(const Failure& failure);
 // A call as one line, of any characters.
 std::string RenderCall(const CallRecord& call);
 
+// A change as one line, of any characters.
+std::string RenderChange(const ChangeRecord& change);
+
 // One line for each constraint that the result breaks.
 std::string RenderViolations(const std::vector<control::Violation>& violations);
 

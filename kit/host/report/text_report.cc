@@ -292,6 +292,26 @@ std::string RenderCall(const CallRecord& call) {
                             call.output, call.result, call.error, call.reason});
 }
 
+std::string RenderChange(const ChangeRecord& change) {
+  using Kind = control::Change::Kind;
+  switch (change.kind) {
+    case Kind::kCreated:
+      return "  created " + change.path;
+    case Kind::kDeleted:
+      return "  deleted " + change.path;
+    case Kind::kRenamed:
+      return "  renamed " + change.old_path + " to " + change.path;
+    case Kind::kMoved:
+      return "  moved " + change.path;
+    case Kind::kValue:
+      break;
+  }
+  const std::string holder = change.path == "/" ? "" : change.path;
+  return fmt::format("  changed {}/{}: {} -> {}", holder, change.leaf,
+                     change.before.value_or("(none)"),
+                     change.after.value_or("(none)"));
+}
+
 std::string RenderViolations(
     const std::vector<control::Violation>& violations) {
   std::string text;

@@ -60,12 +60,12 @@ TEST_F(CallHooksTest, RecordsAreNumberedFromTheObserversStart) {
   hooks_.SetObserver(observer);
   EXPECT_TRUE(hooks_.observed());
   EXPECT_TRUE(hooks_.wants_values());
-  hooks_.Report({0, "f", "", "", "", 0, 0, ""});
-  hooks_.Report({0, "f", "", "", "", 0, 0, ""});
+  hooks_.Report({0, "f", "", "", "", 0, 0, "", 0});
+  hooks_.Report({0, "f", "", "", "", 0, 0, "", 0});
   observer.wants_values = false;
   hooks_.SetObserver(observer);
   EXPECT_FALSE(hooks_.wants_values());
-  hooks_.Report({0, "f", "", "", "", 0, 0, ""});
+  hooks_.Report({0, "f", "", "", "", 0, 0, "", 0});
   EXPECT_EQ(numbers, (std::vector<uint64_t>{1, 2, 1}));
   hooks_.SetObserver(std::nullopt);
   EXPECT_FALSE(hooks_.observed());

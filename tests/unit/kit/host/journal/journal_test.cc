@@ -18,7 +18,7 @@ PassTotals Pass(uint32_t number, uint64_t calls) {
 TEST(JournalTest, KeepsRecordsAndCallsInTheirOrder) {
   Journal journal;
   journal.Add(LogRecord{0, 0, "a"});
-  journal.Add(CallRecord{1, 0, "f", "", "", "", 0, 0, ""});
+  journal.Add(CallRecord{1, 0, "f", "", "", "", 0, 0, "", 5});
   journal.Add(LogRecord{1, 0, "b"});
   ASSERT_EQ(journal.events().size(), 3u);
   EXPECT_EQ(std::get<CallRecord>(journal.events()[1]).function, "f");

@@ -52,7 +52,7 @@ TEST(ProtocolTest, ViolationsAndTotalsComeThrough) {
 
 TEST(ProtocolTest, CallsComeThrough) {
   const auto call =
-      RoundTrip(CallMessage{{7, 3, "f", "/p", "in", "out", -1, 13, "why"}})
+      RoundTrip(CallMessage{{7, 3, "f", "/p", "in", "out", -1, 13, "why", 99}})
           .call;
   EXPECT_EQ(call.number, 7U);
   EXPECT_EQ(call.pass, 3U);
@@ -63,6 +63,24 @@ TEST(ProtocolTest, CallsComeThrough) {
   EXPECT_EQ(call.result, -1);
   EXPECT_EQ(call.error, 13);
   EXPECT_EQ(call.reason, "why");
+  EXPECT_EQ(call.nanoseconds, 99U);
+}
+
+TEST(ProtocolTest, ChangesKeepAbsentAndEmptyValuesApart) {
+  using Kind = control::Change::Kind;
+  const auto change =
+      RoundTrip(ChangeMessage{{7, 3, Kind::kValue, "/l", "/l{1}", "/l{2}",
+                               "leaf", std::nullopt, ""}})
+          .change;
+  EXPECT_EQ(change.call, 7U);
+  EXPECT_EQ(change.pass, 3U);
+  EXPECT_EQ(change.kind, Kind::kValue);
+  EXPECT_EQ(change.list, "/l");
+  EXPECT_EQ(change.path, "/l{1}");
+  EXPECT_EQ(change.old_path, "/l{2}");
+  EXPECT_EQ(change.leaf, "leaf");
+  EXPECT_EQ(change.before, std::nullopt);
+  EXPECT_EQ(change.after, "");
 }
 
 TEST(ProtocolTest, TheTotalsOfAPassComeThrough) {
