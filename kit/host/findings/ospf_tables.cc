@@ -5,6 +5,17 @@ namespace kit::host {
 using control::Side;
 using control::TableRow;
 
+OspfTables::Keys OspfTables::ReadPairs(
+    Side side, const std::string& list,
+    const std::vector<std::string>& leaves) const {
+  Keys keys;
+  Read(side, list, leaves, [&keys](const TableRow& row) {
+    keys.insert(
+        Pair(row.leaves[0].text.value_or(""), row.leaves[1].text.value_or("")));
+  });
+  return keys;
+}
+
 const std::vector<std::string>& OspfTables::Entities(Side side) {
   auto& entities = side == Side::kInput ? old_entities_ : new_entities_;
   if (!entities) {

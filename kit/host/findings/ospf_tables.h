@@ -5,11 +5,19 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "kit/confd/control/control.h"
 
 namespace kit::host {
+
+// Two keys as one.
+inline std::string Pair(std::string_view first, std::string_view second) {
+  std::string both(first);
+  return both.append(1, ' ').append(second);
+}
 
 // Numbers and addresses are texts here, as the tables have them.
 class OspfTables {
@@ -23,6 +31,12 @@ class OspfTables {
             const std::function<void(const control::TableRow&)>& sink) const {
     database_.ReadTable(side, list, leaves, sink);
   }
+
+  using Keys = std::unordered_set<std::string>;
+
+  // Two leaves of each entry, as Pair joins them.
+  Keys ReadPairs(control::Side side, const std::string& list,
+                 const std::vector<std::string>& leaves) const;
 
   // Keys of the OSPFv2 entities: process ids, or indexes after the upgrade.
   const std::vector<std::string>& Entities(control::Side side);
