@@ -23,6 +23,14 @@ const std::vector<CodeRule>& OspfCodeRules() {
        Side::kResult,
        {"list", "key"},
        FindForeignEntries},
+      {"ospfv2-areas-that-lose-their-entry",
+       Side::kResult,
+       {"process", "area"},
+       FindAreasThatLoseTheirEntry},
+      {"ospfv3-areas-without-entry",
+       Side::kInput,
+       {"instance", "area"},
+       FindV3AreasWithoutEntry},
   };
   return rules;
 }
