@@ -47,7 +47,7 @@ kit::control::Fault ToFault(const json& object) {
 
 UpgradeCase FromJson(const json& object, const std::filesystem::path& folder) {
   CheckKeys(object, {"description", "before", "models", "status", "aborts",
-                     "violations", "unchanged", "faults"});
+                     "violations", "unchanged", "findings", "faults"});
   UpgradeCase upgrade_case;
   upgrade_case.description = object.at("description");
   upgrade_case.configuration =
@@ -63,6 +63,10 @@ UpgradeCase FromJson(const json& object, const std::filesystem::path& folder) {
   upgrade_case.violations =
       object.value("violations", std::vector<std::string>());
   upgrade_case.unchanged = object.value("unchanged", false);
+  if (object.contains("findings")) {
+    upgrade_case.findings =
+        object.at("findings").get<std::vector<std::string>>();
+  }
   for (const json& fault : object.value("faults", json::array())) {
     upgrade_case.faults.push_back(ToFault(fault));
   }

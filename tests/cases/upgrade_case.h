@@ -4,6 +4,7 @@
 #define TESTS_CASES_UPGRADE_CASE_H_
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ struct UpgradeCase {
   // "unchanged": the plug-in changes no value of the transaction, though it may
   // write the value that is there; false without it.
   bool unchanged = false;
+  // "findings": the rules that find something in it, sorted, of those of OSPF
+  // and those for any upgrade that look at data; not looked at without it.
+  std::optional<std::vector<std::string>> findings;
   // "faults": calls that do not go as the data would have it.
   std::vector<kit::control::Fault> faults;
 };
