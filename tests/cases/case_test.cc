@@ -13,11 +13,18 @@
 #include <unistd.h>
 #include <zqconfd_sink.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <memory>
+#include <set>
 #include <thread>
 
+#include "kit/host/findings/built_in.h"
+#include "kit/host/findings/data_rules.h"
+#include "kit/host/findings/rule_reader.h"
+#include "kit/host/findings/run_rules.h"
+#include "kit/host/text.h"
 #include "tests/cases/upgrade_case.h"
 #include "tests/support/golden.h"
 
@@ -25,6 +32,55 @@ namespace cases {
 namespace {
 
 using test_support::Upgrade;
+
+const kit::host::Catalogue& Rules() {
+  static const kit::host::Catalogue rules = kit::host::LoadCatalogue(
+      std::string(TEST_SOURCE_ROOT) + "/rules/ospf.json", false);
+  return rules;
+}
+
+// What there is to look at in one upgrade: the rules of OSPF, and those for any
+// upgrade that look at data.
+class FindingsOfCase {
+ public:
+  explicit FindingsOfCase(const kit::control::Database& database)
+      : database_(database) {
+    kit::host::CheckExpressions(Rules(), database_);
+    Add(FindInInput(Rules(), database_));
+    Add(kit::host::LossFindings(database_.Losses()));
+  }
+
+  // After the upgrade.
+  void Finish(const std::string& log, bool has_succeeded) {
+    kit::host::LogRules log_rules(Rules());
+    for (const std::string_view line : kit::host::Lines(log)) {
+      log_rules.Add(line);
+    }
+    Add(log_rules.Findings());
+    if (!has_succeeded) return;
+    Add(FindInResult(Rules(), database_));
+    Add(kit::host::DefaultFindings(database_.MovedDefaults()));
+  }
+
+  std::vector<std::string> rules() const {
+    return {rules_.begin(), rules_.end()};
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  void Add(const std::vector<kit::host::Finding>& findings) {
+    for (const kit::host::Finding& finding : findings) {
+      rules_.insert(finding.rule);
+      text_ += finding.rule + " " + finding.message;
+      if (!finding.unit.empty()) text_ += " (" + finding.unit + ")";
+      text_ += "\n";
+    }
+  }
+
+  const kit::control::Database& database_;
+  std::set<std::string> rules_;
+  std::string text_;
+};
 
 using UpdateFunction = int (*)(int maapi_sock, int thandle, int cdb_sock);
 
@@ -103,6 +159,7 @@ class UpgradeCaseTest : public testing::Test {
   }
 
   void CheckOutcome(const UpgradeCase& the_case, Upgrade& upgrade) const {
+    FindingsOfCase findings(upgrade.database());
     EXPECT_EQ(
         Update()(upgrade.maapi_sock(), upgrade.thandle(), upgrade.cdb_sock()),
         the_case.status);
@@ -112,6 +169,10 @@ class UpgradeCaseTest : public testing::Test {
       EXPECT_EQ(upgrade.Changes(), "");
     }
     if (the_case.status == 0) CheckValidity(the_case, upgrade);
+    if (the_case.findings) {
+      findings.Finish(upgrade.Log(), the_case.status == 0);
+      EXPECT_EQ(findings.rules(), *the_case.findings) << findings.text();
+    }
   }
 
   static void CheckValidity(const UpgradeCase& the_case, Upgrade& upgrade) {
@@ -173,6 +234,66 @@ TEST(UpgradeCasesTest, EachFolderHoldsACase) {
   }
   EXPECT_GT(registered, 0);
   EXPECT_EQ(folders, registered) << "a folder of tests/cases has no case.json";
+}
+
+TEST(UpgradeCasesTest, EachRuleHasACaseThatTriggersItAndOneThatDoesNot) {
+  std::vector<std::vector<std::string>> all;
+  for (const std::string& name : CaseNames()) {
+    const UpgradeCase the_case = ReadCase(name);
+    if (the_case.findings) all.push_back(*the_case.findings);
+  }
+  for (const kit::host::Rule& rule : Rules().rules) {
+    const auto triggers = [&rule](const std::vector<std::string>& findings) {
+      return std::count(findings.begin(), findings.end(), rule.id) > 0;
+    };
+    EXPECT_TRUE(std::any_of(all.begin(), all.end(), triggers)) << rule.id;
+    EXPECT_FALSE(std::all_of(all.begin(), all.end(), triggers)) << rule.id;
+  }
+}
+
+// "docs/passes.md#4": the place is marked there.
+TEST(UpgradeCasesTest, EachRuleNamesASectionThatExists) {
+  for (const kit::host::Rule& rule : Rules().rules) {
+    const size_t hash = rule.section.find('#');
+    ASSERT_NE(hash, std::string::npos) << rule.id;
+    const std::string page = ReadText(std::filesystem::path(TEST_SOURCE_ROOT) /
+                                      rule.section.substr(0, hash));
+    EXPECT_NE(page.find("<a id=\"" + rule.section.substr(hash + 1) + "\"></a>"),
+              std::string::npos)
+        << rule.id;
+  }
+}
+
+TEST(UpgradeCasesTest, EachRuleIsInTheDocumentationWithItsSeverity) {
+  const std::string page =
+      ReadText(std::filesystem::path(TEST_SOURCE_ROOT) / "docs/findings.md");
+  for (const kit::host::Rule& rule : Rules().rules) {
+    const char* const names[] = {"note", "look", "stop"};
+    const std::string row = "| " + rule.id + " | " +
+                            names[static_cast<size_t>(rule.severity)] + " | ";
+    EXPECT_NE(page.find(row), std::string::npos) << row;
+  }
+}
+
+// It shows each kind of rule that a site may want.
+TEST(UpgradeCasesTest, TheRulesInTheDocumentationAreTaken) {
+  const std::string page =
+      ReadText(std::filesystem::path(TEST_SOURCE_ROOT) / "docs/findings.md");
+  const std::string begin = "```json\n";
+  const size_t at = page.find(begin) + begin.size();
+  const std::string text = page.substr(at, page.find("```", at) - at);
+  const kit::host::Catalogue rules =
+      kit::host::ReadCatalogue(text, "docs/findings.md", true);
+  EXPECT_EQ(rules.rules.size(), 3u);
+  Upgrade upgrade(ReadText(ReadCase("example_provider_edge").configuration));
+  kit::host::CheckExpressions(rules, upgrade.database());
+  ASSERT_EQ(
+      Update()(upgrade.maapi_sock(), upgrade.thandle(), upgrade.cdb_sock()), 0);
+  const auto findings = FindInResult(rules, upgrade.database());
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_EQ(findings[0].rule, "SITE-1");
+  EXPECT_EQ(findings[0].message,
+            "10.110.0.1 in area 0.0.0.10 does not authenticate");
 }
 
 TEST(UpgradeCasesTest, AFaultyCaseIsAFailureOfThatCaseAlone) {
