@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "kit/confd/model/value_type.h"
 
@@ -15,6 +16,26 @@ namespace kit::store {
 class Value {
  public:
   Value() = default;
+  ~Value() = default;
+  // Most values have no text: a string takes its time to copy even if empty.
+  Value(const Value& other)
+      : type_(other.type_), length_(other.length_), bits_(other.bits_) {
+    if (!other.text_.empty()) text_ = other.text_;
+  }
+  Value(Value&& other) noexcept
+      : type_(other.type_), length_(other.length_), bits_(other.bits_) {
+    if (!other.text_.empty()) text_ = std::move(other.text_);
+  }
+  Value& operator=(const Value& other) {
+    if (!text_.empty() || !other.text_.empty()) text_ = other.text_;
+    CopyNumbers(other);
+    return *this;
+  }
+  Value& operator=(Value&& other) noexcept {
+    if (!text_.empty() || !other.text_.empty()) text_ = std::move(other.text_);
+    CopyNumbers(other);
+    return *this;
+  }
 
   // Integers in two's complement, booleans, enumerations, bit sets, decimal64
   // (with its fraction digits in `length`), IPv4 addresses and dotted quads in
@@ -45,6 +66,12 @@ class Value {
   const std::string& text() const { return text_; }
 
  private:
+  void CopyNumbers(const Value& other) {
+    type_ = other.type_;
+    length_ = other.length_;
+    bits_ = other.bits_;
+  }
+
   ValueType type_ = ValueType::kNoExists;
   uint8_t length_ = 0;
   uint64_t bits_ = 0;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace kit::store {
@@ -21,6 +22,26 @@ void ExpectAscending(const std::vector<Value>& values) {
       EXPECT_EQ(order == 0, i == j) << i << " " << j;
       EXPECT_EQ(values[i] == values[j], i == j);
       EXPECT_EQ(values[i] != values[j], i != j);
+    }
+  }
+}
+
+TEST(Value, KeepsAllMembersWhenCopiedAndMoved) {
+  const std::vector<Value> values = {
+      Value(), Value::Number(ValueType::kIpv4Prefix, 0x0a000000, 8),
+      Value::Text(ValueType::kBuf, "a"),
+      Value::Text(ValueType::kIdentityref, "module:name", 3, 7)};
+  for (const Value& value : values) {
+    Value copy(value);
+    EXPECT_EQ(copy, value);
+    EXPECT_EQ(Value(std::move(copy)), value);
+    for (const Value& other : values) {
+      Value replaced = other;
+      replaced = value;
+      EXPECT_EQ(replaced, value);
+      replaced = other;
+      replaced = Value(value);
+      EXPECT_EQ(replaced, value);
     }
   }
 }
