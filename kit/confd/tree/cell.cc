@@ -242,7 +242,7 @@ void KeyPrefixBuilder::AddNumber(uint64_t number, size_t bytes) {
 void KeyPrefixBuilder::Add(const LeafType& type, const Value& key) {
   // Behind something that was cut short nothing may follow. A union's values
   // are ordered by their types first.
-  if (!is_whole_ || !type.value_type()) {
+  if (!is_whole_ || type.value_type() != key.type()) {
     is_whole_ = false;
     return;
   }

@@ -2,14 +2,32 @@
 
 namespace kit::store {
 
-Node* EntryIndex::At(Position position) const {
+const EntryIndex::Row* EntryIndex::RowAt(Position position) const {
   if (position.block >= blocks_.size()) return nullptr;
   const auto& rows = blocks_[position.block].rows;
-  if (position.slot < rows.size()) return rows[position.slot].node;
+  if (position.slot < rows.size()) return &rows[position.slot];
   // The end of one block is the beginning of the next.
   return position.block + 1 < blocks_.size()
-             ? blocks_[position.block + 1].rows[0].node
+             ? &blocks_[position.block + 1].rows[0]
              : nullptr;
+}
+
+Node* EntryIndex::At(Position position) const {
+  const Row* row = RowAt(position);
+  return row == nullptr ? nullptr : row->node;
+}
+
+Node* EntryIndex::At(Position position, KeyPrefix whole) const {
+  const Row* row = RowAt(position);
+  return row != nullptr && row->prefix == whole ? row->node : nullptr;
+}
+
+Node* EntryIndex::AtLast(KeyPrefix prefix) const {
+  if (last_.block >= blocks_.size()) return nullptr;
+  const auto& rows = blocks_[last_.block].rows;
+  if (last_.slot >= rows.size()) return nullptr;
+  const Row& row = rows[last_.slot];
+  return row.prefix == prefix ? row.node : nullptr;
 }
 
 EntryIndex::Position EntryIndex::After(Position position) const {
@@ -58,10 +76,10 @@ Node* EntryIndex::AtRank(size_t rank) const {
 void EntryIndex::Split(Arena& arena, Position& position) {
   ArenaArray<Row>& rows = blocks_[position.block].rows;
   if (position.slot == 0) {
-    blocks_.Insert(arena, position.block, Block{{}, 0});
+    blocks_.Insert(arena, position.block, Block{});
     return;
   }
-  Block upper{{}, 0};
+  Block upper{};
   // Entries that come in their order leave full blocks behind.
   const size_t kept =
       position.slot == rows.size() ? rows.size() : kBlockSize / 2;
@@ -77,7 +95,7 @@ void EntryIndex::Split(Arena& arena, Position& position) {
 
 void EntryIndex::Insert(Arena& arena, Position position, KeyPrefix prefix,
                         Node* node) {
-  if (blocks_.empty()) blocks_.Insert(arena, 0, Block{{}, 0});
+  if (blocks_.empty()) blocks_.Insert(arena, 0, Block{});
   const bool at_front = position.slot == 0 && position.block > 0;
   if (at_front && blocks_[position.block - 1].rows.size() < kBlockSize) {
     --position.block;
@@ -85,17 +103,18 @@ void EntryIndex::Insert(Arena& arena, Position position, KeyPrefix prefix,
   } else if (blocks_[position.block].rows.size() == kBlockSize) {
     Split(arena, position);
   }
-  blocks_[position.block].rows.Insert(arena, position.slot, {prefix, node});
+  Block& block = blocks_[position.block];
+  block.rows.Insert(arena, position.slot, {prefix, node});
   ++size_;
   ranks_valid_ = false;
   last_ = position;
 }
 
 void EntryIndex::Erase(Arena& arena, Position position) {
-  ArenaArray<Row>& rows = blocks_[position.block].rows;
-  rows.Erase(position.slot);
-  if (rows.empty()) {
-    rows.Release(arena);
+  Block& block = blocks_[position.block];
+  block.rows.Erase(position.slot);
+  if (block.rows.empty()) {
+    block.rows.Release(arena);
     blocks_.Erase(position.block);
   }
   --size_;

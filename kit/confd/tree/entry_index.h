@@ -25,9 +25,14 @@ class EntryIndex {
   Position Begin() const { return {0, 0}; }
   // Null at the end.
   Node* At(Position position) const;
+  // The same where the prefix says all of an entry's keys: null unless they are
+  // those of the entry there.
+  Node* At(Position position, KeyPrefix whole) const;
   Position After(Position position) const;
-  // The entry that was last found, put in or asked for; it may be null.
-  Node* Last() const { return size_ == 0 ? nullptr : At(last_); }
+  // Where the last search ended, or what was last put in or asked for.
+  Position Last() const { return last_; }
+  // The entry there; null where another prefix stands there, or nothing.
+  Node* AtLast(KeyPrefix prefix) const;
   // The entry number `rank`, from 0, which must be there.
   Node* AtRank(size_t rank) const;
   // How many entries stand before the position.
@@ -61,6 +66,11 @@ class EntryIndex {
     if (!(row.prefix == prefix)) return row.prefix < prefix;
     return compare(*row.node) < 0;
   }
+  // Whether the search ends where the last one did, as when an entry is put in
+  // that was just looked for.
+  template <typename CompareNode>
+  bool StandsAtLast(KeyPrefix prefix, const CompareNode& compare) const;
+  const Row* RowAt(Position position) const;
   void FindRanks() const;
   void Split(Arena& arena, Position& position);
 
@@ -73,9 +83,20 @@ class EntryIndex {
 };
 
 template <typename CompareNode>
+bool EntryIndex::StandsAtLast(KeyPrefix prefix,
+                              const CompareNode& compare) const {
+  if (last_.block >= blocks_.size()) return false;
+  const auto& rows = blocks_[last_.block].rows;
+  return last_.slot > 0 && last_.slot < rows.size() &&
+         !IsBefore(rows[last_.slot], prefix, compare) &&
+         IsBefore(rows[last_.slot - 1], prefix, compare);
+}
+
+template <typename CompareNode>
 EntryIndex::Position EntryIndex::LowerBound(KeyPrefix prefix,
                                             const CompareNode& compare) const {
   if (size_ == 0) return {};
+  if (StandsAtLast(prefix, compare)) return last_;
   // The block whose last row is the first not to stand before it.
   size_t low = 0;
   size_t high = blocks_.size();

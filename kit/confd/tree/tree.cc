@@ -396,7 +396,13 @@ void List::Destroy(List* list) {
 
 List::Found List::Search(KeyView keys) const {
   const KeyPrefixBuilder builder = PrefixOf(*schema_, keys);
-  const bool decides = builder.is_whole() && keys.size == schema_->key_count;
+  const bool is_full = keys.size == schema_->key_count;
+  const bool decides = is_full && builder.is_whole();
+  // Programs make several calls on one entry.
+  Node* const last = is_full ? by_key_.AtLast(builder.prefix()) : nullptr;
+  if (last != nullptr && (decides || HasKeys(*last, keys))) {
+    return {by_key_.Last(), builder.prefix(), last};
+  }
   auto compare = [&](const Node& node) {
     if (decides) return 0;
     for (size_t i = 0; i < keys.size; ++i) {
@@ -408,8 +414,12 @@ List::Found List::Search(KeyView keys) const {
   };
   Found found{by_key_.LowerBound(builder.prefix(), compare), builder.prefix(),
               nullptr};
+  if (decides) {
+    found.node = by_key_.At(found.position, found.prefix);
+    return found;
+  }
   Node* node = by_key_.At(found.position);
-  if (node == nullptr || keys.size < schema_->key_count) return found;
+  if (node == nullptr || !is_full) return found;
   if (HasKeys(*node, keys)) found.node = node;
   return found;
 }
@@ -435,12 +445,7 @@ EntryIndex::Position List::PositionOf(const Node& entry) const {
   return Search({keys.data(), keys.size()}).position;
 }
 
-Node* List::Find(KeyView keys) const {
-  // Programs make several calls on one entry.
-  Node* last = by_key_.Last();
-  if (last != nullptr && HasKeys(*last, keys)) return last;
-  return Search(keys).node;
-}
+Node* List::Find(KeyView keys) const { return Search(keys).node; }
 
 std::pair<Node*, bool> List::Insert(KeyView keys, const Node* like) {
   const Found found = Search(keys);

@@ -103,6 +103,14 @@ TEST(KeyPrefix, SaysWhetherItHoldsTheKeysWhole) {
   EXPECT_FALSE(of_text.is_whole());
 }
 
+// Its bytes would look like those of a key.
+TEST(KeyPrefix, IsNotWholeForAValueOfAnotherType) {
+  const LeafType& number = *NodeAt(Zoo(), "/zoo:values/u32").type;
+  KeyPrefixBuilder builder;
+  builder.Add(number, Value::Number(ValueType::kIpv4, 7));
+  EXPECT_FALSE(builder.is_whole());
+}
+
 // Different types under one key are ordered by type before all else.
 TEST(KeyPrefix, SaysNothingOfAUnion) {
   const LeafType& type =

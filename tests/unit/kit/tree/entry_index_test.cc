@@ -99,6 +99,28 @@ TEST_P(EntryIndexTest, StaysWholeWhileEntriesMoveToTheFront) {
   ExpectAll();
 }
 
+TEST_P(EntryIndexTest, TellsByAWholePrefixWhetherTheEntryIsThere) {
+  for (uint64_t number : {100u, 200u}) Insert(number);
+  EXPECT_EQ(index_.At(Search(150)), NodeOf(200));
+  EXPECT_EQ(index_.At(Search(150), PrefixOf(150)), nullptr);
+  EXPECT_EQ(index_.At(Search(200), PrefixOf(200)), NodeOf(200));
+  EXPECT_EQ(index_.At(Search(300), PrefixOf(300)), nullptr);
+}
+
+TEST_P(EntryIndexTest, HasTheEntryThatWasLastFoundUntilItGoes) {
+  for (uint64_t number : {100u, 200u, 300u}) Insert(number);
+  Search(200);
+  EXPECT_EQ(index_.AtLast(PrefixOf(200)), NodeOf(200));
+  EXPECT_EQ(index_.AtLast(PrefixOf(300)), nullptr);
+  Erase(200);
+  EXPECT_EQ(index_.AtLast(PrefixOf(200)), nullptr);
+  Search(400);
+  EXPECT_EQ(index_.AtLast(PrefixOf(400)), nullptr);
+  Erase(100);
+  Erase(300);
+  EXPECT_EQ(index_.AtLast(PrefixOf(300)), nullptr);
+}
+
 INSTANTIATE_TEST_SUITE_P(Prefixes, EntryIndexTest, testing::Bool());
 
 }  // namespace
