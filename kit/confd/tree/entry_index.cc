@@ -73,6 +73,11 @@ Node* EntryIndex::AtRank(size_t rank) const {
   return blocks_[low].rows[last_.slot].node;
 }
 
+void EntryIndex::NoteLast(Block& block) {
+  if (block.rows.empty()) return;
+  block.last = block.rows[block.rows.size() - 1].prefix;
+}
+
 void EntryIndex::Split(Arena& arena, Position& position) {
   ArenaArray<Row>& rows = blocks_[position.block].rows;
   if (position.slot == 0) {
@@ -87,6 +92,8 @@ void EntryIndex::Split(Arena& arena, Position& position) {
     upper.rows.Insert(arena, upper.rows.size(), rows[i]);
   }
   while (rows.size() > kept) rows.Erase(rows.size() - 1);
+  NoteLast(blocks_[position.block]);
+  NoteLast(upper);
   blocks_.Insert(arena, position.block + 1, upper);
   if (position.slot >= kept) {
     position = {position.block + 1, position.slot - kept};
@@ -105,6 +112,7 @@ void EntryIndex::Insert(Arena& arena, Position position, KeyPrefix prefix,
   }
   Block& block = blocks_[position.block];
   block.rows.Insert(arena, position.slot, {prefix, node});
+  NoteLast(block);
   ++size_;
   ranks_valid_ = false;
   last_ = position;
@@ -113,6 +121,7 @@ void EntryIndex::Insert(Arena& arena, Position position, KeyPrefix prefix,
 void EntryIndex::Erase(Arena& arena, Position position) {
   Block& block = blocks_[position.block];
   block.rows.Erase(position.slot);
+  NoteLast(block);
   if (block.rows.empty()) {
     block.rows.Release(arena);
     blocks_.Erase(position.block);

@@ -56,6 +56,8 @@ class EntryIndex {
   struct Block {
     ArenaArray<Row> rows;
     size_t first_rank;  // while ranks_valid_
+    // Of its last row. A search goes through these alone, which lie together.
+    KeyPrefix last;
   };
   static constexpr size_t kBlockSize = 256;
 
@@ -72,6 +74,7 @@ class EntryIndex {
   bool StandsAtLast(KeyPrefix prefix, const CompareNode& compare) const;
   const Row* RowAt(Position position) const;
   void FindRanks() const;
+  static void NoteLast(Block& block);
   void Split(Arena& arena, Position& position);
 
   ArenaArray<Block> blocks_;
@@ -101,8 +104,9 @@ EntryIndex::Position EntryIndex::LowerBound(KeyPrefix prefix,
   size_t low = 0;
   size_t high = blocks_.size();
   auto block_is_before = [&](size_t block) {
-    const auto& rows = blocks_[block].rows;
-    return IsBefore(rows[rows.size() - 1], prefix, compare);
+    const Block& b = blocks_[block];
+    if (!(b.last == prefix)) return b.last < prefix;
+    return compare(*b.rows[b.rows.size() - 1].node) < 0;
   };
   if (last_.block < high) {
     const bool is_before = block_is_before(last_.block);
