@@ -24,7 +24,9 @@ int Sessions::Open(Session session) {
     throw std::system_error(errno, std::generic_category(),
                             "opening a session");
   }
-  sessions_[socket] = std::make_unique<Session>(std::move(session));
+  const auto& opened = sessions_[socket] =
+      std::make_unique<Session>(std::move(session));
+  if (auto* place = LowPlace(socket)) *place = opened.get();
   return socket;
 }
 
@@ -48,10 +50,14 @@ int Sessions::OpenMaapi(Database& database, int* thandle) {
 
 void Sessions::Close(int socket) {
   std::lock_guard<std::mutex> lock(mutex_);
-  if (sessions_.erase(socket) > 0) close(socket);
+  if (sessions_.count(socket) == 0) return;
+  if (auto* place = LowPlace(socket)) *place = nullptr;
+  sessions_.erase(socket);
+  close(socket);
 }
 
 Session* Sessions::Find(int socket) {
+  if (const auto* place = LowPlace(socket)) return *place;
   std::lock_guard<std::mutex> lock(mutex_);
   auto it = sessions_.find(socket);
   return it == sessions_.end() ? nullptr : it->second.get();

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <system_error>
+#include <vector>
 
 #include "tests/support/models.h"
 
@@ -35,6 +36,20 @@ TEST_F(SessionTest, SocketsAreDescriptorsOfTheirOwn) {
   EXPECT_EQ(fcntl(cdb, F_GETFD), -1);
   // A second time there is nothing to close.
   sessions_.Close(cdb);
+}
+
+TEST_F(SessionTest, IsFoundOnASocketOfAnyNumberUntilItIsClosed) {
+  std::vector<int> taken;
+  do {
+    const int cdb = sessions_.OpenCdb(database_);
+    EXPECT_EQ(sessions_.Cdb(cdb).database, &database_) << cdb;
+    sessions_.Close(cdb);
+    EXPECT_EQ(ErrorOf([&] { sessions_.Cdb(cdb); }),
+              "22: no CDB read session on socket " + std::to_string(cdb));
+    taken.push_back(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    ASSERT_GE(taken.back(), 0);
+  } while (taken.back() < 300);
+  for (const int descriptor : taken) close(descriptor);
 }
 
 TEST_F(SessionTest, TransactionsHaveHandlesOfTheirOwn) {
