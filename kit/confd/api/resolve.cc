@@ -134,7 +134,7 @@ class Resolver {
     const SchemaNode* node =
         FindSchemaNode(data_.schema(), rules_.selected, text_.substr(0, end));
     if (node == nullptr) return false;
-    Descend(*node);
+    walk_.EnterFromRoot(*node);
     at_ = end;
     return at_ == text_.size() || text_[at_] != '{' || TakeFirstKeys();
   }
@@ -164,17 +164,11 @@ class Resolver {
         (!draft_.values.empty() && draft_.values.front().begin < size)) {
       return false;
     }
-    Descend(*last.list);
+    walk_.EnterFromRoot(*last.list);
     target_.keys = last.keys;
     walk_.ChooseByKeys();
     at_ = size;
     return true;
-  }
-
-  void Descend(const SchemaNode& node) {
-    if (node.parent == nullptr) return;
-    Descend(*node.parent);
-    walk_.Enter(node);
   }
 
   bool TakeName() {

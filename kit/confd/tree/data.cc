@@ -300,6 +300,22 @@ void PathWalk::Enter(const SchemaNode& child) {
   }
 }
 
+void PathWalk::EnterFromRoot(const SchemaNode& node) {
+  current_ = Reach(*node.parent);
+  Enter(node);
+}
+
+// The root or a container, while the walk stands at the root; null where one on
+// the way is not there.
+Node* PathWalk::Reach(const SchemaNode& container) {
+  if (container.parent == nullptr) return current_;
+  Node* above = Reach(*container.parent);
+  if (above == nullptr) return nullptr;
+  Node* here = above->Container(container);
+  if (here == nullptr) target_.missing = &container;
+  return here;
+}
+
 void PathWalk::ChooseByKeys() {
   const List* list = ListHere();
   Choose(list == nullptr

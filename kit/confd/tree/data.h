@@ -98,11 +98,14 @@ class PathWalk {
 
   // To a child of where the walk stands.
   void Enter(const SchemaNode& child);
+  // From the root to a node below containers alone.
+  void EnterFromRoot(const SchemaNode& node);
   // To an entry of the list just entered: by the target's keys, by position.
   void ChooseByKeys();
   void ChooseByPosition(uint64_t position);
 
  private:
+  Node* Reach(const SchemaNode& container);
   const List* ListHere() const;
   void Choose(Node* entry);
 
