@@ -46,6 +46,33 @@ TEST_F(PluginTest, ReturningMinusOneIsExitCode1WithItsLog) {
   EXPECT_THAT(outcome.err, HasSubstr("update returned -1"));
 }
 
+TEST_F(PluginTest, AFailureNamesPassRecordsCallAndWhatTheDeviceKeeps) {
+  const std::string passes =
+      Write("passes.json",
+            R"({"passes": [{"name": "cleaning", "start": "about to fail"}]})");
+  const Outcome outcome = RunDemo(
+      "fails_at_a_call", {Write("demo.xml", kDemoXml), "--passes", passes});
+  EXPECT_EQ(outcome.exit_code, 1) << outcome;
+  EXPECT_THAT(outcome.out,
+              HasSubstr(": upgrade fails in pass 1, cleaning: update returned "
+                        "-1\n"));
+  EXPECT_EQ(outcome.err,
+            "ospf-upgrade: " + Path("demo.xml") +
+                ": the plug-in failed: update returned -1\n"
+                "  where: pass 1, cleaning\n"
+                "  log: about to fail\n"
+                "  last failed ConfD call, number 2: maapi_delete "
+                "/demo/item{77} -> -1 error 1 '/demo/item{77}: the list entry "
+                "does not exist'\n"
+                "  plug-in: " +
+                PluginPath("fails_at_a_call") +
+                "\n"
+                "  device: gives the upgrade up and keeps its configuration as "
+                "it was\n"
+                "  What to do: its log (--log) says why, --trace which ConfD "
+                "calls failed.\n");
+}
+
 TEST_F(PluginTest, ReturningAnythingElseButZeroIsAFailureToo) {
   const Outcome outcome = ExpectFailure("returns_seven", 1);
   EXPECT_THAT(outcome.err, HasSubstr("update returned 7"));

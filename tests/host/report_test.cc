@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "host_test.h"
@@ -159,6 +160,9 @@ class Terminal {
   Terminal& operator=(const Terminal&) = delete;
 
   const std::string& path() const { return path_; }
+  int SetSize(const winsize& size) const {
+    return ioctl(fd_, TIOCSWINSZ, &size);
+  }
   std::string Read() const {
     std::string text(1 << 16, '\0');
     const ssize_t size = read(fd_, text.data(), text.size());
@@ -180,6 +184,25 @@ TEST_F(ReportTest, ATerminalSeesTheProgressOfALongRunWhichIsErasedAtItsEnd) {
   const std::string seen = terminal.Read();
   EXPECT_THAT(seen, StartsWith("\r\x1b[Krunning the plug-in, 1 call\r"));
   EXPECT_THAT(seen, EndsWith("1 call\r\x1b[K"));
+}
+
+TEST_F(ReportTest, ATerminalSeesColorsAndLinesOfItsWidth) {
+  const Terminal terminal;
+  const winsize size = {24, 60, 0, 0};
+  ASSERT_EQ(terminal.SetSize(size), 0);
+  Launch launch;
+  launch.stdout_path = terminal.path();
+  launch.environment = {"TERM=xterm"};
+  EXPECT_EQ(RunDemo("well_behaved", {Config()}, launch).exit_code, 0);
+  const std::string colored = terminal.Read();
+  EXPECT_THAT(colored, HasSubstr("\x1b[33mlook\x1b[0m  LOST  "));
+  EXPECT_THAT(colored, HasSubstr("(1 place)\r\n            docs/"));
+  for (const char* variable : {"NO_COLOR=1", "TERM=dumb"}) {
+    launch.environment = {"TERM=xterm", variable};
+    EXPECT_EQ(RunDemo("well_behaved", {Config()}, launch).exit_code, 0);
+    EXPECT_THAT(terminal.Read(),
+                AllOf(HasSubstr(" look  LOST  "), Not(HasSubstr("\x1b[3"))));
+  }
 }
 
 TEST_F(ReportTest, QuietAndShortRunsShowNoProgress) {
