@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "kit/confd/upgrade/difference.h"
 
@@ -34,6 +35,19 @@ class EntryTold : public Change {
   std::string Leaf() const override { return ""; }
   std::optional<std::string> Before() const override { return std::nullopt; }
   std::optional<std::string> After() const override { return std::nullopt; }
+  std::vector<LeafChange> Leaves() const override {
+    std::vector<LeafChange> leaves;
+    if (kind != Kind::kCreated && kind != Kind::kDeleted) return leaves;
+    for (store::LeafDifference& leaf : store::LeavesOf(node_)) {
+      LeafChange& told = leaves.emplace_back();
+      told.leaf = std::move(leaf.leaf);
+      (kind == Kind::kCreated ? told.after : told.before) =
+          std::move(leaf.after);
+      told.default_value = std::move(leaf.default_value);
+    }
+    return leaves;
+  }
+  std::optional<std::string> Default() const override { return std::nullopt; }
 
  protected:
   const store::Node& node_;
@@ -75,6 +89,10 @@ class ValueTold : public EntryTold {
   }
   std::optional<std::string> Before() const override { return Text(before_); }
   std::optional<std::string> After() const override { return Text(after_); }
+  std::optional<std::string> Default() const override {
+    if (before_ != nullptr && after_ != nullptr) return std::nullopt;
+    return store::DefaultOf(child_);
+  }
 
  private:
   std::optional<std::string> Text(const store::Cell* cell) const {

@@ -171,12 +171,15 @@ void Database::Save(Format format,
   store::RequireMemory();
 }
 
-void Database::Diff(const std::function<void(const EntryChange&)>& sink) const {
+void Database::Diff(const std::function<void(const EntryChange&)>& sink,
+                    bool all_defaults) const {
   store::Data start = impl_->database.StartOfTransaction();
-  store::Compare(start, impl_->database.transaction(),
-                 [&](const store::EntryDifference& difference) {
-                   sink(ToChange(difference));
-                 });
+  store::Compare(
+      start, impl_->database.transaction(),
+      [&](const store::EntryDifference& difference) {
+        sink(ToChange(difference));
+      },
+      all_defaults);
   store::RequireMemory();
 }
 

@@ -202,7 +202,10 @@ class KIT_CONTROL_EXPORT Database {
 
   // Hands every entry that differs between the transaction as it started and
   // as it stands to `sink`, in the order of the model and its keys.
-  void Diff(const std::function<void(const EntryChange&)>& sink) const;
+  // `all_defaults`: the leaves of created and deleted entries have their
+  // model's default, for a comparison of these with each other.
+  void Diff(const std::function<void(const EntryChange&)>& sink,
+            bool all_defaults = false) const;
 
   // Hands each entry of a list, which may stand in others, to `sink`. `list` is
   // a path as EntryChange has it; `leaves` are relative to the entry
@@ -296,6 +299,11 @@ class KIT_CONTROL_EXPORT Change {
   virtual std::string Leaf() const = 0;
   virtual std::optional<std::string> Before() const = 0;
   virtual std::optional<std::string> After() const = 0;
+  // Of an entry that is created or deleted, what it has then, in the order of
+  // the model: as `after` or `before`, with the model's defaults.
+  virtual std::vector<LeafChange> Leaves() const = 0;
+  // Of kValue where there is none before, or after: what holds then.
+  virtual std::optional<std::string> Default() const = 0;
 
  protected:
   Change(Kind what, uint64_t list_number, uint64_t entry_number)

@@ -5,8 +5,9 @@ namespace {
 
 class Comparison {
  public:
-  explicit Comparison(const std::function<void(const EntryDifference&)>& sink)
-      : sink_(sink) {}
+  Comparison(const std::function<void(const EntryDifference&)>& sink,
+             bool all_defaults)
+      : sink_(sink), all_defaults_(all_defaults) {}
 
   // Either side may be null: the entry is not there.
   void Entry(const Node* before, const Node* after, const std::string& path) {
@@ -18,8 +19,8 @@ class Comparison {
                                {}};
     if (before == nullptr) difference.kind = DifferenceKind::kCreated;
     if (after == nullptr) difference.kind = DifferenceKind::kDeleted;
-    Leaves(schema, before, after, before != nullptr && after != nullptr, "",
-           difference.leaves);
+    Leaves(schema, before, after, before != nullptr && after != nullptr,
+           all_defaults_, "", difference.leaves);
     if (difference.kind != DifferenceKind::kChanged ||
         !difference.leaves.empty()) {
       sink_(difference);
@@ -27,7 +28,6 @@ class Comparison {
     Lists(schema, before, after, path);
   }
 
- private:
   static std::optional<std::string> LeafText(const Node* node,
                                              const SchemaNode& leaf) {
     if (node == nullptr || !node->IsSet(leaf)) return std::nullopt;
@@ -62,7 +62,7 @@ class Comparison {
 
   // both_there: neither side lacks the entry, or a presence container above.
   static void Leaves(const SchemaNode& schema, const Node* before,
-                     const Node* after, bool both_there,
+                     const Node* after, bool both_there, bool all_defaults,
                      const std::string& prefix,
                      std::vector<LeafDifference>& leaves) {
     for (const auto& child : schema.children) {
@@ -78,6 +78,8 @@ class Comparison {
         if (both_there && !(leaf.before && leaf.after)) {
           leaf.default_value =
               DefaultText(leaf.before ? after : before, *child);
+        } else if (all_defaults) {
+          leaf.default_value = DefaultText(nullptr, *child);
         }
         leaves.push_back(std::move(leaf));
       } else if (child->IsContainer()) {
@@ -94,13 +96,14 @@ class Comparison {
               both_there &&
               (child->kind == NodeKind::kContainer ||
                (old_container != nullptr && new_container != nullptr));
-          Leaves(*child, old_container, new_container, both, name + "/",
-                 leaves);
+          Leaves(*child, old_container, new_container, both, all_defaults,
+                 name + "/", leaves);
         }
       }
     }
   }
 
+ private:
   void Lists(const SchemaNode& schema, const Node* before, const Node* after,
              const std::string& path) {
     for (const auto& child : schema.children) {
@@ -153,9 +156,20 @@ class Comparison {
   };
 
   const std::function<void(const EntryDifference&)>& sink_;
+  const bool all_defaults_;
 };
 
 }  // namespace
+
+std::optional<std::string> DefaultOf(const SchemaNode& leaf) {
+  return Comparison::DefaultText(nullptr, leaf);
+}
+
+std::vector<LeafDifference> LeavesOf(const Node& entry) {
+  std::vector<LeafDifference> leaves;
+  Comparison::Leaves(*entry.schema, nullptr, &entry, false, true, "", leaves);
+  return leaves;
+}
 
 std::string PrintList(const SchemaNode& leaf_list,
                       const std::vector<Value>& values) {
@@ -168,8 +182,9 @@ std::string PrintList(const SchemaNode& leaf_list,
 }
 
 void Compare(const Data& before, const Data& after,
-             const std::function<void(const EntryDifference&)>& sink) {
-  Comparison(sink).Entry(&before.root(), &after.root(), "");
+             const std::function<void(const EntryDifference&)>& sink,
+             bool all_defaults) {
+  Comparison(sink, all_defaults).Entry(&before.root(), &after.root(), "");
 }
 
 }  // namespace kit::store

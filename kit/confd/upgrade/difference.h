@@ -31,9 +31,17 @@ struct EntryDifference {
 };
 
 // Hands every differing entry to `sink` in the order of the model and its
-// keys. Both must have the same schema.
+// keys. Both must have the same schema. `all_defaults`: the leaves of created
+// and deleted entries have theirs too, as far as the schema alone says.
 void Compare(const Data& before, const Data& after,
-             const std::function<void(const EntryDifference&)>& sink);
+             const std::function<void(const EntryDifference&)>& sink,
+             bool all_defaults = false);
+
+// The default of a leaf or leaf-list, nothing where a case decides.
+std::optional<std::string> DefaultOf(const SchemaNode& leaf);
+
+// What is set in an entry, lists aside, as if all of it were new.
+std::vector<LeafDifference> LeavesOf(const Node& entry);
 
 // A leaf-list's values as a difference shows them: "[1 2]".
 std::string PrintList(const SchemaNode& leaf_list,

@@ -55,6 +55,10 @@ class ChangeTest : public testing::Test, public Observer {
       line += " " + change.Leaf() + " " + change.Before().value_or("(none)") +
               " -> " + change.After().value_or("(none)");
     }
+    for (const LeafChange& leaf : change.Leaves()) {
+      line += " " + leaf.leaf + "=" + leaf.before.value_or("") +
+              leaf.after.value_or("");
+    }
     lines_.push_back(line);
     lists_.push_back(change.List());
     entries_.push_back(change.entry);
@@ -81,7 +85,8 @@ class ChangeTest : public testing::Test, public Observer {
 };
 
 constexpr char kObject[] =
-    R"({"zoo:object": [{"id": 1, "part": [{"n": 3}, {"n": 4}]}]})";
+    R"({"zoo:object": [{"id": 1, "name": "a", "box": {"width": 2},
+                        "part": [{"n": 3}, {"n": 4, "note": "b"}]}]})";
 
 TEST_F(ChangeTest, AValueIsToldWithWhatWasThere) {
   Open("{}");
@@ -105,9 +110,9 @@ TEST_F(ChangeTest, WritingWhatIsThereIsNoChange) {
 TEST_F(ChangeTest, AnEntryIsToldWithTheEntriesInItButNotItsValues) {
   Open(kObject);
   ASSERT_EQ(Delete("/object{1}"), CONFD_OK);
-  EXPECT_THAT(Told(),
-              ElementsAre("deleted /object{1}", "deleted /object{1}/part{3}",
-                          "deleted /object{1}/part{4}"));
+  EXPECT_THAT(Told(), ElementsAre("deleted /object{1} name=a box/width=2",
+                                  "deleted /object{1}/part{3}",
+                                  "deleted /object{1}/part{4} note=b"));
   EXPECT_EQ(lists_[0], "/object");
   EXPECT_EQ(lists_[2], "/object/part");
   ASSERT_EQ(Create("/object{2}"), CONFD_OK);
