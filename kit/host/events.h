@@ -45,6 +45,8 @@ struct ChangeRecord {
   std::string leaf;
   std::optional<std::string> before;
   std::optional<std::string> after;
+  std::vector<control::LeafChange> leaves;  // of a created or deleted entry
+  std::optional<std::string> default_value = {};
 };
 
 // How many entries of one list (outside of any, "/") differ after a pass or a

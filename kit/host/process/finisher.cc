@@ -170,10 +170,12 @@ class Finisher {
   void Compare() {
     Enter(Phase::kComparing);
     ListCounter counter;
-    database_.Diff([this, &counter](const control::EntryChange& entry) {
-      counter.Add(entry);
-      if (task_.send_entries) channel_.Send(EntryMessage{entry});
-    });
+    database_.Diff(
+        [this, &counter](const control::EntryChange& entry) {
+          counter.Add(entry);
+          if (task_.send_entries) channel_.Send(EntryMessage{entry});
+        },
+        task_.send_entries);
     for (RekeyedEntries& entries : counter.FindMoves(changes_)) {
       channel_.Send(RekeyedMessage{std::move(entries)});
     }

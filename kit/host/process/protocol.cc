@@ -49,7 +49,7 @@ auto Fields(DoneMessage& m) {
 auto Fields(ChangeMessage& m) {
   ChangeRecord& c = m.change;
   return std::tie(c.call, c.pass, c.kind, c.list, c.path, c.old_path, c.leaf,
-                  c.before, c.after);
+                  c.before, c.after, c.leaves, c.default_value);
 }
 auto Fields(DeviceMessage& m) { return std::tie(m.name); }
 auto Fields(FindingMessage& m) {

@@ -165,7 +165,9 @@ void Recorder::Tell(const control::Change& change) const {
     record.leaf = change.Leaf();
     record.before = change.Before();
     record.after = change.After();
+    record.default_value = change.Default();
   }
+  record.leaves = change.Leaves();
   channel_.Send(ChangeMessage{std::move(record)});
 }
 

@@ -20,6 +20,8 @@ class FakeChange : public control::Change {
   std::string Leaf() const override { return ""; }
   std::optional<std::string> Before() const override { return {}; }
   std::optional<std::string> After() const override { return {}; }
+  std::vector<control::LeafChange> Leaves() const override { return {}; }
+  std::optional<std::string> Default() const override { return {}; }
 };
 
 class ChangeCounterTest : public testing::Test {

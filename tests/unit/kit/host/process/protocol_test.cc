@@ -68,10 +68,17 @@ TEST(ProtocolTest, CallsComeThrough) {
 
 TEST(ProtocolTest, ChangesKeepAbsentAndEmptyValuesApart) {
   using Kind = control::Change::Kind;
-  const auto change =
-      RoundTrip(ChangeMessage{{7, 3, Kind::kValue, "/l", "/l{1}", "/l{2}",
-                               "leaf", std::nullopt, ""}})
-          .change;
+  const auto change = RoundTrip(ChangeMessage{{7,
+                                               3,
+                                               Kind::kValue,
+                                               "/l",
+                                               "/l{1}",
+                                               "/l{2}",
+                                               "leaf",
+                                               std::nullopt,
+                                               "",
+                                               {{"x", "1", {}}}}})
+                          .change;
   EXPECT_EQ(change.call, 7U);
   EXPECT_EQ(change.pass, 3U);
   EXPECT_EQ(change.kind, Kind::kValue);
@@ -81,6 +88,8 @@ TEST(ProtocolTest, ChangesKeepAbsentAndEmptyValuesApart) {
   EXPECT_EQ(change.leaf, "leaf");
   EXPECT_EQ(change.before, std::nullopt);
   EXPECT_EQ(change.after, "");
+  ASSERT_EQ(change.leaves.size(), 1U);
+  EXPECT_EQ(change.leaves[0].before, "1");
 }
 
 TEST(ProtocolTest, TheTotalsOfAPassComeThrough) {
