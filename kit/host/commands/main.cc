@@ -43,10 +43,12 @@ class RunListener : public Listener {
  public:
   // stream: where calls are printed as they happen, or null. keep_calls: in
   // the journal.
+  // differences: takes those of each stretch of a pass, or null.
   RunListener(Journal& journal, bool keep_calls, LogFile* log, FILE* stream,
-              bool show_status)
+              bool show_status, std::vector<Report::Differences>* differences)
       : journal_(journal),
         keep_calls_(keep_calls),
+        differences_(differences),
         log_(log),
         stream_(stream),
         status_(show_status) {}
@@ -62,7 +64,14 @@ class RunListener : public Listener {
   }
   void OnChange(ChangeRecord change) override {
     if (stream_ != nullptr) Print(OneLine(RenderChange(change)) + "\n");
+    if (differences_ != nullptr) AddToPass(change);
     if (keep_calls_) journal_.Add(std::move(change));
+  }
+  // To be called after the last change.
+  void EndPass() {
+    if (differences_ == nullptr) return;
+    std::vector<EntryDifference> entries = builder_.Take();
+    if (!entries.empty()) differences_->push_back({pass_, std::move(entries)});
   }
   void OnPass(PassTotals totals) override { journal_.Add(totals); }
   void OnRekeyed(const RekeyedEntries& entries) override {
@@ -77,9 +86,17 @@ class RunListener : public Listener {
 
  private:
   void Print(const std::string& text) { std::fputs(text.c_str(), stream_); }
+  void AddToPass(const ChangeRecord& change) {
+    if (change.pass != pass_) EndPass();
+    pass_ = change.pass;
+    builder_.Add(change);
+  }
 
   Journal& journal_;
   bool keep_calls_;
+  std::vector<Report::Differences>* differences_;
+  uint32_t pass_ = 0;
+  DifferenceBuilder builder_;
   LogFile* log_;
   FILE* stream_;
   StatusLine status_;
@@ -121,7 +138,8 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.format = options.format;
   task.schemas_loaded = options.schemas_loaded;
   task.timeout_s = options.timeout_s;
-  task.recording = {options.trace, !options.quiet, options.trace};
+  task.recording = {options.trace, !options.quiet,
+                    options.trace || options.diff_by_pass};
   task.count_changes = !options.quiet;
   task.send_entries = options.diff;
   return task;
@@ -224,6 +242,16 @@ void AddContext(Report& report) {
       "device: gives the upgrade up and keeps its configuration as it was");
 }
 
+// Of the whole run, out of its outcome.
+Report::Differences TotalOf(Report& report) {
+  std::vector<EntryDifference> entries;
+  for (control::EntryChange& entry : report.entries) {
+    entries.push_back(ToDifference(std::move(entry)));
+  }
+  report.entries.clear();
+  return {std::nullopt, PairMoves(std::move(entries))};
+}
+
 // With --strict.
 void RequireNothingToLookAt(Report& report) {
   if (report.failure) return;
@@ -271,19 +299,24 @@ void Upgrade(const RunOptions& options, Run& run) {
   run.output = PrepareOutput(options, input);
   task.has_output = run.output.has_value();
   Journal journal;
+  std::vector<Report::Differences> by_pass;
   {
     const bool keep_calls = options.trace && options.json;
     RunListener listener(
         journal, keep_calls, log ? &*log : nullptr,
         options.trace && !options.json ? ReportStream(options) : nullptr,
-        !options.quiet && !options.trace);
+        !options.quiet && !options.trace,
+        options.diff_by_pass ? &by_pass : nullptr);
     run.report = Report(Supervise(
         task,
         {options.timeout_s, keep_calls, run.output ? run.output->fd() : -1},
         listener));
+    listener.EndPass();
   }
   run.report.journal = std::move(journal);
   run.report.passes = task.passes;
+  run.report.differences = std::move(by_pass);
+  if (options.diff) run.report.differences.push_back(TotalOf(run.report));
   CompleteFindings(catalogue, run.report);
   if (options.strict) RequireNothingToLookAt(run.report);
   AddContext(run.report);
@@ -319,7 +352,7 @@ class ReportPrinter {
     ReportView view;
     view.log = options_.show_log;
     view.details = options_.details;
-    view.diff = options_.diff;
+    view.diff = options_.diff || options_.diff_by_pass;
     view.events = options_.trace;
     view.screen = Screen::Of(fileno(stream_));
     return Deliver(options_.json ? RenderJson(report_, view)

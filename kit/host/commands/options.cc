@@ -1,6 +1,7 @@
 #include "kit/host/commands/options.h"
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <memory>
@@ -52,8 +53,9 @@ constexpr char kJsonKeys[] =
     "plugin_output, exit_code, outcome, error (reason, details, advice, file,\n"
     "line, path), output, format; null is what does not apply or is not "
     "known.\n"
-    "With --diff also entries (change, list, path, leaves: leaf, before,\n"
-    "after, and the default that holds where one is null), with --trace\n"
+    "With --diff also entries (change, pass, list, path, old_path, leaves:\n"
+    "leaf, before, after, and the default that holds where one is null), with\n"
+    "--trace "
     "also events (log records, calls and what they changed, in their order).";
 
 // The hashes that the device family's data-model compiler gave modules of the
@@ -108,15 +110,18 @@ std::string CheckNotEmpty(const std::string& text) {
   return text.empty() ? "an empty name names no file" : "";
 }
 
-// Shows how the value of --log is given.
+// Shows how the values of options are given that may do without.
 class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_option_name(const CLI::Option* option,
                                bool is_positional) const override {
     std::string name = Formatter::make_option_name(option, is_positional);
-    const std::string value = std::string("{") + kShowLog + "}";
-    const size_t at = name.find(value);
-    if (at != std::string::npos) name.replace(at, value.size(), "[=FILE]");
+    const std::array<std::pair<std::string, std::string>, 2> values = {
+        {{std::string("{") + kShowLog + "}", "[=FILE]"}, {"{run}", "[=pass]"}}};
+    for (const auto& [value, shown] : values) {
+      const size_t at = name.find(value);
+      if (at != std::string::npos) name.replace(at, value.size(), shown);
+    }
     return name;
   }
 };
@@ -149,6 +154,7 @@ struct Raw {
   std::string format;
   std::string schemas;
   std::string log;
+  std::string diff;
   bool verbose = false;
 };
 
@@ -207,9 +213,11 @@ void AddReport(CLI::App& run, RunOptions& options, Raw& raw) {
       "--verbose", raw.verbose,
       "--log and --trace, and for each finding where and what to do about it");
   CLI::Option* diff =
-      run.add_flag("--diff", options.diff,
+      run.add_flag("--diff{run}", raw.diff,
                    "Print every entry that the plug-in created (+), deleted "
-                   "(-) or changed (~)");
+                   "(-), changed (~), gave other keys (>) or another place "
+                   "(^); --diff=pass pass by pass")
+          ->check(CLI::IsMember({"run", "pass"}).description(""));
   CLI::Option* json = run.add_flag("--json", options.json,
                                    "Print the report as one JSON object");
   quiet->excludes(trace)->excludes(verbose)->excludes(diff)->excludes(json);
@@ -245,6 +253,8 @@ void TakeRaw(const Raw& raw, RunOptions& options) {
   if (!raw.log.empty() && raw.log != kShowLog) options.log = raw.log;
   options.trace = options.trace || raw.verbose;
   options.details = raw.verbose;
+  options.diff = raw.diff == "run";
+  options.diff_by_pass = raw.diff == "pass";
 }
 
 // Whether a word that is no option follows --log, which would be its file if

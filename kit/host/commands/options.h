@@ -37,7 +37,8 @@ struct RunOptions {
   bool show_log = false;
   bool trace = false;
   bool details = false;
-  bool diff = false;
+  bool diff = false;  // of the whole run
+  bool diff_by_pass = false;
   bool json = false;
 };
 

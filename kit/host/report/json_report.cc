@@ -40,14 +40,18 @@ const char* Name(control::Format format) {
   return format == control::Format::kXml ? "xml" : "json";
 }
 
-const char* Name(control::ChangeKind kind) {
+const char* Name(EntryDifference::Kind kind) {
   switch (kind) {
-    case control::ChangeKind::kCreated:
+    case EntryDifference::Kind::kCreated:
       return "created";
-    case control::ChangeKind::kChanged:
+    case EntryDifference::Kind::kChanged:
       return "changed";
-    case control::ChangeKind::kDeleted:
+    case EntryDifference::Kind::kDeleted:
       return "deleted";
+    case EntryDifference::Kind::kRekeyed:
+      return "rekeyed";
+    case EntryDifference::Kind::kMoved:
+      return "moved";
   }
   return "unknown";
 }
@@ -178,20 +182,33 @@ Json PassesJson(const Report& report) {
   return passes;
 }
 
+// Whether the model's default holds on one side.
+bool HasDefault(const EntryDifference& entry, const control::LeafChange& leaf) {
+  using Kind = EntryDifference::Kind;
+  return leaf.default_value && !(leaf.before && leaf.after) &&
+         entry.kind != Kind::kCreated && entry.kind != Kind::kDeleted;
+}
+
 Json EntriesJson(const Report& report) {
   Json entries = Json::array();
-  for (const control::EntryChange& entry : report.entries) {
-    Json leaves = Json::array();
-    for (const control::LeafChange& leaf : entry.leaves) {
-      leaves.push_back({{"leaf", leaf.leaf},
-                        {"before", OrNull(leaf.before)},
-                        {"after", OrNull(leaf.after)},
-                        {"default", OrNull(leaf.default_value)}});
+  for (const Report::Differences& part : report.differences) {
+    for (const EntryDifference& entry : part.entries) {
+      Json leaves = Json::array();
+      for (const control::LeafChange& leaf : entry.leaves) {
+        leaves.push_back(
+            {{"leaf", leaf.leaf},
+             {"before", OrNull(leaf.before)},
+             {"after", OrNull(leaf.after)},
+             {"default",
+              HasDefault(entry, leaf) ? Json(*leaf.default_value) : Json()}});
+      }
+      entries.push_back({{"change", Name(entry.kind)},
+                         {"pass", OrNull(part.pass)},
+                         {"list", entry.list},
+                         {"path", entry.path},
+                         {"old_path", NullIfEmpty(entry.old_path)},
+                         {"leaves", std::move(leaves)}});
     }
-    entries.push_back({{"change", Name(entry.kind)},
-                       {"list", entry.list},
-                       {"path", entry.path},
-                       {"leaves", std::move(leaves)}});
   }
   return entries;
 }

@@ -11,6 +11,7 @@
 #include "kit/confd/control/control.h"
 #include "kit/host/failure.h"
 #include "kit/host/finding.h"
+#include "kit/host/journal/differences.h"
 #include "kit/host/journal/journal.h"
 #include "kit/host/passes.h"
 #include "kit/host/process/outcome.h"
@@ -23,6 +24,12 @@ struct Report : Outcome {
   explicit Report(Outcome outcome) : Outcome(std::move(outcome)) {}
 
   Journal journal;
+  // With --diff: of the whole run, or of each stretch of a pass in their order.
+  struct Differences {
+    std::optional<uint32_t> pass;
+    std::vector<EntryDifference> entries;
+  };
+  std::vector<Differences> differences;
   PassTable passes;                   // that the journal's numbers refer to
   std::optional<std::string> output;  // where the result was written
   bool partly_written = false;        // to standard output
@@ -69,7 +76,7 @@ std::string RenderFindings(const std::vector<Finding>& findings,
                            const ReportView& view);
 
 // One entry of --diff.
-std::string RenderEntry(const control::EntryChange& entry);
+std::string RenderEntry(const EntryDifference& entry);
 
 }  // namespace kit::host
 

@@ -14,14 +14,18 @@ using Color = Screen::Color;
 
 constexpr char kDot[] = "\u00b7";
 
-char Mark(control::ChangeKind kind) {
+char Mark(EntryDifference::Kind kind) {
   switch (kind) {
-    case control::ChangeKind::kCreated:
+    case EntryDifference::Kind::kCreated:
       return '+';
-    case control::ChangeKind::kChanged:
+    case EntryDifference::Kind::kChanged:
       return '~';
-    case control::ChangeKind::kDeleted:
+    case EntryDifference::Kind::kDeleted:
       return '-';
+    case EntryDifference::Kind::kRekeyed:
+      return '>';
+    case EntryDifference::Kind::kMoved:
+      return '^';
   }
   return '?';
 }
@@ -324,10 +328,13 @@ std::string RenderViolations(
   return text;
 }
 
-std::string RenderEntry(const control::EntryChange& entry) {
-  std::string text =
-      fmt::format("{} {}\n", Mark(entry.kind), OneLine(entry.path));
-  const bool both = entry.kind == control::ChangeKind::kChanged;
+std::string RenderEntry(const EntryDifference& entry) {
+  using Kind = EntryDifference::Kind;
+  std::string text = fmt::format("{} ", Mark(entry.kind));
+  if (!entry.old_path.empty()) text += OneLine(entry.old_path) + " -> ";
+  text += OneLine(entry.path) + "\n";
+  const bool both =
+      entry.kind != Kind::kCreated && entry.kind != Kind::kDeleted;
   for (const control::LeafChange& leaf : entry.leaves) {
     const std::string unset =
         leaf.default_value ? *leaf.default_value + " (default)" : "(none)";
@@ -386,6 +393,22 @@ std::string RenderFindings(const std::vector<Finding>& findings,
   return text;
 }
 
+namespace {
+
+void AppendDifferences(const Report& report, std::string& text) {
+  for (const Report::Differences& part : report.differences) {
+    if (part.entries.empty()) continue;
+    if (part.pass) {
+      text += PassTitle(report, *part.pass) + ":\n";
+    }
+    for (const EntryDifference& entry : part.entries) {
+      text += RenderEntry(entry);
+    }
+  }
+}
+
+}  // namespace
+
 std::string RenderText(const Report& report, const ReportView& view) {
   std::string text;
   AppendHeadline(report, view.screen, text);
@@ -398,9 +421,7 @@ std::string RenderText(const Report& report, const ReportView& view) {
   AppendPluginOutput(report, text);
   AppendChanges(report, view.screen, text);
   if (view.diff) {
-    for (const control::EntryChange& entry : report.entries) {
-      text += RenderEntry(entry);
-    }
+    AppendDifferences(report, text);
   }
   AppendLosses(report, view.diff, text);
   AppendValidation(report, text);

@@ -35,6 +35,12 @@ std::string Success(const Report& report) {
 
 }  // namespace
 
+std::string PassTitle(const Report& report, uint32_t pass) {
+  if (pass == 0 || pass > report.passes.size()) return "Outside of the passes";
+  return fmt::format("Pass {}, {}", pass,
+                     OneLine(report.passes[pass - 1].name));
+}
+
 std::string LastPass(const Report& report) {
   uint32_t pass = 0;
   for (const Event& event : report.journal.events()) {
@@ -43,8 +49,7 @@ std::string LastPass(const Report& report) {
     }
   }
   if (pass == 0 || pass > report.passes.size()) return "";
-  return fmt::format("pass {}, {}", pass,
-                     OneLine(report.passes[pass - 1].name));
+  return "p" + PassTitle(report, pass).substr(1);
 }
 
 std::string Verdict(const Report& report) {

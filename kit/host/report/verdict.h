@@ -12,6 +12,9 @@ namespace kit::host {
 // says so, and why is the failure's to tell.
 std::string Verdict(const Report& report);
 
+// "Pass 3, compound index", or where no pass is.
+std::string PassTitle(const Report& report, uint32_t pass);
+
 // "pass 3, compound index" for where the plug-in was last; "" if outside of
 // all.
 std::string LastPass(const Report& report);

@@ -40,9 +40,11 @@ TEST(ReportTest, EveryViolationIsALine) {
 }
 
 TEST(ReportTest, EntriesShowLeavesBeforeAndAfter) {
-  EXPECT_EQ(RenderEntry({control::ChangeKind::kChanged,
+  using Kind = EntryDifference::Kind;
+  EXPECT_EQ(RenderEntry({Kind::kChanged,
                          "/a",
                          "/a{1}",
+                         "",
                          {{"b", "1", "2"},
                           {"c", std::nullopt, "x"},
                           {"d", "y", std::nullopt}}}),
@@ -50,18 +52,20 @@ TEST(ReportTest, EntriesShowLeavesBeforeAndAfter) {
             "    b: 1 -> 2\n"
             "    c: (none) -> x\n"
             "    d: y -> (none)\n");
-  EXPECT_EQ(RenderEntry({control::ChangeKind::kCreated,
-                         "/a",
-                         "/a{2}",
-                         {{"b", std::nullopt, "1"}}}),
-            "+ /a{2}\n"
-            "    b: 1\n");
-  EXPECT_EQ(RenderEntry({control::ChangeKind::kDeleted,
-                         "/a",
-                         "/a{3}",
-                         {{"b", "1", std::nullopt}}}),
-            "- /a{3}\n"
-            "    b: 1\n");
+  EXPECT_EQ(
+      RenderEntry(
+          {Kind::kCreated, "/a", "/a{2}", "", {{"b", std::nullopt, "1"}}}),
+      "+ /a{2}\n"
+      "    b: 1\n");
+  EXPECT_EQ(
+      RenderEntry(
+          {Kind::kDeleted, "/a", "/a{3}", "", {{"b", "1", std::nullopt}}}),
+      "- /a{3}\n"
+      "    b: 1\n");
+  EXPECT_EQ(
+      RenderEntry({Kind::kRekeyed, "/a", "/a{4}", "/a{3}", {{"b", "1", "2"}}}),
+      "> /a{3} -> /a{4}\n"
+      "    b: 1 -> 2\n");
 }
 
 TEST(ReportTest, AWrittenOutputIsNamedWithFormatAndSize) {
