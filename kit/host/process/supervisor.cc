@@ -46,7 +46,6 @@ constexpr int kMaxReceives = 30;
 constexpr int kMaxChunks = 16;
 constexpr int kMaxLastGoes = 1000;  // at the end
 constexpr size_t kMaxJournal = size_t{1} << 30;
-constexpr size_t kSizeOfTotals = size_t{16} << 10;
 constexpr size_t kMaxPluginOutput = size_t{64} << 10;
 constexpr char kNoteTheCall[] =
     "correct the plug-in; --trace shows every ConfD call up to this point";
@@ -126,6 +125,23 @@ bool MayFailWith(Phase phase, ExitCode code) {
     default:
       return false;
   }
+}
+
+// About as much memory as they take. A plug-in that runs wild may tell of
+// anything.
+size_t SizeOf(const PassTotals& totals) {
+  size_t size = sizeof totals;
+  for (const FunctionTotals& function : totals.functions) {
+    size += sizeof function + function.function.size();
+  }
+  for (const ListTotals& list : totals.lists) {
+    size += sizeof list + list.list.size();
+  }
+  for (const FailedCalls& calls : totals.failures) {
+    size += sizeof calls + calls.function.size() + calls.node.size() +
+            calls.path.size() + calls.reason.size();
+  }
+  return size;
 }
 
 [[noreturn]] void RejectMessage() {
@@ -399,8 +415,7 @@ class Supervisor {
     timer_.RunUncounted([&] { listener_.OnChange(std::move(message.change)); });
   }
   void On(PassMessage& message) {
-    // Of a run that goes well there are a few.
-    if (!HasRoomFor(kSizeOfTotals)) return;
+    if (!HasRoomFor(SizeOf(message.totals))) return;
     listener_.OnPass(std::move(message.totals));
   }
   // A program that never ends may log all the time.
