@@ -159,6 +159,19 @@ TEST_F(FindingsTest, AFaultyFileOfRulesIsNamedWithLineAndColumn) {
   EXPECT_THAT(missing.err, HasSubstr("missing.json"));
 }
 
+TEST_F(FindingsTest, RulesAndPassesThatAreNoFilesAreRefused) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  for (const std::string option : {"--rules", "--passes"}) {
+    const Outcome folder = RunDemo("idle", {config, option, Path("")});
+    EXPECT_EQ(folder.exit_code, 3) << folder;
+    EXPECT_THAT(folder.err, HasSubstr("cannot be read: Is a directory"));
+    const Outcome endless = RunDemo("idle", {config, option, "/dev/zero"});
+    EXPECT_EQ(endless.exit_code, 3) << endless;
+    EXPECT_THAT(endless.err, HasSubstr("/dev/zero"));
+    EXPECT_THAT(endless.err, HasSubstr("is larger than 16 MiB"));
+  }
+}
+
 TEST_F(FindingsTest, TheDeviceIsCalledByItsName) {
   EXPECT_THAT(Run({"run", kExamples + "provider-edge.xml"}).out,
               testing::StartsWith("router pe2-fra (" + kExamples +

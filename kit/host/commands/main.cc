@@ -7,9 +7,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -30,6 +28,7 @@
 #include "kit/host/report/report.h"
 #include "kit/host/report/verdict.h"
 #include "kit/host/text.h"
+#include "kit/host/text_file.h"
 
 namespace kit::host {
 namespace {
@@ -106,21 +105,15 @@ FILE* ReportStream(const RunOptions& options) {
   return options.output == "-" ? stderr : stdout;
 }
 
-// Throws FailureError for a file that is none.
-std::string ReadWhole(const fs::path& path) {
-  std::error_code error;
-  std::ifstream file(path, std::ios::binary);
-  std::string text((std::istreambuf_iterator<char>(file)),
-                   std::istreambuf_iterator<char>());
-  if (fs::is_regular_file(path, error) && file && !file.bad()) return text;
-  throw FailureError({ExitCode::kBadInput, "cannot be read",
-                      "name a file that can be read", path.string()});
-}
-
 PassTable ReadPasses(const RunOptions& options) {
-  const fs::path path =
-      options.passes ? fs::path(*options.passes) : DefaultRules(kPasses);
-  return ParsePasses(ReadWhole(path), path.string());
+  const std::string path =
+      options.passes ? *options.passes : DefaultRules(kPasses).string();
+  try {
+    return ParsePasses(ReadTextFile(path), path);
+  } catch (const TextFileError& error) {
+    throw FailureError({ExitCode::kBadInput, error.what(),
+                        "name a file with a table of passes", path});
+  }
 }
 
 WorkerTask MakeTask(const RunOptions& options) {

@@ -4,16 +4,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "kit/host/findings/checked_json.h"
+#include "kit/host/text_file.h"
 
 namespace kit::host {
 namespace {
@@ -242,11 +239,11 @@ Catalogue ReadCatalogue(const std::string& text, const std::string& file,
 }
 
 Catalogue LoadCatalogue(const std::string& file, bool is_own) {
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) throw RuleError(file, {}, std::strerror(errno));
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (stream.bad()) throw RuleError(file, {}, "it can't be read");
-  return ReadCatalogue(text, file, is_own);
+  try {
+    return ReadCatalogue(ReadTextFile(file), file, is_own);
+  } catch (const TextFileError& error) {
+    throw RuleError(file, {}, error.what());
+  }
 }
 
 void Catalogue::Add(Catalogue own) {

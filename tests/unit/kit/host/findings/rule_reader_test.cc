@@ -163,7 +163,8 @@ TEST(RuleReader, AFileThatCanNotBeReadIsNamed) {
     FAIL();
   } catch (const RuleError& error) {
     EXPECT_STREQ(error.what(),
-                 "/nowhere/own.json:1:1: No such file or directory");
+                 "/nowhere/own.json:1:1: cannot be read: No such file or "
+                 "directory");
   }
 }
 
