@@ -12,6 +12,7 @@
 #include "kit/host/findings/rule_reader.h"
 #include "kit/host/findings/run_rules.h"
 #include "kit/host/report/schemas_effect.h"
+#include "kit/host/secrets.h"
 
 namespace kit::host {
 namespace {
@@ -77,6 +78,9 @@ Inspection MakeInspection(const Catalogue& catalogue) {
   Inspection inspection;
   inspection.device = [&catalogue](const control::Database& database) {
     return DeviceName(catalogue.device, database);
+  };
+  inspection.secrets = [&catalogue](const control::Database& database) {
+    return ReadSecrets(database, catalogue.secrets);
   };
   inspection.input = [&catalogue](const control::Database& database) {
     return WithRuleFailures([&] {

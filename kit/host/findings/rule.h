@@ -68,6 +68,7 @@ struct DeviceRule {
 
 struct Catalogue {
   DeviceRule device;
+  std::vector<std::string> secrets;  // paths of leaves without keys
   std::vector<Rule> rules;
 
   // Appends a site's catalogue. Throws RuleError for an id that is taken.

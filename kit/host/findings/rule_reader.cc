@@ -215,10 +215,12 @@ Catalogue ReadCatalogue(const std::string& text, const std::string& file,
   const CheckedJson document(text, file);
   const CheckedValue root = document.root();
   root.RequireKeys({"device", "rules", "secrets"});
-  if (root.Has("secrets")) {
-    for (const CheckedValue& path : root["secrets"].Elements()) path.Text();
-  }
   Catalogue catalogue;
+  if (root.Has("secrets")) {
+    for (const CheckedValue& path : root["secrets"].Elements()) {
+      catalogue.secrets.push_back(path.Text());
+    }
+  }
   if (root.Has("device")) {
     const CheckedValue device = root["device"];
     device.RequireKeys({"kind", "name"});
@@ -248,6 +250,7 @@ Catalogue LoadCatalogue(const std::string& file, bool is_own) {
 
 void Catalogue::Add(Catalogue own) {
   if (!own.device.name.empty()) device = std::move(own.device);
+  secrets.insert(secrets.end(), own.secrets.begin(), own.secrets.end());
   for (Rule& rule : own.rules) {
     for (const Rule& other : rules) {
       if (other.id != rule.id) continue;

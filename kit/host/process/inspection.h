@@ -16,6 +16,8 @@ namespace kit::host {
 struct Inspection {
   // What the device is called; "" if it is not known.
   std::function<std::string(const control::Database&)> device;
+  // Values that are not to be shown.
+  std::function<std::vector<std::string>(const control::Database&)> secrets;
   // Before the plug-in is loaded.
   std::function<std::vector<Finding>(const control::Database&)> input;
   // After it is gone, of a successful update.

@@ -52,6 +52,7 @@ auto Fields(ChangeMessage& m) {
                   c.before, c.after, c.leaves, c.default_value);
 }
 auto Fields(DeviceMessage& m) { return std::tie(m.name); }
+auto Fields(SecretsMessage& m) { return std::tie(m.values); }
 auto Fields(FindingMessage& m) {
   Finding& f = m.finding;
   return std::tie(f.rule, f.severity, f.message, f.count, f.unit, f.places,

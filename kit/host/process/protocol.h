@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "kit/confd/control/control.h"
 #include "kit/host/events.h"
@@ -77,6 +78,9 @@ struct FailureMessage {
 struct DeviceMessage {
   std::string name;
 };
+struct SecretsMessage {
+  std::vector<std::string> values;
+};
 struct FindingMessage {
   Finding finding;
 };
@@ -90,7 +94,7 @@ using Message =
                  ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
                  ListMessage, EntryMessage, FailureMessage, DoneMessage,
                  SchemasMessage, PassMessage, RekeyedMessage, DeviceMessage,
-                 FindingMessage, ChangeMessage>;
+                 FindingMessage, ChangeMessage, SecretsMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

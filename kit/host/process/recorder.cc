@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "kit/host/process/protocol.h"
+#include "kit/host/secrets.h"
 
 namespace kit::host {
 namespace {
@@ -17,28 +18,6 @@ constexpr size_t kMaxFailures = 1000;
 bool IsRelease(std::string_view function) {
   constexpr std::string_view kReleases = "confd_free_";
   return function.substr(0, kReleases.size()) == kReleases;
-}
-
-// A key path without its keys, in which braces may be quoted.
-std::string WithoutKeys(std::string_view path) {
-  std::string node;
-  node.reserve(path.size());
-  bool in_keys = false;
-  bool quoted = false;
-  for (size_t i = 0; i < path.size(); ++i) {
-    const char c = path[i];
-    if (!in_keys) {
-      in_keys = c == '{';
-      if (!in_keys) node += c;
-    } else if (quoted && c == '\\') {
-      ++i;
-    } else if (c == '"') {
-      quoted = !quoted;
-    } else if (c == '}' && !quoted) {
-      in_keys = false;
-    }
-  }
-  return node;
 }
 
 }  // namespace

@@ -99,7 +99,7 @@ bool MaySay(Speaker speaker, const Message& message) {
   switch (speaker) {
     case Speaker::kReader:
       return IsAnyOf<PhaseMessage, InputMessage, LossMessage, DeviceMessage,
-                     FindingMessage, FailureMessage>(message);
+                     SecretsMessage, FindingMessage, FailureMessage>(message);
     case Speaker::kPlugin:
       return IsAnyOf<PhaseMessage, LogMessage, CallMessage, ChangeMessage,
                      PassMessage, ResultMessage, FailureMessage>(message);
@@ -457,6 +457,9 @@ class Supervisor {
     outcome_.changes.push_back(std::move(message.totals));
   }
   void On(DeviceMessage& message) { outcome_.device = std::move(message.name); }
+  void On(const SecretsMessage& message) {
+    listener_.OnSecrets(message.values);
+  }
   void On(FindingMessage& message) {
     outcome_.findings.push_back(std::move(message.finding));
   }

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "kit/host/events.h"
 #include "kit/host/process/outcome.h"
@@ -18,6 +19,8 @@ namespace kit::host {
 class Listener {
  public:
   virtual ~Listener() = default;
+  // Values not to be shown, before anything that may have them.
+  virtual void OnSecrets(const std::vector<std::string>& values) = 0;
   virtual void OnLog(LogRecord record) = 0;
   virtual void OnCall(CallRecord call) = 0;
   virtual void OnChange(ChangeRecord change) = 0;

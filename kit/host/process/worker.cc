@@ -252,6 +252,9 @@ class Worker {
     if (inspection.device) {
       channel_.Send(DeviceMessage{inspection.device(database)});
     }
+    if (inspection.secrets) {
+      channel_.Send(SecretsMessage{inspection.secrets(database)});
+    }
     if (!inspection.input) return;
     for (Finding& finding : inspection.input(database)) {
       channel_.Send(FindingMessage{std::move(finding)});

@@ -148,6 +148,8 @@ TEST(ProtocolTest, FindingsComeThrough) {
   EXPECT_EQ(finding.advice, "advice");
   EXPECT_EQ(finding.section, "section");
   EXPECT_EQ(RoundTrip(DeviceMessage{"r1"}).name, "r1");
+  EXPECT_EQ(RoundTrip(SecretsMessage{{"a", ""}}).values,
+            (std::vector<std::string>{"a", ""}));
 }
 
 TEST(ProtocolTest, FailuresComeThrough) {
