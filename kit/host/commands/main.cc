@@ -17,6 +17,7 @@
 
 #include "kit/host/commands/inspect.h"
 #include "kit/host/commands/install_paths.h"
+#include "kit/host/commands/mask.h"
 #include "kit/host/commands/options.h"
 #include "kit/host/commands/status_line.h"
 #include "kit/host/exit_code.h"
@@ -44,24 +45,36 @@ class RunListener : public Listener {
   // the journal.
   // differences: takes those of each stretch of a pass, or null.
   RunListener(Journal& journal, bool keep_calls, LogFile* log, FILE* stream,
-              bool show_status, std::vector<Report::Differences>* differences)
+              bool show_status, std::vector<Report::Differences>* differences,
+              Secrets& secrets)
       : journal_(journal),
+        secrets_(secrets),
         keep_calls_(keep_calls),
         differences_(differences),
         log_(log),
         stream_(stream),
         status_(show_status) {}
 
+  void OnSecrets(const std::vector<std::string>& values) override {
+    for (const std::string& value : values) secrets_.AddValue(value);
+  }
   void OnLog(LogRecord record) override {
+    Mask(secrets_, record);
     if (log_ != nullptr) log_->Write(record.text);
     if (stream_ != nullptr) Print("log: " + RecordLine(record.text) + "\n");
     journal_.Add(std::move(record));
   }
   void OnCall(CallRecord call) override {
+    Mask(secrets_, call);
     if (stream_ != nullptr) Print(OneLine(RenderCall(call)) + "\n");
     if (keep_calls_) journal_.Add(std::move(call));
   }
   void OnChange(ChangeRecord change) override {
+    // What the plug-in makes of a secret is one too.
+    if (change.after && secrets_.Covers(change.path + "/" + change.leaf)) {
+      secrets_.AddValue(*change.after);
+    }
+    Mask(secrets_, change);
     if (stream_ != nullptr) Print(OneLine(RenderChange(change)) + "\n");
     if (differences_ != nullptr) AddToPass(change);
     if (keep_calls_) journal_.Add(std::move(change));
@@ -72,7 +85,10 @@ class RunListener : public Listener {
     std::vector<EntryDifference> entries = builder_.Take();
     if (!entries.empty()) differences_->push_back({pass_, std::move(entries)});
   }
-  void OnPass(PassTotals totals) override { journal_.Add(totals); }
+  void OnPass(PassTotals totals) override {
+    Mask(secrets_, totals);
+    journal_.Add(totals);
+  }
   void OnRekeyed(const RekeyedEntries& entries) override {
     journal_.Add(entries);
   }
@@ -92,6 +108,7 @@ class RunListener : public Listener {
   }
 
   Journal& journal_;
+  Secrets& secrets_;
   bool keep_calls_;
   std::vector<Report::Differences>* differences_;
   uint32_t pass_ = 0;
@@ -292,6 +309,9 @@ void Upgrade(const RunOptions& options, Run& run) {
   run.output = PrepareOutput(options, input);
   task.has_output = run.output.has_value();
   Journal journal;
+  Secrets secrets(options.show_secrets ? std::vector<std::string>()
+                                       : catalogue.secrets);
+  if (options.show_secrets) task.inspection.secrets = nullptr;
   std::vector<Report::Differences> by_pass;
   {
     const bool keep_calls = options.trace && options.json;
@@ -299,7 +319,7 @@ void Upgrade(const RunOptions& options, Run& run) {
         journal, keep_calls, log ? &*log : nullptr,
         options.trace && !options.json ? ReportStream(options) : nullptr,
         !options.quiet && !options.trace,
-        options.diff_by_pass ? &by_pass : nullptr);
+        options.diff_by_pass ? &by_pass : nullptr, secrets);
     run.report = Report(Supervise(
         task,
         {options.timeout_s, keep_calls, run.output ? run.output->fd() : -1},
@@ -308,6 +328,7 @@ void Upgrade(const RunOptions& options, Run& run) {
   }
   run.report.journal = std::move(journal);
   run.report.passes = task.passes;
+  Mask(secrets, run.report);
   run.report.differences = std::move(by_pass);
   if (options.diff) run.report.differences.push_back(TotalOf(run.report));
   CompleteFindings(catalogue, run.report);

@@ -221,6 +221,9 @@ void AddReport(CLI::App& run, RunOptions& options, Raw& raw) {
   CLI::Option* json = run.add_flag("--json", options.json,
                                    "Print the report as one JSON object");
   quiet->excludes(trace)->excludes(verbose)->excludes(diff)->excludes(json);
+  run.add_flag("--show-secrets", options.show_secrets,
+               "Show passwords and keys, which are **** otherwise; the output "
+               "has them in any case");
   run.add_flag("--strict", options.strict,
                "Findings that ask for a look, or to stop, are a failure (exit "
                "code 7)");

@@ -31,7 +31,8 @@ struct RunOptions {
   std::vector<std::string> rules;     // files with a site's own
   std::optional<std::string> passes;  // file with the table of passes
   std::optional<std::string> log;     // file that takes the records
-  bool strict = false;                // what needs a look is a failure
+  bool show_secrets = false;
+  bool strict = false;  // what needs a look is a failure
   // What is shown besides the first screen.
   bool quiet = false;
   bool show_log = false;
