@@ -1,5 +1,6 @@
 // What confd_lib(3) says of results and errors. The numbers stand here once
 // more: a program that was compiled elsewhere has them in its code.
+#include <csignal>
 #include <set>
 #include <string>
 #include <utility>
@@ -106,6 +107,14 @@ TEST(ConfdLibPage, EachErrorHasATextOfItsOwn) {
     EXPECT_EQ(confd_strerror(number), unknown) << number;
   }
   EXPECT_FALSE(unknown.empty());
+}
+
+class ConfdLibPageProcess : public CApiTest {};
+
+TEST_F(ConfdLibPageProcess, IgnoresSigpipe) {
+  std::signal(SIGPIPE, SIG_DFL);
+  OpenZoo("");
+  EXPECT_EQ(std::signal(SIGPIPE, SIG_DFL), SIG_IGN);
 }
 
 }  // namespace

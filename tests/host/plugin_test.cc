@@ -78,6 +78,11 @@ TEST_F(PluginTest, ReturningAnythingElseButZeroIsAFailureToo) {
   EXPECT_THAT(outcome.err, HasSubstr("update returned 7"));
 }
 
+TEST_F(PluginTest, APipeThatNobodyReadsIsAnErrorAsWithConfdsLibrary) {
+  const Outcome outcome = RunDemo("breaks_pipe", {Write("demo.xml", kDemoXml)});
+  EXPECT_EQ(outcome.exit_code, 0) << outcome;
+}
+
 TEST_F(PluginTest, AFailureIsExplainedByTheLogOnlyIfThereIsOne) {
   EXPECT_THAT(ExpectFailure("fails", 1).err,
               HasSubstr("its log (--log) says why"));

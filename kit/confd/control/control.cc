@@ -1,6 +1,7 @@
 #include "kit/confd/control/control.h"
 
 #include <atomic>
+#include <csignal>
 #include <utility>
 
 #include "kit/confd/control/change_teller.h"
@@ -140,6 +141,8 @@ Handles Database::Attach() {
     sessions.Close(handles.maapi_sock);
     throw;
   }
+  // As ConfD's library does: a connection that breaks is the error of a call.
+  std::signal(SIGPIPE, SIG_IGN);
   impl_->handles = handles;
   Observer* const observer = CurrentObserver();
   if (observer != nullptr && observer->WantsChanges()) {

@@ -189,6 +189,7 @@ class KIT_CONTROL_EXPORT Database {
   std::vector<Loss> Losses() const;
 
   // Opens the sockets and the transaction, once; the same handles after that.
+  // From then on the process ignores SIGPIPE.
   // Throws std::system_error when the system has no more descriptors.
   Handles Attach();
 
