@@ -152,6 +152,8 @@ std::string ErrorName(int error) {
       return "NOSTACK";
     case CONFD_ERR_NOTMOVABLE:
       return "NOTMOVABLE";
+    case CONFD_ERR_XPATH:
+      return "XPATH";
     case CONFD_ERR_NOTRANS:
       return "NOTRANS";
     default:

@@ -10,6 +10,7 @@
 #include "kit/confd/api/path_call.h"
 #include "kit/confd/api/resolve.h"
 #include "kit/confd/api/value_text.h"
+#include "kit/confd/document/entry_filter.h"
 #include "kit/confd/model/error.h"
 
 namespace store = kit::store;
@@ -60,6 +61,17 @@ class VisibleKeys {
   std::vector<confd_value_t> keys_;
 };
 
+// What the C API keeps with a cursor. The filter is there from the first step
+// that asks for one.
+struct Walk {
+  VisibleKeys visible;
+  std::unique_ptr<store::EntryFilter> filter;
+};
+
+Walk& WalkOf(const store::Cursor& cursor) {
+  return *static_cast<Walk*>(cursor.attachment.get());
+}
+
 [[noreturn]] void FailWithoutCursor() {
   throw Error(ErrorCode::kProtoUsage,
               "the cursor was not initialised, or was destroyed");
@@ -90,21 +102,44 @@ void RequireKeyOrder(const maapi_cursor& mc) {
   throw Error(ErrorCode::kUnavailable,
               "this library walks by no secondary index");
 }
-void RequireNoFilter(const maapi_cursor& mc) {
-  if (mc.xpath_expr == nullptr) return;
-  throw Error(ErrorCode::kUnavailable, "this library filters by no expression");
+
+// Which entries the program wants to meet; null: all.
+store::EntryFilter* FilterOf(const Scope& scope, const store::Cursor& cursor,
+                             const maapi_cursor& mc) {
+  if (mc.xpath_expr == nullptr) return nullptr;
+  auto& filter = WalkOf(cursor).filter;
+  if (filter == nullptr || filter->expression() != mc.xpath_expr) {
+    filter = std::make_unique<store::EntryFilter>(*scope.data, mc.xpath_expr);
+  }
+  return filter.get();
 }
 
 // The entry that comes next; null at the end.
-const store::Node* EntryBehind(const store::Cursor& cursor,
-                               const store::List* list) {
+const store::Node* EntryBehind(const Scope& scope, store::Cursor& cursor,
+                               const store::List* list,
+                               const maapi_cursor& mc) {
+  RequireKeyOrder(mc);
   if (list == nullptr) return nullptr;
-  return cursor.started ? list->After(cursor.place) : list->First();
+  store::EntryFilter* const filter = FilterOf(scope, cursor, mc);
+  for (;;) {
+    const store::Node* entry =
+        cursor.started ? list->After(cursor.place) : list->First();
+    if (entry == nullptr || filter == nullptr || filter->Passes(*entry)) {
+      return entry;
+    }
+    list->SetPlace(*entry, cursor.place);
+    cursor.started = true;
+  }
+}
+
+// How the program has restricted the walk, for whoever watches.
+std::string DescribeWalk(const maapi_cursor& mc) {
+  return mc.xpath_expr == nullptr ? "" : std::string("where ") + mc.xpath_expr;
 }
 
 void ShowKeys(const store::Cursor& cursor, const store::Node& entry,
               maapi_cursor& mc) {
-  auto& visible = *static_cast<VisibleKeys*>(cursor.attachment.get());
+  VisibleKeys& visible = WalkOf(cursor).visible;
   visible.Set(cursor.place.keys, *entry.schema);
   visible.Show(mc);
 }
@@ -170,7 +205,7 @@ int maapi_vinit_cursor(int sock, int thandle, struct maapi_cursor* mc,
                      cursor->path_text = call.AbsoluteText();
                      cursor->list_path = keypath::Parse(cursor->path_text);
                      cursor->selected = scope.rules.selected;
-                     cursor->attachment = std::make_shared<VisibleKeys>();
+                     cursor->attachment = std::make_shared<Walk>();
                      *mc = {};
                      for (confd_value_t& key : mc->keys) key.type = C_NOEXISTS;
                      mc->n = static_cast<int>(target.schema->key_count);
@@ -187,14 +222,14 @@ KIT_TWIN(maapi_init_cursor, maapi_vinit_cursor,
 int maapi_get_next(struct maapi_cursor* mc) {
   return CursorCall("maapi_get_next", mc,
                     [&](Call& call, Scope& scope, store::Cursor& cursor) {
-                      RequireKeyOrder(*mc);
-                      RequireNoFilter(*mc);
+                      call.Input([&] { return DescribeWalk(*mc); });
                       if (cursor.ended) {
                         mc->n = 0;
                         return CONFD_OK;
                       }
                       const store::List* list = ListOf(scope, cursor);
-                      const store::Node* entry = EntryBehind(cursor, list);
+                      const store::Node* entry =
+                          EntryBehind(scope, cursor, list, *mc);
                       return MoveCursor(call, cursor, list, entry, *mc);
                     });
 }
@@ -204,8 +239,6 @@ int maapi_get_objects(struct maapi_cursor* mc, confd_value_t* values, int n,
   return CursorCall(
       "maapi_get_objects", mc,
       [&](Call& call, Scope& scope, store::Cursor& cursor) {
-        RequireKeyOrder(*mc);
-        RequireNoFilter(*mc);
         RequirePointer(nobj, "the number of objects");
         call.Input([&] {
           return "n " + std::to_string(n) + " nobj " + std::to_string(*nobj);
@@ -221,7 +254,7 @@ int maapi_get_objects(struct maapi_cursor* mc, confd_value_t* values, int n,
         const store::Node* last = nullptr;
         size_t most = 0;
         while (filled.size() < static_cast<size_t>(*nobj) && !cursor.ended) {
-          const store::Node* entry = EntryBehind(cursor, list);
+          const store::Node* entry = EntryBehind(scope, cursor, list, *mc);
           cursor.ended = entry == nullptr;
           if (entry == nullptr) break;
           last = entry;
