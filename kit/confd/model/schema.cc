@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <sstream>
 
 #include "kit/confd/model/constraints.h"
 #include "kit/confd/model/error.h"
@@ -43,6 +45,17 @@ std::string FirstMessage(ly_ctx* context) {
 uint64_t NewSerial() {
   static std::atomic<uint64_t> last{0};
   return ++last;
+}
+
+// Of "prefix:name".
+std::string_view LocalName(std::string_view name) {
+  return name.substr(name.find(':') + 1);
+}
+
+// The words of a text, which blanks separate.
+std::vector<std::string> WordsOf(const std::string& text) {
+  std::istringstream stream(text);
+  return {std::istream_iterator<std::string>(stream), {}};
 }
 
 // From release 3 on libyang sorts the instances of what the model leaves to the
@@ -252,11 +265,37 @@ void Schema::FinishNode(SchemaNode& node) {
                     child.type->value_type() == ValueType::kEmpty;
     node.by_name[child.name].push_back(&child);
   }
+  if (node.kind == NodeKind::kList) AddIndexes(node);
   for (const auto& child_node : node.children) {
     SchemaNode& child = *child_node;
     FinishNode(child);
     node.width += 1;
     if (child.IsContainer()) node.width += child.width;
+  }
+}
+
+// libyang does not know the statements, which count by name in any module. An
+// index over what is no leaf of the list is none.
+void Schema::AddIndexes(SchemaNode& list) {
+  const auto* parsed = static_cast<const lysp_node*>(list.compiled->priv);
+  if (parsed == nullptr) return;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(parsed->exts, i) {
+    const lysp_ext_instance& one = parsed->exts[i];
+    if (LocalName(one.name) != "secondary-index") continue;
+    SecondaryIndex index{one.argument != nullptr ? one.argument : "", {}};
+    bool is_whole = true;
+    for (const lysp_stmt* stmt = one.child; stmt; stmt = stmt->next) {
+      if (LocalName(stmt->stmt) != "index-leafs") continue;
+      for (const std::string& name : WordsOf(stmt->arg)) {
+        const SchemaNode* leaf = OnlyChild(list, name);
+        is_whole &= leaf != nullptr && leaf->kind == NodeKind::kLeaf;
+        index.leaves.push_back(leaf);
+      }
+    }
+    if (is_whole && !index.leaves.empty()) {
+      list.indexes.push_back(std::move(index));
+    }
   }
 }
 

@@ -52,6 +52,15 @@ struct Module {
   const lys_module* compiled;
 };
 
+struct SchemaNode;
+
+// An order of a list's entries besides that of their keys, as the model names
+// it (tailf:secondary-index): by the values of leaves.
+struct SecondaryIndex {
+  std::string name;
+  std::vector<const SchemaNode*> leaves;
+};
+
 // One data node. Choices and cases are not nodes: what they hold stands in
 // their parent.
 struct SchemaNode {
@@ -66,8 +75,9 @@ struct SchemaNode {
   std::vector<std::unique_ptr<SchemaNode>> children;
   std::unordered_map<std::string_view, std::vector<const SchemaNode*>> by_name;
 
-  size_t key_count = 0;       // list
-  bool user_ordered = false;  // list, leaf-list
+  size_t key_count = 0;                 // list
+  std::vector<SecondaryIndex> indexes;  // list
+  bool user_ordered = false;            // list, leaf-list
   // No configuration: it has its place, but nothing ever stands there.
   bool is_state = false;
   size_t width = 0;  // most elements of a value array of this node's children
@@ -180,6 +190,7 @@ class Schema {
                  std::vector<SchemaNode::Choice>& choices);
   void SetLeafDetails(SchemaNode& node);
   void FinishNode(SchemaNode& node);
+  static void AddIndexes(SchemaNode& list);
   const Module* ModuleOf(const lys_module* compiled);
 
   const uint64_t serial_;

@@ -259,5 +259,18 @@ TEST(Schema, ModulesAreFoundByHash) {
   EXPECT_EQ(Zoo().ModuleOfHash(1), nullptr);
 }
 
+TEST(Schema, SecondaryIndexesAreThoseOverLeavesOfTheList) {
+  const Schema schema(ModelDirectory("farm"), {});
+  const auto& indexes = NodeAt(schema, "/stall").indexes;
+  ASSERT_EQ(indexes.size(), 2u);
+  EXPECT_EQ(indexes[0].name, "by-animal");
+  ASSERT_EQ(indexes[0].leaves.size(), 1u);
+  EXPECT_EQ(indexes[0].leaves[0]->name, "animal");
+  EXPECT_EQ(indexes[1].name, "by-bowl");
+  ASSERT_EQ(indexes[1].leaves.size(), 2u);
+  EXPECT_EQ(indexes[1].leaves[1]->name, "number");
+  EXPECT_TRUE(NodeAt(schema, "/chore").indexes.empty());
+}
+
 }  // namespace
 }  // namespace kit::store
