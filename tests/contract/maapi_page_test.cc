@@ -401,18 +401,6 @@ TEST_F(ConfdLibMaapiPageCalls, WalksGoOnWhereEntriesAheadMoveManyTimes) {
   maapi_destroy_cursor(&mc);
 }
 
-// What can't be obeyed fails rather than walk in another order.
-TEST_F(ConfdLibMaapiPageCalls, WalksWithAnIndexAreUnavailable) {
-  maapi_cursor mc;
-  ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/stall"), CONFD_OK);
-  char name[] = "by-animal";
-  mc.secondary_index = name;
-  EXPECT_EQ(Outcome(maapi_get_next(&mc)), "UNAVAILABLE");
-  EXPECT_EQ(Outcome(maapi_find_next(&mc, CONFD_FIND_NEXT, nullptr, 0)),
-            "UNAVAILABLE");
-  maapi_destroy_cursor(&mc);
-}
-
 TEST_F(ConfdLibMaapiPageCalls, GetObjectsReadsTheEntriesBehindTheCursor) {
   maapi_cursor mc;
   ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/stall"), CONFD_OK);

@@ -1,4 +1,4 @@
-// Cursors that walk where an expression is true.
+// Cursors that walk by a secondary index, or where an expression is true.
 #include "tests/contract/pages.h"
 
 namespace contract {
@@ -21,11 +21,13 @@ class ConfdLibMaapiPageWalks : public ConfdLibMaapiPage {
   void TearDown() override { maapi_destroy_cursor(&mc_); }
 
   // What is given stays with the test.
-  void Start(const char* list, const char* expression) {
+  void Start(const char* list, const char* index, const char* expression) {
     maapi_destroy_cursor(&mc_);
-    expression_ = expression;
+    index_ = index == nullptr ? "" : index;
+    expression_ = expression == nullptr ? "" : expression;
     ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc_, "%s", list), CONFD_OK);
-    mc_.xpath_expr = expression_.data();
+    if (index != nullptr) mc_.secondary_index = index_.data();
+    if (expression != nullptr) mc_.xpath_expr = expression_.data();
   }
   // The keys at which it stands: "1-4", "end".
   std::string Here() const {
@@ -48,7 +50,7 @@ class ConfdLibMaapiPageWalks : public ConfdLibMaapiPage {
     return text;
   }
   std::string Where(const char* list, const char* expression) {
-    Start(list, expression);
+    Start(list, nullptr, expression);
     return Rest();
   }
   std::string Find(enum confd_find_next_type type,
@@ -59,6 +61,7 @@ class ConfdLibMaapiPageWalks : public ConfdLibMaapiPage {
   }
 
   maapi_cursor mc_ = {};
+  std::string index_;
   std::string expression_;
 };
 
@@ -99,7 +102,7 @@ TEST_F(ConfdLibMaapiPageWalks, WhatIsNoExpressionIsAnXpathError) {
 }
 
 TEST_F(ConfdLibMaapiPageWalks, EntriesAreJudgedAsTheWalkFindsThem) {
-  Start("/stall", "animal != 'cow'");
+  Start("/stall", nullptr, "animal != 'cow'");
   EXPECT_EQ(Next(), "1-1");
   ASSERT_EQ(Delete("/stall{1 1}"), "ok");
   ASSERT_EQ(Delete("/stall{1 4}"), "ok");
@@ -110,15 +113,15 @@ TEST_F(ConfdLibMaapiPageWalks, EntriesAreJudgedAsTheWalkFindsThem) {
 }
 
 TEST_F(ConfdLibMaapiPageWalks, FindNextIgnoresTheExpression) {
-  Start("/stall", "animal = 'ape'");
+  Start("/stall", nullptr, "animal = 'ape'");
   EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint8(1), Uint8(1)}), "1-4");
   EXPECT_EQ(Rest(), "3-1");
-  Start("/stall", "animal = ");
+  Start("/stall", nullptr, "animal = ");
   EXPECT_EQ(Find(CONFD_FIND_NEXT, {}), "1-1");
 }
 
 TEST_F(ConfdLibMaapiPageWalks, GetObjectsObeysTheExpression) {
-  Start("/stall", "row = 1 or row = 3");
+  Start("/stall", nullptr, "row = 1 or row = 3");
   confd_value_t values[8];
   int nobj = 3;
   ASSERT_GT(maapi_get_objects(&mc_, values, 2, &nobj), 0);
@@ -126,6 +129,72 @@ TEST_F(ConfdLibMaapiPageWalks, GetObjectsObeysTheExpression) {
   EXPECT_EQ(Show(values, 6),
             "C_UINT8 1, C_UINT8 1, C_UINT8 1, C_UINT8 4, C_UINT8 3, C_UINT8 1");
   EXPECT_EQ(Rest(), "3-3");
+}
+
+// ---- secondary_index --------------------------------------------------------
+
+TEST_F(ConfdLibMaapiPageWalks, GoByTheIndexAndThenByKey) {
+  Start("/stall", "by-animal", nullptr);
+  EXPECT_EQ(Rest(), "3-1 2-2 3-3 1-4 1-1");
+  EXPECT_EQ(Next(), "end");
+  // Entries without a value come first.
+  Start("/stall", "by-bowl", nullptr);
+  EXPECT_EQ(Rest(), "1-1 3-1 2-2 1-4 3-3");
+}
+
+TEST_F(ConfdLibMaapiPageWalks, IndexAndExpressionHoldTogether) {
+  Start("/stall", "by-animal", "row > 1");
+  EXPECT_EQ(Rest(), "3-1 2-2 3-3");
+}
+
+TEST_F(ConfdLibMaapiPageWalks, UnknownIndexesDoNotExist) {
+  Start("/stall", "by-nothing", nullptr);
+  EXPECT_EQ(Next(), "NOEXISTS");
+  EXPECT_EQ(mc_.n, 0);
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {}), "NOEXISTS");
+  // Of no leaf.
+  Start("/stall", "by-bucket", nullptr);
+  EXPECT_EQ(Next(), "NOEXISTS");
+  Start("/chore", "by-animal", nullptr);
+  EXPECT_EQ(Next(), "NOEXISTS");
+}
+
+TEST_F(ConfdLibMaapiPageWalks, FindNextTakesTheValuesOfTheIndex) {
+  Start("/stall", "by-bowl", nullptr);
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Str("deep"), Uint8(2)}), "1-4");
+  EXPECT_EQ(Rest(), "3-3");
+  EXPECT_EQ(Find(CONFD_FIND_SAME_OR_NEXT, {Str("deep"), Uint8(2)}), "2-2");
+  EXPECT_EQ(Find(CONFD_FIND_SAME_OR_NEXT, {Str("deep"), Uint8(3)}), "1-4");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Str("deep")}), "2-2");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Str("e")}), "3-3");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Str("z")}), "end");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {}), "1-1");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Uint8(1)}), "BADPATH");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Str("a"), Uint8(1), Uint8(1)}), "BADPATH");
+  // All that have the same value are passed.
+  Start("/stall", "by-animal", nullptr);
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Str("cow")}), "1-4");
+  EXPECT_EQ(Find(CONFD_FIND_SAME_OR_NEXT, {Str("cow")}), "2-2");
+}
+
+TEST_F(ConfdLibMaapiPageWalks, EntriesThatAreNewSinceComeBehindTheSortedOnes) {
+  Start("/stall", "by-animal", nullptr);
+  EXPECT_EQ(Next(), "3-1");
+  ASSERT_EQ(Delete("/stall{2 2}"), "ok");
+  ASSERT_EQ(Create("/stall{0 2}"), "ok");
+  ASSERT_EQ(Create("/stall{2 7}"), "ok");
+  ASSERT_EQ(Set("/stall{2 7}/animal", Str("bee")), "ok");
+  ASSERT_EQ(Set("/stall{3 3}/animal", Str("zebra")), "ok");
+  EXPECT_EQ(Rest(), "3-3 1-4 1-1 0-2 2-7");
+  ASSERT_EQ(Create("/stall{9 9}"), "ok");
+  EXPECT_EQ(Next(), "end");
+}
+
+TEST_F(ConfdLibMaapiPageWalks, IndexOfAListWithoutEntriesHasNone) {
+  OpenFarm("");
+  Start("/stall", "by-animal", "animal = 'cow'");
+  EXPECT_EQ(Next(), "end");
+  EXPECT_EQ(Find(CONFD_FIND_NEXT, {Str("cow")}), "end");
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/document/entry_filter.h"
 #include "kit/confd/model/error.h"
+#include "kit/confd/tree/index_order.h"
 
 namespace store = kit::store;
 namespace keypath = kit::keypath;
@@ -61,10 +62,11 @@ class VisibleKeys {
   std::vector<confd_value_t> keys_;
 };
 
-// What the C API keeps with a cursor. The filter is there from the first step
-// that asks for one.
+// What the C API keeps with a cursor. Order and filter are there from the first
+// step that asks for them.
 struct Walk {
   VisibleKeys visible;
+  std::unique_ptr<store::IndexOrder> order;
   std::unique_ptr<store::EntryFilter> filter;
 };
 
@@ -95,12 +97,31 @@ const store::List* ListOf(const Scope& scope, const store::Cursor& cursor) {
   return store::Data::ListOf(target);
 }
 
-// What would have to be obeyed and can't: a walk that went on without it would
-// meet other entries than on a device.
-void RequireKeyOrder(const maapi_cursor& mc) {
-  if (mc.secondary_index == nullptr) return;
-  throw Error(ErrorCode::kUnavailable,
-              "this library walks by no secondary index");
+// The schema of the list that the cursor walks over.
+const store::SchemaNode& SchemaOf(const Scope& scope,
+                                  const store::Cursor& cursor) {
+  return *scope.data->Find(cursor.list_path, {false, cursor.selected}).schema;
+}
+
+const store::SecondaryIndex& FindIndex(const store::SchemaNode& list,
+                                       const std::string& name) {
+  for (const store::SecondaryIndex& index : list.indexes) {
+    if (index.name == name) return index;
+  }
+  throw Error(ErrorCode::kNoExists, "the list has no secondary index \"" +
+                                        name + "\" over leaves of its own");
+}
+
+// The order that the program has asked for; null: that of the list.
+store::IndexOrder* OrderOf(const Scope& scope, const store::Cursor& cursor,
+                           const store::List* list, const maapi_cursor& mc) {
+  if (mc.secondary_index == nullptr) return nullptr;
+  auto& order = WalkOf(cursor).order;
+  if (order == nullptr || order->index().name != mc.secondary_index) {
+    order = std::make_unique<store::IndexOrder>(
+        FindIndex(SchemaOf(scope, cursor), mc.secondary_index), list);
+  }
+  return order.get();
 }
 
 // Which entries the program wants to meet; null: all.
@@ -118,12 +139,13 @@ store::EntryFilter* FilterOf(const Scope& scope, const store::Cursor& cursor,
 const store::Node* EntryBehind(const Scope& scope, store::Cursor& cursor,
                                const store::List* list,
                                const maapi_cursor& mc) {
-  RequireKeyOrder(mc);
+  store::IndexOrder* const order = OrderOf(scope, cursor, list, mc);
   if (list == nullptr) return nullptr;
   store::EntryFilter* const filter = FilterOf(scope, cursor, mc);
   for (;;) {
-    const store::Node* entry =
-        cursor.started ? list->After(cursor.place) : list->First();
+    const store::Node* entry = order != nullptr ? order->Next(*list)
+                               : cursor.started ? list->After(cursor.place)
+                                                : list->First();
     if (entry == nullptr || filter == nullptr || filter->Passes(*entry)) {
       return entry;
     }
@@ -134,7 +156,15 @@ const store::Node* EntryBehind(const Scope& scope, store::Cursor& cursor,
 
 // How the program has restricted the walk, for whoever watches.
 std::string DescribeWalk(const maapi_cursor& mc) {
-  return mc.xpath_expr == nullptr ? "" : std::string("where ") + mc.xpath_expr;
+  std::string text;
+  if (mc.secondary_index != nullptr) {
+    text = std::string("by ") + mc.secondary_index;
+  }
+  if (mc.xpath_expr != nullptr) {
+    text += text.empty() ? "where " : " where ";
+    text += mc.xpath_expr;
+  }
+  return text;
 }
 
 void ShowKeys(const store::Cursor& cursor, const store::Node& entry,
@@ -169,6 +199,28 @@ store::Value KeyFromC(const store::SchemaNode& key,
     throw Error(ErrorCode::kBadPath,
                 "key \"" + key.name + "\": " + error.what());
   }
+}
+
+// The leaves whose values a search goes by: those of the index, or the keys.
+std::vector<const store::SchemaNode*> SearchedLeaves(
+    const Scope& scope, const store::Cursor& cursor, const maapi_cursor& mc) {
+  const store::SchemaNode& list = SchemaOf(scope, cursor);
+  if (mc.secondary_index != nullptr) {
+    return FindIndex(list, mc.secondary_index).leaves;
+  }
+  std::vector<const store::SchemaNode*> keys;
+  for (size_t i = 0; i < list.key_count; ++i) {
+    keys.push_back(list.children[i].get());
+  }
+  return keys;
+}
+
+// The first entry behind values, or with `or_same` at them; null at the end.
+const store::Node* Search(store::IndexOrder* order, const store::List& list,
+                          const std::vector<store::Value>& from, bool or_same) {
+  const store::KeyView values{from.data(), from.size()};
+  if (order != nullptr) return order->Find(list, values, or_same);
+  return from.empty() ? list.First() : list.Next(values, or_same);
 }
 
 // A call on a cursor: body(call, scope, cursor). A failed call leaves n at 0,
@@ -286,18 +338,17 @@ int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
   return CursorCall(
       "maapi_find_next", mc,
       [&](Call& call, Scope& scope, store::Cursor& cursor) {
-        const store::SchemaNode& list =
-            *scope.data->Find(cursor.list_path, {false, cursor.selected})
-                 .schema;
-        RequireKeyOrder(*mc);
+        const store::List* entries = ListOf(scope, cursor);
+        const std::vector<const store::SchemaNode*> leaves =
+            SearchedLeaves(scope, cursor, *mc);
         if (n_inkeys < 0) {
           throw Error(ErrorCode::kProtoUsage,
                       std::to_string(n_inkeys) + " is no number of keys");
         }
-        if (static_cast<size_t>(n_inkeys) > list.key_count) {
+        if (static_cast<size_t>(n_inkeys) > leaves.size()) {
           throw Error(ErrorCode::kBadPath, std::to_string(n_inkeys) +
                                                " keys for a list with " +
-                                               std::to_string(list.key_count));
+                                               std::to_string(leaves.size()));
         }
         if (n_inkeys > 0) RequirePointer(inkeys, "the keys");
         if (type != CONFD_FIND_NEXT && type != CONFD_FIND_SAME_OR_NEXT) {
@@ -312,14 +363,12 @@ int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type,
         std::vector<store::Value> from;
         from.reserve(count);
         for (size_t i = 0; i < count; ++i) {
-          from.push_back(KeyFromC(*list.children[i], inkeys[i]));
+          from.push_back(KeyFromC(*leaves[i], inkeys[i]));
         }
-        const store::List* entries = ListOf(scope, cursor);
         const store::Node* entry = nullptr;
         if (entries != nullptr) {
-          entry = from.empty() ? entries->First()
-                               : entries->Next({from.data(), from.size()},
-                                               type == CONFD_FIND_SAME_OR_NEXT);
+          entry = Search(OrderOf(scope, cursor, entries, *mc), *entries, from,
+                         type == CONFD_FIND_SAME_OR_NEXT);
         }
         return MoveCursor(call, cursor, entries, entry, *mc);
       });

@@ -198,12 +198,13 @@ enum confd_find_next_type { CONFD_FIND_NEXT = 0, CONFD_FIND_SAME_OR_NEXT = 1 };
 struct maapi_cursor {
   confd_value_t keys[MAXKEYLEN];
   int n;
-  /* To be set before the first step. UNAVAILABLE: this library has none. */
-  char *secondary_index;
   /*
-   * An XPath expression that is true for the entries that are wanted; to be set
-   * before the first step, and to live as long as the walk. XPATH: it is none.
+   * To be set before the first step, and to live as long as the walk: the name
+   * of a secondary index of the list, by which the entries come then, and an
+   * XPath expression that is true for those that are wanted. NOEXISTS: no such
+   * index. XPATH: no expression.
    */
+  char *secondary_index;
   char *xpath_expr;
   /* Private. */
   int sock;
@@ -228,8 +229,8 @@ CONFD_KIT_EXPORT int maapi_get_next(struct maapi_cursor *mc);
 /*
  * Moves to the first entry after the given keys, or at them with
  * CONFD_FIND_SAME_OR_NEXT. Fewer keys than the list has count as standing
- * before every entry that begins with them. An expression has no effect on
- * where it moves.
+ * before every entry that begins with them. With a secondary index they are
+ * the values of its leaves; an expression has no effect on where it moves.
  */
 CONFD_KIT_EXPORT int maapi_find_next(struct maapi_cursor *mc,
                                      enum confd_find_next_type type,
