@@ -210,5 +210,90 @@ TEST(ConfdLibLibPage, StringsAreComparedWithValuesAsStrcmpDoes) {
   }
 }
 
+TEST(ConfdLibLibPage, TagsOfTaggedArraysAreEqualByContent) {
+  confd_tag_value_t a;
+  confd_tag_value_t b;
+  const auto equal = [&] { return Equal(a.v, b.v); };
+  CONFD_SET_TAG_XMLBEGIN(&a, 1, 2);
+  CONFD_SET_TAG_XMLBEGIN(&b, 1, 2);
+  EXPECT_GT(equal(), 0);
+  CONFD_SET_TAG_XMLBEGIN(&b, 1, 3);
+  EXPECT_EQ(equal(), 0);
+  CONFD_SET_TAG_XMLEND(&b, 1, 2);
+  EXPECT_EQ(equal(), 0);
+  CONFD_SET_TAG_XMLEND(&a, 1, 2);
+  EXPECT_GT(equal(), 0);
+  a.v.type = b.v.type = C_XMLBEGINDEL;
+  EXPECT_GT(equal(), 0);
+  CONFD_SET_TAG_CDBBEGIN(&a, 1, 2, 7);
+  CONFD_SET_TAG_CDBBEGIN(&b, 1, 2, 7);
+  EXPECT_GT(equal(), 0);
+  CONFD_SET_TAG_CDBBEGIN(&b, 1, 2, 8);
+  EXPECT_EQ(equal(), 0);
+  CONFD_SET_TAG_PTR(&a, 1, C_UINT8, &a);
+  CONFD_SET_TAG_PTR(&b, 1, C_UINT8, &a);
+  EXPECT_GT(equal(), 0);
+  CONFD_SET_TAG_PTR(&b, 1, C_UINT8, &b);
+  EXPECT_EQ(equal(), 0);
+  CONFD_SET_TAG_PTR(&b, 1, C_INT8, &a);
+  EXPECT_EQ(equal(), 0);
+  a.v.type = b.v.type = C_XMLMOVEFIRST;
+  EXPECT_GT(equal(), 0);
+}
+
+// ---- What a program should not give ----------------------------------------
+
+TEST(ConfdLibLibPage, NothingIsNeitherCopiedNorEqual) {
+  confd_value_t value = Uint8(1);
+  EXPECT_EQ(confd_value_dup(nullptr), nullptr);
+  EXPECT_EQ(confd_value_dup_to(nullptr, &value), nullptr);
+  EXPECT_EQ(confd_value_dup_to(&value, nullptr), nullptr);
+  EXPECT_EQ(confd_hkeypath_dup(nullptr), nullptr);
+  EXPECT_EQ(confd_hkeypath_dup_len(nullptr, 0), nullptr);
+  EXPECT_EQ(confd_val_eq(&value, nullptr), 0);
+  EXPECT_EQ(confd_val_eq(nullptr, &value), 0);
+  EXPECT_EQ(confd_val_eq(nullptr, nullptr), 0);
+  const confd_value_t null_string = Str(nullptr);
+  EXPECT_GT(confd_svcmp("a", nullptr), 0);
+  EXPECT_GT(confd_svcmp("a", &null_string), 0);
+  EXPECT_EQ(confd_svcmp(nullptr, &null_string), 0);
+  EXPECT_EQ(Equal(null_string, null_string), 0);
+}
+
+TEST(ConfdLibLibPage, PathsOfAnImpossibleLengthAreNotCopied) {
+  OwnedValues owned;
+  confd_value_t reference;
+  CONFD_SET_OBJECTREF(&reference, &owned.path);
+  for (const int length : {-1, MAXDEPTH + 1, 1 << 30}) {
+    owned.path.len = length;
+    EXPECT_EQ(confd_hkeypath_dup(&owned.path), nullptr) << length;
+    EXPECT_EQ(confd_value_dup(&reference), nullptr) << length;
+    EXPECT_EQ(Equal(reference, reference), 0) << length;
+  }
+}
+
+// As an array holds where a call has left the rest of it alone.
+confd_value_t OfNumber(int number) {
+  confd_value_t value;
+  std::memset(&value, 0x5a, sizeof value);
+  std::memcpy(&value.type, &number, sizeof value.type);
+  return value;
+}
+
+TEST(ConfdLibLibPage, ValuesOfNoTypeHaveNoContent) {
+  for (const int number : {-1, 0, 21, 54, 200, 256 + C_BUF, 1 << 30}) {
+    confd_value_t value = OfNumber(number);
+    confd_value_t* copy = confd_value_dup(&value);
+    ASSERT_NE(copy, nullptr) << number;
+    EXPECT_EQ(Equal(value, *copy), 0) << number;
+    confd_free_dup_value(copy);
+    EXPECT_GT(confd_svcmp("a", &value), 0) << number;
+    confd_free_value(&value);
+    char text[16];
+    confd_pp_value(text, sizeof text, &value);
+    EXPECT_STREQ(text, "C_?") << number;
+  }
+}
+
 }  // namespace
 }  // namespace contract

@@ -309,6 +309,31 @@ TEST_F(ConfdLibPageErrors, TypesThatNoLeafHasAreBadTypes) {
   }
 }
 
+TEST_F(ConfdLibPageErrors, NumbersThatAreNoTypesAreRefused) {
+  for (const int number : {-1, 64, 200, 256 + C_UINT32, 1 << 30}) {
+    confd_value_t v;
+    std::memset(&v, 0x5a, sizeof v);
+    std::memcpy(&v.type, &number, sizeof v.type);
+    const auto set = [&](const char* path) {
+      return Outcome(maapi_set_elem(maapi_, th_, &v, "%s", path));
+    };
+    EXPECT_EQ(set("/values/u32"), "BADTYPE") << number;
+    EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, &v, 1, "/object")),
+              "BADTYPE")
+        << number;
+    EXPECT_EQ(Outcome(maapi_exists(maapi_, th_, "/object{%x}", &v)), "BADPATH")
+        << number;
+    EXPECT_EQ(Outcome(maapi_move(maapi_, th_, &v, 1, "/object{1}")),
+              "NOTMOVABLE")
+        << number;
+    maapi_cursor mc;
+    ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/object"), CONFD_OK);
+    EXPECT_EQ(Outcome(maapi_find_next(&mc, CONFD_FIND_NEXT, &v, 1)), "BADPATH")
+        << number;
+    maapi_destroy_cursor(&mc);
+  }
+}
+
 TEST_F(ConfdLibPageErrors, AbsurdCountsAreErrors) {
   confd_value_t values[2] = {Uint32(5), NoExists()};
   char text[4];

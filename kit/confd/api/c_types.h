@@ -5,6 +5,7 @@
 #include <confd_lib.h>
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 #include <type_traits>
 
@@ -15,13 +16,21 @@ namespace kit::api {
 template <store::ValueType type>
 using TypeConstant = std::integral_constant<store::ValueType, type>;
 
+// The number of a value's type, which a program may have left unset.
+inline int TypeNumber(const confd_value_t& value) {
+  int number = 0;
+  static_assert(sizeof number == sizeof value.type);
+  std::memcpy(&number, &value.type, sizeof number);
+  return number;
+}
+
 // What visit(type, member) gives for the type of a value, as a TypeConstant,
 // and the member that the type's row names; otherwise() for a type without a
 // row.
 template <typename CValue, typename Visit, typename Otherwise>
 auto VisitMember(CValue& value, const Visit& visit,
                  const Otherwise& otherwise) {
-  switch (value.type) {
+  switch (TypeNumber(value)) {
 #define KIT_ROW(row, name, number, stored_as, bits, text, member) \
   case name:                                                      \
     return visit(TypeConstant<store::ValueType::row>(), value.member);

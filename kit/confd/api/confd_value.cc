@@ -19,6 +19,7 @@ using kit::api::BytesOf;
 using kit::api::FromC;
 using kit::api::Release;
 using kit::api::SizeOf;
+using kit::api::TypeNumber;
 using kit::api::VisitMember;
 
 // Memory of malloc's for so many zeroed objects.
@@ -69,7 +70,12 @@ void Own(confd_snmp_oid*& oid) {
 }
 
 void Own(confd_hkeypath_t*& path) {
-  if (path != nullptr) path = CopyOf(*path, path->len);
+  if (path == nullptr) return;
+  path = CopyOf(*path, path->len);
+  if (path == nullptr) {
+    throw kit::store::Error(kit::store::ErrorCode::kBadType,
+                            "a path of an impossible length");
+  }
 }
 
 void Own(confd_list& list) {
@@ -95,10 +101,10 @@ confd_value_t CopyOf(const confd_value_t& from) {
 
 // Unlike a value that was received, a copy owns its strings.
 void ReleaseCopy(confd_value_t& value) {
-  if (value.type == C_STR) {
+  if (TypeNumber(value) == C_STR) {
     std::free(value.val.s);
     value.val.s = nullptr;
-  } else if (value.type == C_LIST) {
+  } else if (TypeNumber(value) == C_LIST) {
     for (size_t i = 0; i < SizeOf(value.val.list); ++i) {
       ReleaseCopy(value.val.list.ptr[i]);
     }
@@ -110,14 +116,18 @@ void ReleaseCopy(confd_value_t& value) {
 
 // How many values an element of a path has.
 size_t WidthOf(const confd_value_t (&element)[MAXKEYLEN]) {
-  if (element[0].type == C_XMLTAG) return 1;
+  if (TypeNumber(element[0]) == C_XMLTAG) return 1;
   size_t width = 0;
-  while (width < MAXKEYLEN && element[width].type != C_NOEXISTS) ++width;
+  while (width < MAXKEYLEN && TypeNumber(element[width]) != C_NOEXISTS) ++width;
   return width;
 }
 
+bool HasLength(const confd_hkeypath_t& path) {
+  return path.len >= 0 && path.len <= MAXDEPTH;
+}
+
 void ReleasePath(confd_hkeypath_t* path) {
-  for (int i = 0; i < path->len; ++i) {
+  for (int i = 0; i < path->len && i < MAXDEPTH; ++i) {
     for (confd_value_t& value : path->v[i]) ReleaseCopy(value);
   }
   std::free(path);
@@ -125,7 +135,7 @@ void ReleasePath(confd_hkeypath_t* path) {
 
 // The first `len` elements from the top; null for a length that it has not.
 confd_hkeypath_t* CopyOf(const confd_hkeypath_t& from, int len) {
-  if (len < 0 || len > from.len || from.len > MAXDEPTH) return nullptr;
+  if (!HasLength(from) || len < 0 || len > from.len) return nullptr;
   auto* path = Allocate<confd_hkeypath_t>(1);
   try {
     for (; path->len < len; ++path->len) {
@@ -155,7 +165,7 @@ bool AreEqual(const confd_list& a, const confd_list& b) {
 }
 
 bool AreEqual(const confd_hkeypath_t& a, const confd_hkeypath_t& b) {
-  if (a.len != b.len) return false;
+  if (!HasLength(a) || a.len != b.len) return false;
   for (int i = 0; i < a.len; ++i) {
     const size_t width = WidthOf(a.v[i]);
     if (width != WidthOf(b.v[i])) return false;
@@ -167,12 +177,23 @@ bool AreEqual(const confd_hkeypath_t& a, const confd_hkeypath_t& b) {
 }
 
 bool AreEqual(const confd_value_t& a, const confd_value_t& b) {
-  if (a.type != b.type) return false;
-  switch (a.type) {
+  if (TypeNumber(a) != TypeNumber(b)) return false;
+  switch (TypeNumber(a)) {
     case C_NOEXISTS:
     case C_DEFAULT:
+    case C_XMLMOVEFIRST:
+    case C_XMLMOVEAFTER:
       return true;
+    case C_SYMBOL:
+      return a.val.symbol == b.val.symbol;
+    case C_CDBBEGIN:
+      return a.val.i32 == b.val.i32;
+    case C_PTR:
+      return a.val.ptr.type == b.val.ptr.type && a.val.ptr.ptr == b.val.ptr.ptr;
     case C_XMLTAG:
+    case C_XMLBEGIN:
+    case C_XMLBEGINDEL:
+    case C_XMLEND:
       return a.val.xmltag.tag == b.val.xmltag.tag &&
              a.val.xmltag.ns == b.val.xmltag.ns;
     case C_LIST:
@@ -183,6 +204,11 @@ bool AreEqual(const confd_value_t& a, const confd_value_t& b) {
     default:
       return FromC(a) == FromC(b);
   }
+}
+
+// Nothing of a null pointer.
+std::string_view ViewOf(const char* text) {
+  return text == nullptr ? std::string_view() : text;
 }
 
 // What `call` gives, or `otherwise` where there is no memory or a value is not
@@ -213,6 +239,7 @@ confd_value_t* confd_value_dup(const confd_value_t* v) {
 }
 
 confd_value_t* confd_value_dup_to(const confd_value_t* v, confd_value_t* newv) {
+  if (v == nullptr || newv == nullptr) return nullptr;
   return Guarded<confd_value_t*>(nullptr, [&] {
     *newv = CopyOf(*v);
     return newv;
@@ -229,10 +256,11 @@ void confd_free_dup_value(confd_value_t* v) {
 }
 
 confd_hkeypath_t* confd_hkeypath_dup(const confd_hkeypath_t* src) {
-  return confd_hkeypath_dup_len(src, src->len);
+  return src == nullptr ? nullptr : confd_hkeypath_dup_len(src, src->len);
 }
 
 confd_hkeypath_t* confd_hkeypath_dup_len(const confd_hkeypath_t* src, int len) {
+  if (src == nullptr) return nullptr;
   return Guarded<confd_hkeypath_t*>(nullptr, [&] { return CopyOf(*src, len); });
 }
 
@@ -241,14 +269,16 @@ void confd_free_hkeypath(confd_hkeypath_t* hkp) {
 }
 
 int confd_val_eq(const confd_value_t* v1, const confd_value_t* v2) {
+  if (v1 == nullptr || v2 == nullptr) return 0;
   return Guarded(0, [&] { return AreEqual(*v1, *v2) ? 1 : 0; });
 }
 
 int confd_svcmp(const char* s, const confd_value_t* v) {
-  const std::string_view text = v->type == C_STR   ? v->val.c_s
-                                : v->type == C_BUF ? BytesOf(v->val.buf)
-                                                   : std::string_view();
-  return std::string_view(s).compare(text);
+  const int type = v == nullptr ? C_NOEXISTS : TypeNumber(*v);
+  const std::string_view text = type == C_STR   ? ViewOf(v->val.c_s)
+                                : type == C_BUF ? BytesOf(v->val.buf)
+                                                : std::string_view();
+  return ViewOf(s).compare(text);
 }
 
 }  // extern "C"

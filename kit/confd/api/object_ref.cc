@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "kit/confd/api/c_types.h"
 #include "kit/confd/api/values.h"
 #include "kit/confd/model/error.h"
 
@@ -145,7 +146,7 @@ void PrintKeys(std::string* out, const SchemaNode& list,
                const confd_value_t (&values)[MAXKEYLEN]) {
   for (size_t i = 0; i < list.key_count; ++i) {
     const SchemaNode& key = *list.children[i];
-    if (values[i].type == C_NOEXISTS) RejectPath(*out);
+    if (TypeNumber(values[i]) == C_NOEXISTS) RejectPath(*out);
     const Value value = key.type->Check(FromC(values[i], &list));
     const std::string text = key.type->Print(value);
     const char quote = text.find('\'') == std::string::npos ? '\'' : '"';
@@ -194,7 +195,7 @@ std::string ReferenceOfPath(const confd_hkeypath_t& path,
   bool has_keys = true;  // the root needs none
   for (int i = path.len - 1; i >= 0; --i) {
     const auto& element = path.v[i];
-    if (element[0].type == C_XMLTAG) {
+    if (TypeNumber(element[0]) == C_XMLTAG) {
       const bool is_list = node->kind == NodeKind::kList;
       node = is_list && !has_keys ? nullptr
                                   : ChildByTag(*node, element[0].val.xmltag);

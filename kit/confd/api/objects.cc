@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "kit/confd/api/c_types.h"
 #include "kit/confd/api/path_call.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/model/error.h"
@@ -22,6 +23,7 @@ using kit::api::RequirePointer;
 using kit::api::Scope;
 using kit::api::ToC;
 using kit::api::Transaction;
+using kit::api::TypeNumber;
 
 namespace {
 
@@ -158,7 +160,7 @@ int maapi_vset_object(int sock, int thandle, const confd_value_t* values, int n,
         store::Data::RequireObjectSize(target, count);
         std::vector<store::NewElement> elements(count);
         for (size_t i = 0; i < count; ++i) {
-          if (values[i].type != C_NOEXISTS) {
+          if (TypeNumber(values[i]) != C_NOEXISTS) {
             elements[i] = ElementFromC(values[i], target.schema);
           }
         }

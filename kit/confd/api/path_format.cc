@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "kit/confd/api/c_types.h"
 #include "kit/confd/api/plain_text.h"
 #include "kit/confd/api/value_text.h"
 #include "kit/confd/keypath/key_text.h"
@@ -293,7 +294,7 @@ class Formatter {
   }
 
   void AppendElement(const confd_value_t (&element)[MAXKEYLEN]) {
-    if (element[0].type == C_XMLTAG) {
+    if (TypeNumber(element[0]) == C_XMLTAG) {
       const auto name = names_.NodeName(out_, element[0].val.xmltag);
       if (!name && !is_text_) Fail("a path of the model");
       out_.push_back('/');
@@ -302,7 +303,7 @@ class Formatter {
     }
     char separator = '{';
     for (const confd_value_t& key : element) {
-      if (key.type == C_NOEXISTS) break;
+      if (TypeNumber(key) == C_NOEXISTS) break;
       out_.push_back(separator);
       AppendValue(key);
       separator = ' ';

@@ -50,7 +50,7 @@ std::string HexNumber(uint64_t number) {
 }
 
 std::string BitsText(const confd_value_t& value) {
-  switch (value.type) {
+  switch (TypeNumber(value)) {
     case C_BIT32:
       return HexNumber(value.val.b32);
     case C_BIT64:
@@ -61,7 +61,7 @@ std::string BitsText(const confd_value_t& value) {
 }
 
 std::string StringText(const confd_value_t& value) {
-  if (value.type != C_STR) return std::string(BytesOf(value.val.buf));
+  if (TypeNumber(value) != C_STR) return std::string(BytesOf(value.val.buf));
   return value.val.c_s == nullptr ? "(null)" : value.val.c_s;
 }
 
@@ -92,13 +92,15 @@ std::string DecimalText(const confd_decimal64& decimal) {
 }
 
 const store::TypeRow& RowOf(const confd_value_t& value) {
-  return store::kTypeRows[static_cast<uint8_t>(value.type)];
+  const auto number = static_cast<unsigned>(TypeNumber(value));
+  return number < store::kTypeRows.size() ? store::kTypeRows[number]
+                                          : store::kTypeRows.front();
 }
 
 }  // namespace
 
 std::string PlainText(const confd_value_t& value) {
-  if (value.type == C_XMLTAG) {
+  if (TypeNumber(value) == C_XMLTAG) {
     return InAngles("tag", std::to_string(value.val.xmltag.tag));
   }
   const store::TypeRow& row = RowOf(value);

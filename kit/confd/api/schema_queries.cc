@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "kit/confd/api/c_types.h"
 #include "kit/confd/api/call.h"
 #include "kit/confd/api/key_names.h"
 #include "kit/confd/api/loaded_names.h"
@@ -180,10 +181,10 @@ const SchemaNode* FindTag(const SchemaNode& parent, const xml_tag& tag) {
 std::optional<std::string> LoadedNameOf(const confd_value_t& value) {
   using FoundText = Found<std::string>;
   std::string name = Ask([&](const Schema& schema) -> std::optional<FoundText> {
-    if (value.type == C_IDENTITYREF) {
+    if (TypeNumber(value) == C_IDENTITYREF) {
       return FindIdentity(schema, value.val.idref);
     }
-    if (value.type != C_XMLTAG) return std::nullopt;
+    if (TypeNumber(value) != C_XMLTAG) return std::nullopt;
     const SchemaNode* node = FindTag(schema.root(), value.val.xmltag);
     if (node == nullptr) return std::nullopt;
     return FoundText{node->name, value.val.xmltag.ns};

@@ -26,6 +26,7 @@ using kit::api::Scope;
 using kit::api::TagOf;
 using kit::api::ToC;
 using kit::api::Transaction;
+using kit::api::TypeNumber;
 using kit::api::VisitMember;
 
 namespace {
@@ -75,7 +76,7 @@ class TagParser {
 
   void Take() {
     const confd_tag_value_t& value = values_[next_++];
-    if (value.v.type == C_XMLEND) {
+    if (TypeNumber(value.v) == C_XMLEND) {
       Leave(value);
       return;
     }
@@ -84,7 +85,7 @@ class TagParser {
       Fail(ErrorCode::kBadPath,
            "is for \"" + node.name + "\", which is state data");
     }
-    switch (value.v.type) {
+    switch (TypeNumber(value.v)) {
       case C_XMLBEGIN:
         Begin(node);
         break;
@@ -155,7 +156,8 @@ class TagParser {
     }
     TagStep& step = Add(TagStep::Kind::kDelete, &node);
     step.keys = TakeKeys(node);
-    const bool ends = next_ < count_ && values_[next_].v.type == C_XMLEND &&
+    const bool ends = next_ < count_ &&
+                      TypeNumber(values_[next_].v) == C_XMLEND &&
                       values_[next_].tag.tag == TagOf(node);
     ++next_;
     if (!ends) Fail(ErrorCode::kBadPath, "does not end what is deleted");
@@ -192,7 +194,8 @@ class TagParser {
   void TakeNode(const SchemaNode& node, const confd_value_t& value) {
     const bool is_leaf = node.kind == store::NodeKind::kLeaf ||
                          node.kind == store::NodeKind::kLeafList;
-    const bool asks = value.type == C_NOEXISTS || value.type == C_PTR;
+    const int type = TypeNumber(value);
+    const bool asks = type == C_NOEXISTS || type == C_PTR;
     if (node.is_key() && (use_ == Use::kWrite || !asks)) {
       // Those of the path's own entry may be there.
       if (inside_.size() == 1 && !asks) return;
@@ -202,7 +205,7 @@ class TagParser {
     if (use_ == Use::kWrite) {
       const bool is_deleted =
           node.kind == store::NodeKind::kPresenceContainer &&
-          value.type == C_NOEXISTS;
+          type == C_NOEXISTS;
       if (!is_leaf && !is_deleted) FailAsNoLeaf(node);
       Add(TagStep::Kind::kNode, &node).element = ElementFromC(value, &node);
       return;
@@ -249,7 +252,7 @@ class ReadValues {
            const store::Element& element) {
     const confd_value_t value = ToC(element);
     values_.emplace_back(number, value);
-    const bool fits = into.v.type != C_PTR || value.type == C_NOEXISTS ||
+    const bool fits = TypeNumber(into.v) != C_PTR || value.type == C_NOEXISTS ||
                       value.type == into.v.val.ptr.type;
     if (!fits) {
       throw Error(ErrorCode::kBadType,
@@ -257,7 +260,7 @@ class ReadValues {
                       " of the array is a variable of another type than \"" +
                       element.schema->name + "\" has");
     }
-    if (into.v.type == C_PTR) {
+    if (TypeNumber(into.v) == C_PTR) {
       RequirePointer(into.v.val.ptr.ptr, "a variable");
     }
   }
@@ -265,7 +268,7 @@ class ReadValues {
   void HandOut(confd_tag_value_t* values) {
     for (auto& [number, value] : values_) {
       confd_value_t& into = values[number].v;
-      if (into.type != C_PTR) {
+      if (TypeNumber(into) != C_PTR) {
         into = value;
       } else if (value.type != C_NOEXISTS) {
         Store(value, into.val.ptr.ptr);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "kit/confd/api/c_types.h"
 #include "kit/confd/api/call.h"
 #include "kit/confd/api/put_text.h"
 #include "kit/confd/api/schema_handles.h"
@@ -14,6 +15,7 @@ using kit::api::PutText;
 using kit::api::RequirePointer;
 using kit::api::RunCall;
 using kit::api::ToC;
+using kit::api::TypeNumber;
 using kit::api::TypeOf;
 
 namespace {
@@ -51,7 +53,7 @@ char* confd_val2str_ptr(struct confd_type* type, const confd_value_t* val) {
   RunCall("confd_val2str_ptr", NoPreparation, [&](Call&) {
     RequirePointer(type, "the type");
     RequirePointer(val, "the value");
-    if (val->type != C_ENUM_VALUE) return CONFD_OK;
+    if (TypeNumber(*val) != C_ENUM_VALUE) return CONFD_OK;
     const std::string* name = TypeOf(type)->EnumName(val->val.enumvalue);
     if (name != nullptr) text = const_cast<char*>(name->c_str());
     return CONFD_OK;

@@ -301,7 +301,7 @@ void AppendValueKey(std::string* out, const confd_value_t& value) {
       [out](auto type, const auto& member) {
         AppendKey(FormConstant<RowOf(type).text>(), out, type, member);
       },
-      [&] { Reject(value.type, "no key form"); });
+      [&] { Reject(TypeNumber(value), "no key form"); });
 }
 
 std::string ValueToKey(const confd_value_t& value) {

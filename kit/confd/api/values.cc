@@ -422,11 +422,11 @@ void Release(confd_value_t& value) {
 
 Value FromC(const confd_value_t& value, const store::SchemaNode* place) {
   // Another way to give a C_BUF, and no type that a leaf has.
-  if (value.type == C_STR) {
+  if (TypeNumber(value) == C_STR) {
     if (value.val.c_s == nullptr) FailForNull("C_STR");
     return Value::Text(ValueType::kBuf, value.val.c_s);
   }
-  if (value.type == C_OBJECTREF && place != nullptr) {
+  if (TypeNumber(value) == C_OBJECTREF && place != nullptr) {
     if (value.val.hkp == nullptr) FailForNull("C_OBJECTREF");
     return Value::Text(ValueType::kObjectRef,
                        ReferenceOfPath(*value.val.hkp, *place));
@@ -436,21 +436,21 @@ Value FromC(const confd_value_t& value, const store::SchemaNode* place) {
       [](auto type, const auto& member) {
         return Carrier<RowOf(type).stored_as>::Take(type, member);
       },
-      [&]() -> Value { RejectType(value.type); });
+      [&]() -> Value { RejectType(TypeNumber(value)); });
 }
 
 NewElement ElementFromC(const confd_value_t& value,
                         const store::SchemaNode* place) {
   NewElement element;
-  if (value.type == C_XMLTAG) {
+  if (TypeNumber(value) == C_XMLTAG) {
     element.is_present = true;
-  } else if (value.type == C_LIST) {
+  } else if (TypeNumber(value) == C_LIST) {
     element.items.emplace();
     if (SizeOf(value.val.list) != value.val.list.size) FailForNull("C_LIST");
     for (unsigned int i = 0; i < value.val.list.size; ++i) {
       element.items->push_back(FromC(value.val.list.ptr[i], place));
     }
-  } else if (value.type != C_NOEXISTS) {
+  } else if (TypeNumber(value) != C_NOEXISTS) {
     element.value = FromC(value, place);
   }
   return element;
