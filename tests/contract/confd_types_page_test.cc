@@ -1,6 +1,9 @@
 // What confd_types(3) says of values, and of the types that models give them.
+#include <crypt.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <optional>
 #include <string>
@@ -27,6 +30,11 @@ class ConfdTypesPage : public CApiTest {
   void OpenWith(const std::string& container, const std::string& inside) {
     OpenTypes("<" + container + " xmlns=\"urn:test:types\">" + inside + "</" +
               container + ">");
+  }
+
+  std::string SetText(const std::string& path, const std::string& text) const {
+    return Outcome(
+        maapi_set_elem2(maapi_, th_, text.c_str(), "%s", path.c_str()));
   }
 
   // Like Get, but the bytes of a C_BINARY one by one.
@@ -458,7 +466,16 @@ constexpr NamedType kNamedTypes[] = {
     {"ip-address", "2001:db8::1", "C_IPV6 2001:db8::1"},
     {"ip-prefix", "10.0.0.0/8", "C_IPV4PREFIX 10.0.0.0/8"},
     {"ip-and-plen", "10.1.2.3/8", "C_IPV4_AND_PLEN 10.1.2.3/8"},
+    {"ipv4-address", "10.1.2.3", "C_IPV4 10.1.2.3"},
+    {"ipv4-no-zone", "10.1.2.3", "C_IPV4 10.1.2.3"},
+    {"ipv6-address", "2001:db8::1", "C_IPV6 2001:db8::1"},
+    {"ipv6-no-zone", "2001:db8::1", "C_IPV6 2001:db8::1"},
+    {"ipv4-prefix", "10.0.0.0/8", "C_IPV4PREFIX 10.0.0.0/8"},
+    {"ipv6-prefix", "2001:db8::/32", "C_IPV6PREFIX 2001:db8::/32"},
+    {"ipv4-and-plen", "10.1.2.3/8", "C_IPV4_AND_PLEN 10.1.2.3/8"},
+    {"ipv6-and-plen", "2001:db8::1/32", "C_IPV6_AND_PLEN 2001:db8::1/32"},
     {"host", "10.1.2.3", "C_IPV4 10.1.2.3"},
+    {"xpath", "true()", "C_BUF true()"},
     {"uuid", "f81d4fae-7dec-11d0-a765-00a0c91e6bf6",
      "C_BUF f81d4fae-7dec-11d0-a765-00a0c91e6bf6"},
     {"yang-identifier", "name", "C_BUF name"},
@@ -466,6 +483,11 @@ constexpr NamedType kNamedTypes[] = {
     {"uri", "urn:a", "C_BUF urn:a"},
     {"token", "a b", "C_BUF \"a b\""},
     {"md5", "$1$x", "C_BUF $1$x"},
+    {"sha-256", "$5$x", "C_BUF $5$x"},
+    {"sha-512", "$0$x", "C_BUF $0$x"},
+    {"crypt-hash", "$0$x", "C_BUF $0$x"},
+    {"aes-128", "$8$x", "C_BUF $8$x"},
+    {"aes-256", "$9$x", "C_BUF $9$x"},
     {"node-instance", "/a", "C_BUF /a"},
     {"qname", "p:name", "C_QNAME p:name"},
     {"decimal", "-1.5", "C_DOUBLE -1.5"},
@@ -505,6 +527,60 @@ TEST_F(ConfdTypesPage, NamedTypesAreWrittenAsTheyAreRead) {
         std::string("<") + leaf + ">" + text + "</" + leaf + ">";
     EXPECT_NE(saved.find(element), std::string::npos) << element << "\n"
                                                       << saved;
+  }
+}
+
+// ---- Hashed and encrypted strings -------------------------------------------
+
+TEST_F(ConfdTypesPage, SetElem2HashesThePasswordsOfHashedTypes) {
+  const std::pair<const char*, const char*> leaves[] = {
+      {"md5", "$1$"},
+      {"sha-256", "$5$"},
+      {"sha-512", "$6$"},
+      {"crypt-hash", "$6$"},
+      {"hash-or-none", "$6$"}};
+  for (const auto& [leaf, method] : leaves) {
+    const std::string path = std::string("/named/") + leaf;
+    EXPECT_EQ(SetText(path, "$0$secret"), "ok") << leaf;
+    const std::string hash = Get(path).substr(std::strlen("C_BUF "));
+    EXPECT_EQ(hash.substr(0, 3), method) << leaf;
+    EXPECT_EQ(crypt("secret", hash.c_str()), hash) << leaf;
+    EXPECT_NE(crypt("Secret", hash.c_str()), hash) << leaf;
+    // A hash stays what it is, and a password gets the same one again.
+    EXPECT_EQ(SetText(path, hash), "ok");
+    EXPECT_EQ(Get(path), "C_BUF " + hash);
+    EXPECT_EQ(SetText(path, "$0$secret"), "ok");
+    EXPECT_EQ(Get(path), "C_BUF " + hash);
+  }
+  EXPECT_EQ(SetText("/named/hash-or-none", "none"), "ok");
+  EXPECT_EQ(Get("/named/hash-or-none"), "C_ENUM_VALUE 0");
+}
+
+TEST_F(ConfdTypesPage, SetElemKeepsThePasswordsOfHashedTypes) {
+  OpenWith("named", "<md5>$0$read</md5>");
+  EXPECT_EQ(Get("/named/md5"), "C_BUF $0$read");
+  EXPECT_EQ(Set("/named/md5", Str("$0$secret")), "ok");
+  EXPECT_EQ(Get("/named/md5"), "C_BUF $0$secret");
+}
+
+TEST_F(ConfdTypesPage, SetElem2KeepsTheTextOfOtherTypes) {
+  for (const char* leaf : {"aes-128", "aes-256", "uri"}) {
+    const std::string path = std::string("/named/") + leaf;
+    EXPECT_EQ(SetText(path, "$0$secret"), "ok") << leaf;
+    EXPECT_EQ(Get(path), "C_BUF $0$secret") << leaf;
+  }
+  EXPECT_EQ(SetText("/named/crypt-hash", "secret"), "BADTYPE");
+}
+
+TEST_F(ConfdTypesPage, SizesMayLackParts) {
+  const std::pair<const char*, const char*> sizes[] = {
+      {"S1G", "1073741824"}, {"S8M", "8388608"},      {"S7K", "7168"},
+      {"S956B", "956"},      {"S1G1B", "1073741825"}, {"S1M2K", "1050624"}};
+  for (const auto& [text, number] : sizes) {
+    OpenWith("named", std::string("<size>") + text + "</size>");
+    EXPECT_EQ(Get("/named/size"), std::string("C_UINT64 ") + number);
+    EXPECT_NE(Saved().find(std::string(">") + text + "<"), std::string::npos)
+        << Saved();
   }
 }
 

@@ -1,5 +1,6 @@
 // MAAPI's calls, statement by statement.
 #include <cstring>
+#include <utility>
 
 #include "tests/contract/pages.h"
 
@@ -171,6 +172,21 @@ TEST_F(ConfdLibMaapiPageCalls, SetElem2TakesTheText) {
   EXPECT_EQ(SetText("/barn/doors", "many"), "BADTYPE");
   EXPECT_EQ(SetText("/barn/doors", "256"), "BADTYPE");
   EXPECT_EQ(Get("/barn/doors"), "C_UINT8 7");
+}
+
+TEST_F(ConfdLibMaapiPageCalls, SetElem2TakesIdentitiesAsTheyPrint) {
+  OpenZoo("");
+  const auto set = [&](const char* text) {
+    EXPECT_EQ(SetText("/values/kin", text), "ok") << text;
+    confd_identityref kin = {};
+    EXPECT_EQ(maapi_get_identityref_elem(maapi_, th_, &kin, "/values/kin"),
+              CONFD_OK);
+    return std::pair(kin.ns, kin.id);
+  };
+  const auto bird = set("zoo-types:bird");
+  EXPECT_NE(set("zm:parrot"), bird);
+  EXPECT_EQ(set("zt:bird"), bird);
+  EXPECT_EQ(SetText("/values/kin", "none:bird"), "BADTYPE");
 }
 
 TEST_F(ConfdLibMaapiPageCalls, SetElem2FailsAsSetElemDoes) {

@@ -12,6 +12,7 @@
 #include "kit/confd/text/date.h"
 #include "kit/confd/text/encoding.h"
 #include "kit/confd/text/number.h"
+#include "kit/confd/text/password.h"
 #include "kit/confd/text/utf8.h"
 
 namespace kit::store {
@@ -283,6 +284,7 @@ void LeafType::Init(const lysc_node* node, const lysc_type* compiled,
   if (chain.well_known && compiled->basetype == LY_TYPE_STRING) {
     value_type_ = chain.well_known->type;
     text_form_ = chain.well_known->text;
+    hash_method_ = chain.well_known->hash_method;
   }
 
   LY_ARRAY_COUNT_TYPE i;
@@ -884,6 +886,29 @@ Value LeafType::ParseForPrograms(std::string_view text) const {
   const auto identity =
       is_identity ? FindPrefixed(text) : std::optional<std::string>();
   return identity ? ParseCanonical(*identity) : Parse(text);
+}
+
+Value LeafType::ParseToStore(std::string_view text) const {
+  for (const LeafType& member : members_) {
+    try {
+      member.Parse(text);
+    } catch (const Error&) {
+      continue;  // the next may take it
+    }
+    return member.ParseToStore(text);
+  }
+  constexpr std::string_view kClear = "$0$";
+  if (hash_method_.empty() || text.substr(0, kClear.size()) != kClear) {
+    return ParseForPrograms(text);
+  }
+  Parse(text);  // the type may want more of it
+  const auto hash =
+      text::HashPassword(std::string(text.substr(kClear.size())), hash_method_);
+  if (!hash) {
+    throw Error(ErrorCode::kUnavailable,
+                "this system has no hashes of the form " + hash_method_);
+  }
+  return Parse(*hash);
 }
 
 Value LeafType::Check(Value value) const {

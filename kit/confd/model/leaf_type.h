@@ -73,6 +73,11 @@ class LeafType {
   // The reverse. Throws Error with kBadType.
   Value ParseForPrograms(std::string_view text) const;
 
+  // The same for a text that is to be stored: the password of "$0$PASSWORD"
+  // becomes its hash where the type is one of hashes. Throws Error with
+  // kUnavailable where this system has no such hash.
+  Value ParseToStore(std::string_view text) const;
+
   // The name of an enum constant, of a union's first member that has it; null
   // for none.
   const std::string* EnumName(int32_t number) const;
@@ -132,7 +137,8 @@ class LeafType {
   const lysc_type* compiled_ = nullptr;
   ValueType value_type_ = ValueType::kNoExists;
   TextForm text_form_ = TextForm::kNone;
-  std::string name_;  // as the model writes it, for messages
+  std::string hash_method_;  // of passwords, see typedef_chain.h
+  std::string name_;         // as the model writes it, for messages
   bool unrestricted_ = false;
   std::string values_;  // which ones there are, "" where that can't be told
   // Of an integer: ends included, numbers as values hold them.

@@ -11,6 +11,7 @@ struct WellKnownTypedef {
   std::string_view name;
   ValueType type;
   TextForm text;
+  std::string_view hash_method = "";
 };
 
 // In any module. Typedefs that are not here are what they are made of.
@@ -43,11 +44,17 @@ constexpr WellKnownTypedef kWellKnownTypedefs[] = {
     {"hex-list", ValueType::kBinary, TextForm::kUpperHex},
     {"hexBinary", ValueType::kBinary, TextForm::kBareHex},
     {"octet-list", ValueType::kBinary, TextForm::kOctets},
+    {"crypt-hash", ValueType::kBuf, TextForm::kPlain, "$6$"},
+    {"md5-digest-string", ValueType::kBuf, TextForm::kPlain, "$1$"},
+    {"sha-256-digest-string", ValueType::kBuf, TextForm::kPlain, "$5$"},
+    {"sha-512-digest-string", ValueType::kBuf, TextForm::kPlain, "$6$"},
 };
 
 std::optional<WellKnownType> WellKnown(std::string_view name) {
   for (const WellKnownTypedef& known : kWellKnownTypedefs) {
-    if (name == known.name) return WellKnownType{known.type, known.text};
+    if (name == known.name) {
+      return WellKnownType{known.type, known.text, known.hash_method};
+    }
   }
   return std::nullopt;
 }

@@ -4,6 +4,7 @@
 #define KIT_CONFD_MODEL_TYPEDEF_CHAIN_H_
 
 #include <optional>
+#include <string_view>
 
 #include "kit/confd/model/value.h"
 
@@ -16,6 +17,8 @@ namespace kit::store {
 struct WellKnownType {
   ValueType type;
   TextForm text;
+  // How crypt(3) marks the hashes that they are, "" for what is no hash.
+  std::string_view hash_method;
 };
 
 struct TypedefChain {

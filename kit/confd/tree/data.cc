@@ -604,7 +604,8 @@ void Data::SetText(const Target& target, std::string_view text) {
     Fail(ErrorCode::kBadType,
          "a leaf-list or a leaf of type empty is not set by a text");
   }
-  target.holder->SetLeaf(*target.schema, target.schema->type->Parse(text));
+  target.holder->SetLeaf(*target.schema,
+                         target.schema->type->ParseToStore(text));
 }
 
 void Data::Move(const Target& target, const std::vector<Value>& keys) {
