@@ -1,5 +1,8 @@
 // What confd_lib(3) says of results and errors. The numbers stand here once
 // more: a program that was compiled elsewhere has them in its code.
+#include <dlfcn.h>
+#include <link.h>
+
 #include <csignal>
 #include <set>
 #include <string>
@@ -107,6 +110,26 @@ TEST(ConfdLibPage, EachErrorHasATextOfItsOwn) {
     EXPECT_EQ(confd_strerror(number), unknown) << number;
   }
   EXPECT_FALSE(unknown.empty());
+}
+
+// What stands in a library that was built against this one.
+TEST(ConfdLibPageLibrary, HasTheNameThatProgramsAreLinkedTo) {
+  Dl_info info;
+  link_map* map = nullptr;
+  ASSERT_NE(dladdr1(reinterpret_cast<void*>(&confd_strerror), &info,
+                    reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP),
+            0);
+  const char* strings = nullptr;
+  size_t name = 0;
+  for (const ElfW(Dyn)* entry = map->l_ld; entry->d_tag != DT_NULL; ++entry) {
+    if (entry->d_tag == DT_STRTAB) {
+      strings = reinterpret_cast<const char*>(entry->d_un.d_ptr);
+    } else if (entry->d_tag == DT_SONAME) {
+      name = entry->d_un.d_val;
+    }
+  }
+  ASSERT_NE(strings, nullptr);
+  EXPECT_STREQ(strings + name, "libconfd.so");
 }
 
 class ConfdLibPageProcess : public CApiTest {};

@@ -633,6 +633,29 @@ TEST_F(ConfdTypesPage, KeysOfNamedTypesAreFoundByTheirValues) {
   EXPECT_EQ(Exists("/named/by-mac{00:01:02:03:04:05}"), 1);
 }
 
+TEST_F(ConfdTypesPage, PrefixesAreOrderedByAddressAndThenLength) {
+  const auto entries = [](const char* list,
+                          const std::vector<std::string>& keys) {
+    std::string text;
+    for (const std::string& key : keys) {
+      text += std::string("<") + list + "><k>" + key + "</k></" + list + ">";
+    }
+    return text;
+  };
+  OpenWith("named",
+           entries("by-prefix4", {"10.0.0.0/16", "9.0.0.0/8", "10.0.0.0/8",
+                                  "100.0.0.0/8", "10.0.0.0/24", "0.0.0.0/0"}) +
+               entries("by-prefix6",
+                       {"2001:db8::/48", "2001:db8::/32", "1::/64", "::/0"}));
+  EXPECT_EQ(
+      Walk("/named/by-prefix4"),
+      (std::vector<std::string>{"0.0.0.0/0", "9.0.0.0/8", "10.0.0.0/8",
+                                "10.0.0.0/16", "10.0.0.0/24", "100.0.0.0/8"}));
+  EXPECT_EQ(Walk("/named/by-prefix6"),
+            (std::vector<std::string>{"::/0", "1::/64", "2001:db8::/32",
+                                      "2001:db8::/48"}));
+}
+
 // ---- Instance identifiers ---------------------------------------------------
 
 constexpr char kReferences[] =
