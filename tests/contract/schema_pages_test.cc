@@ -153,6 +153,18 @@ TEST_F(ConfdLibLibPageSchemas, HashesAreThoseOfNamesAndNamespaces) {
   EXPECT_TRUE(found);
 }
 
+TEST_F(ConfdLibLibPageSchemas, HashesAreThoseOfIdentitiesAndCasesToo) {
+  confd_identityref bird = {};
+  ASSERT_EQ(maapi_set_elem2(maapi_, th_, "zt:bird", "/values/kin"), CONFD_OK);
+  ASSERT_EQ(maapi_get_identityref_elem(maapi_, th_, &bird, "/values/kin"),
+            CONFD_OK);
+  EXPECT_STREQ(confd_hash2str(bird.id), "bird");
+  EXPECT_EQ(confd_str2hash("bird"), bird.id);
+  confd_value_t fast;
+  ASSERT_EQ(maapi_get_case(maapi_, th_, "how", &fast, "/pick"), CONFD_OK);
+  EXPECT_STREQ(confd_hash2str(CONFD_GET_XMLTAG(&fast)), "fast");
+}
+
 TEST_F(ConfdLibLibPageSchemas, PrefixesAreFoundByNamespace) {
   EXPECT_STREQ(confd_ns2prefix(kZoo), "zoo");
   EXPECT_STREQ(confd_ns2prefix(kZooMore), "zm");

@@ -254,6 +254,10 @@ TEST_F(ConfdLibLibPageText, PpValueNamesIdentitiesAndNodesOfLoadedSchemas) {
   ASSERT_EQ(maapi_load_schemas(maapi_), CONFD_OK);
   EXPECT_EQ(Printed(bird), "zt:bird");
   EXPECT_EQ(Printed(note), "note");
+  confd_value_t kin[] = {bird, bird};
+  confd_value_t list;
+  CONFD_SET_LIST(&list, kin, 2);
+  EXPECT_EQ(Printed(list), "[zt:bird zt:bird]");
   confd_value_t unknown = note;
   unknown.val.xmltag.ns = kAlpha;
   EXPECT_EQ(Printed(unknown).substr(0, 4), "tag<");

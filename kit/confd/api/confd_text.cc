@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "kit/confd/api/c_types.h"
 #include "kit/confd/api/call.h"
 #include "kit/confd/api/key_names.h"
 #include "kit/confd/api/loaded_names.h"
@@ -19,6 +20,8 @@ using kit::api::LoadedNames;
 using kit::api::PlainText;
 using kit::api::PutText;
 using kit::api::RunCall;
+using kit::api::SizeOf;
+using kit::api::TypeNumber;
 
 namespace {
 
@@ -39,6 +42,19 @@ std::string TextOf(const char* fmt, ...) {
   } arguments;
   va_start(arguments.list, fmt);
   return FormatText(fmt, arguments.list, LoadedNames());
+}
+
+// As confd_pp_value prints it, the items of a list one by one.
+std::string Printed(const confd_value_t& value) {
+  if (TypeNumber(value) == C_LIST) {
+    std::string text;
+    for (size_t i = 0; i < SizeOf(value.val.list); ++i) {
+      text += (i > 0 ? " " : "") + Printed(value.val.list.ptr[i]);
+    }
+    return "[" + text + "]";
+  }
+  auto name = LoadedNameOf(value);
+  return name ? std::move(*name) : PlainText(value);
 }
 
 }  // namespace
@@ -63,12 +79,7 @@ int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...) {
 
 int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v) {
   return Format("confd_pp_value", buf, bufsiz, [&](Call& call) {
-    if (v == nullptr) {
-      call.SetPath("(null)");
-    } else {
-      auto name = LoadedNameOf(*v);
-      call.SetPath(name ? std::move(*name) : PlainText(*v));
-    }
+    call.SetPath(v == nullptr ? "(null)" : Printed(*v));
   });
 }
 

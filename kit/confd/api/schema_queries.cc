@@ -65,37 +65,58 @@ Answer Query(const char* function, const Body& body) {
   return answer;
 }
 
-// A name with its number: of a node, or the namespace of a module.
+// A name with its number: of a node, a case or an identity, or the namespace of
+// a module.
 struct NamedNumber {
-  const std::string* name = nullptr;
+  const char* name = nullptr;
   uint32_t number = 0;
 };
+using FoundName = std::optional<Found<NamedNumber>>;
+
+NamedNumber NameOf(const char* name) { return {name, store::NameHash(name)}; }
 
 template <typename Fits>
-std::optional<Found<NamedNumber>> FindNode(const SchemaNode& parent,
-                                           const Fits& fits) {
-  for (const auto& node : parent.children) {
-    const NamedNumber named{&node->name, TagOf(*node)};
-    if (fits(named)) return Found<NamedNumber>{named, node->module->hash};
-    if (const auto found = FindNode(*node, fits)) return found;
+FoundName FindCase(const std::vector<SchemaNode::Choice>& choices,
+                   const Fits& fits) {
+  for (const SchemaNode::Choice& choice : choices) {
+    for (const SchemaNode::Case& one : choice.cases) {
+      const NamedNumber named = NameOf(one.name.c_str());
+      if (fits(named)) return Found<NamedNumber>{named, one.module->hash};
+      if (const auto found = FindCase(one.choices, fits)) return found;
+    }
   }
   return std::nullopt;
 }
 
 template <typename Fits>
+FoundName FindNode(const SchemaNode& parent, const Fits& fits) {
+  for (const auto& node : parent.children) {
+    const NamedNumber named{node->name.c_str(), TagOf(*node)};
+    if (fits(named)) return Found<NamedNumber>{named, node->module->hash};
+    if (const auto found = FindNode(*node, fits)) return found;
+  }
+  return FindCase(parent.choices, fits);
+}
+
+template <typename Fits>
 NamedNumber FindName(const Fits& fits) {
-  return Ask([&](const Schema& schema) -> std::optional<Found<NamedNumber>> {
+  return Ask([&](const Schema& schema) -> FoundName {
     for (const auto& module : schema.modules()) {
-      const NamedNumber named{&module->ns, module->hash};
+      const NamedNumber named{module->ns.c_str(), module->hash};
       if (fits(named)) return Found<NamedNumber>{named, module->hash};
     }
-    return FindNode(schema.root(), fits);
+    if (const auto found = FindNode(schema.root(), fits)) return found;
+    for (const auto& module : schema.modules()) {
+      for (const char* name : store::IdentityNames(*module)) {
+        const NamedNumber named = NameOf(name);
+        if (fits(named)) return Found<NamedNumber>{named, module->hash};
+      }
+    }
+    return std::nullopt;
   });
 }
 
-char* TextOf(const std::string* text) {
-  return text == nullptr ? nullptr : const_cast<char*>(text->c_str());
-}
+char* TextOf(const char* text) { return const_cast<char*>(text); }
 
 // Those of models that no session has any more are let go.
 store::NamedTypes& NamedTypesOf(const Schema& schema) {
@@ -214,20 +235,21 @@ char* confd_hash2str(uint32_t hash) {
 uint32_t confd_str2hash(const char* str) {
   return Query<uint32_t>("confd_str2hash", [&]() -> uint32_t {
     if (str == nullptr) return 0;
+    const std::string_view wanted = str;
     return kit::api::FindName(
-               [&](const auto& named) { return *named.name == str; })
+               [&](const auto& named) { return named.name == wanted; })
         .number;
   });
 }
 
 char* confd_ns2prefix(uint32_t ns) {
   return Query<char*>("confd_ns2prefix", [&] {
-    using FoundText = kit::api::Found<const std::string*>;
+    using FoundText = kit::api::Found<const char*>;
     return kit::api::TextOf(kit::api::Ask(
         [&](const kit::store::Schema& schema) -> std::optional<FoundText> {
           const kit::store::Module* module = schema.ModuleOfHash(ns);
           if (module == nullptr) return std::nullopt;
-          return FoundText{&module->prefix, ns};
+          return FoundText{module->prefix.c_str(), ns};
         }));
   });
 }

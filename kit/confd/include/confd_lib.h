@@ -419,7 +419,10 @@ CONFD_KIT_EXPORT int confd_load_schemas(const struct sockaddr *srv, int srv_sz);
 struct confd_type;
 struct confd_cs_node;
 
-/* The name of a node, or a namespace, and the number that it has in values. */
+/*
+ * The name of a node, a case or an identity, or a namespace, and the number
+ * that it has in values.
+ */
 CONFD_KIT_EXPORT char *confd_hash2str(uint32_t hash);
 CONFD_KIT_EXPORT uint32_t confd_str2hash(const char *str);
 CONFD_KIT_EXPORT char *confd_ns2prefix(uint32_t ns);

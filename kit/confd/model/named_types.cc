@@ -51,10 +51,17 @@ std::unique_ptr<Schema> NamedTypes::Compile(const Module* module,
   }
 }
 
-std::optional<std::string> IdentityName(const Module& module, uint32_t hash) {
+std::vector<const char*> IdentityNames(const Module& module) {
+  std::vector<const char*> names;
   LY_ARRAY_COUNT_TYPE i;
   LY_ARRAY_FOR(module.compiled->identities, i) {
-    const char* name = module.compiled->identities[i].name;
+    names.push_back(module.compiled->identities[i].name);
+  }
+  return names;
+}
+
+std::optional<std::string> IdentityName(const Module& module, uint32_t hash) {
+  for (const char* name : IdentityNames(module)) {
     if (NameHash(name) == hash) return name;
   }
   return std::nullopt;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kit/confd/model/schema.h"
 
@@ -32,6 +33,9 @@ class NamedTypes {
   std::map<std::pair<const Module*, std::string>, std::unique_ptr<Schema>>
       compiled_;
 };
+
+// Of all identities that the module defines; they live as long as its schema.
+std::vector<const char*> IdentityNames(const Module& module);
 
 // Of an identity that the module defines, by the hash that values have.
 std::optional<std::string> IdentityName(const Module& module, uint32_t hash);
