@@ -351,6 +351,32 @@ TEST_F(ConfdLibMaapiPageCalls, MoveOrderedTakesOneEntryAfterTheOther) {
   maapi_destroy_cursor(&mc);
 }
 
+TEST_F(ConfdLibMaapiPageCalls, EntriesThatAreMovedAheadAreMetAgain) {
+  maapi_cursor mc;
+  ASSERT_EQ(maapi_init_cursor(maapi_, th_, &mc, "/chore"), CONFD_OK);
+  std::string met;
+  for (int i = 0; i < 7; ++i) {
+    ASSERT_EQ(maapi_get_next(&mc), CONFD_OK);
+    met += Show(mc.keys, mc.n).substr(std::strlen("C_BUF ")) + " ";
+    ASSERT_EQ(maapi_move_ordered(maapi_, th_, MAAPI_MOVE_LAST, nullptr, 0,
+                                 "/chore{%x}", &mc.keys[0]),
+              CONFD_OK);
+  }
+  EXPECT_EQ(met, "wash feed sweep wash feed sweep wash ");
+  maapi_destroy_cursor(&mc);
+}
+
+TEST_F(ConfdLibMaapiPageCalls, NodesWhoseWhenIsFalseAreFaultsAtTheEnd) {
+  Open("<top xmlns=\"urn:test:rules\"><limit>1</limit></top>", "rules",
+       "rules");
+  EXPECT_EQ(Set("/top/dependent", Uint8(4)), "ok");
+  EXPECT_EQ(Get("/top/dependent"), "C_UINT8 4");
+  ASSERT_EQ(database_->Validate().size(), 1u);
+  EXPECT_EQ(database_->Validate()[0].path, "/top/dependent");
+  EXPECT_EQ(Set("/top/limit", Uint8(6)), "ok");
+  EXPECT_TRUE(database_->Validate().empty());
+}
+
 TEST_F(ConfdLibMaapiPageCalls, CreateBelowAMovedEntryFindsItByItsNewKeys) {
   ASSERT_EQ(Move("/stall{1 4}", {Uint8(8), Uint8(8)}), "ok");
   EXPECT_EQ(Create("/stall{1 4}/bucket{x}"), "NOEXISTS");
