@@ -904,10 +904,7 @@ Value LeafType::ParseToStore(std::string_view text) const {
   Parse(text);  // the type may want more of it
   const auto hash =
       text::HashPassword(std::string(text.substr(kClear.size())), hash_method_);
-  if (!hash) {
-    throw Error(ErrorCode::kUnavailable,
-                "this system has no hashes of the form " + hash_method_);
-  }
+  if (!hash) Reject(text, "this system has no hashes " + hash_method_ + "...");
   return Parse(*hash);
 }
 

@@ -75,7 +75,7 @@ class LeafType {
 
   // The same for a text that is to be stored: the password of "$0$PASSWORD"
   // becomes its hash where the type is one of hashes. Throws Error with
-  // kUnavailable where this system has no such hash.
+  // kBadType, also where this system has no such hash.
   Value ParseToStore(std::string_view text) const;
 
   // The name of an enum constant, of a union's first member that has it; null
