@@ -60,22 +60,30 @@ MovedDefault::Places ToPlaces(store::MovedDefault::Places& places) {
   return {places.count, std::move(places.examples)};
 }
 
+std::vector<store::Release> ToReleases(const std::vector<Release>& releases) {
+  std::vector<store::Release> all;
+  for (const Release& one : releases) all.push_back({one.name, one.models});
+  return all;
+}
+
 }  // namespace
 
 InputError::InputError(std::string file, uint64_t line, std::string path,
-                       std::string reason)
+                       std::string reason, std::vector<std::string> fits)
     : std::runtime_error(file + (line > 0 ? ":" + std::to_string(line) : "") +
                          ": " + reason +
                          (path.empty() ? "" : " (at " + path + ")")),
       file_(std::move(file)),
       line_(line),
       path_(std::move(path)),
-      reason_(std::move(reason)) {}
+      reason_(std::move(reason)),
+      fits_(std::move(fits)) {}
 
 struct Database::Impl {
-  Impl(const ModelSet& before, const ModelSet& after, std::string text)
+  Impl(const ModelSet& before, const ModelSet& after, std::string text,
+       const std::vector<Release>& others)
       : database(before.directory, after.directory, before.namespace_hashes,
-                 after.namespace_hashes, std::move(text)) {}
+                 after.namespace_hashes, std::move(text), ToReleases(others)) {}
   ~Impl() {
     if (!handles) return;
     store::Sessions::Instance().Close(handles->maapi_sock);
@@ -97,14 +105,19 @@ Database& Database::operator=(Database&&) noexcept = default;
 Database::~Database() = default;
 
 Database Database::Open(const ModelSet& before, const ModelSet& after,
-                        std::string text, const std::string& name) {
+                        std::string text, const std::string& name,
+                        const std::vector<Release>& others) {
   try {
-    Database database(std::make_unique<Impl>(before, after, std::move(text)));
+    Database database(
+        std::make_unique<Impl>(before, after, std::move(text), others));
     store::RequireMemory();
     return database;
   } catch (const store::SchemaError& error) {
     store::RequireMemory();  // or it may say something else
     throw ModelError(error.what());
+  } catch (const store::MisfitError& error) {
+    store::RequireMemory();
+    throw InputError(name, error.line, error.path, error.what(), error.fits);
   } catch (const store::DocumentError& error) {
     store::RequireMemory();
     throw InputError(name, error.line, error.path, error.what());

@@ -48,17 +48,26 @@ class KIT_CONTROL_EXPORT InputError : public std::runtime_error {
  public:
   // line is 0 and path empty where they are not known.
   InputError(std::string file, uint64_t line, std::string path,
-             std::string reason);
+             std::string reason, std::vector<std::string> fits = {});
   const std::string& file() const { return file_; }
   uint64_t line() const { return line_; }
   const std::string& path() const { return path_; }
   const std::string& reason() const { return reason_; }
+  // Names of releases whose models it could be used with.
+  const std::vector<std::string>& fits() const { return fits_; }
 
  private:
   std::string file_;
   uint64_t line_;
   std::string path_;
   std::string reason_;
+  std::vector<std::string> fits_;
+};
+
+// Data models that a configuration may be of instead.
+struct Release {
+  std::string name;
+  std::filesystem::path models;
 };
 
 // Something of the old configuration that the new models have no place for.
@@ -173,9 +182,12 @@ struct MovedDefault {
 class KIT_CONTROL_EXPORT Database {
  public:
   // Reads a configuration (XML or JSON, told apart by content) of the old
-  // models. `name` stands for it in messages. Throws ModelError, InputError.
+  // models. `name` stands for it in messages. Throws ModelError, InputError,
+  // which says which of `others` the configuration fits where it does not fit
+  // the old models.
   static Database Open(const ModelSet& before, const ModelSet& after,
-                       std::string text, const std::string& name);
+                       std::string text, const std::string& name,
+                       const std::vector<Release>& others = {});
   Database(Database&&) noexcept;
   Database& operator=(Database&&) noexcept;
   ~Database();  // detaches

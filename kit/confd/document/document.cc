@@ -567,26 +567,46 @@ bool MeetsConstraints(const Data& data) {
   }
 }
 
+// Whether the text says what its models allow. If not, the data are half
+// filled.
+bool FillsValidly(const Document& document, Data& data) {
+  return PieceImport(data).Run(document.text, document.envelope.syntax) &&
+         MeetsConstraints(data);
+}
+
 }  // namespace
 
-Envelope ReadDocument(std::string text, Data& data) {
-  std::optional<Envelope> envelope;
+Document Unwrapped(std::string text) {
   try {
-    envelope = Unwrap(text);
+    const Envelope envelope = Unwrap(text);
+    return {std::move(text), envelope};
   } catch (const EnvelopeError& error) {
     throw DocumentError(error.line, "", error.what());
   }
-  if (PieceImport(data).Run(text, envelope->syntax) && MeetsConstraints(data)) {
-    return *envelope;
-  }
+}
+
+void ReadDocument(const Document& document, Data& data) {
+  if (FillsValidly(document, data)) return;
   // Something is wrong with it, and the whole of it tells what.
   for (const auto& child : data.schema().root().children) {
     data.root().Clear(*child);
   }
-  LibyangTree tree = Parse(text, envelope->syntax, data.schema());
-  ImportTree(text, envelope->syntax, tree.get(), data.root());
-  RequireConstraints(text, envelope->syntax, std::move(tree), data.schema());
-  return *envelope;
+  const std::string& text = document.text;
+  const Syntax syntax = document.envelope.syntax;
+  LibyangTree tree = Parse(text, syntax, data.schema());
+  ImportTree(text, syntax, tree.get(), data.root());
+  RequireConstraints(text, syntax, std::move(tree), data.schema());
+}
+
+bool Fits(const Document& document, const Schema& schema) {
+  Data data(schema);
+  return FillsValidly(document, data);
+}
+
+Envelope ReadDocument(std::string text, Data& data) {
+  const Document document = Unwrapped(std::move(text));
+  ReadDocument(document, data);
+  return document.envelope;
 }
 
 std::vector<BrokenConstraint> ValidateData(const Data& data) {

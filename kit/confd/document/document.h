@@ -25,8 +25,23 @@ class DocumentError : public std::runtime_error {
   const std::string path;  // of the node at fault, "" when unknown
 };
 
-// Parses and validates; returns how the text was wrapped. Throws DocumentError,
-// and leaves the data half filled then.
+// A configuration's text without what it came wrapped in.
+struct Document {
+  std::string text;
+  Envelope envelope;
+};
+
+// Throws DocumentError for what no models would make data of.
+Document Unwrapped(std::string text);
+
+// Parses and validates. Throws DocumentError, and leaves the data half filled
+// then.
+void ReadDocument(const Document& document, Data& data);
+
+// Whether ReadDocument would succeed, at the first doubt not.
+bool Fits(const Document& document, const Schema& schema);
+
+// All of it; returns how the text was wrapped.
 Envelope ReadDocument(std::string text, Data& data);
 
 struct BrokenConstraint {

@@ -8,13 +8,34 @@
 namespace kit::store {
 namespace {
 
-Envelope Read(std::string text, Data& data) {
+bool FitsModels(const Document& document, const std::filesystem::path& models) {
   try {
-    return ReadDocument(std::move(text), data);
-  } catch (const DocumentError& error) {
-    throw DocumentError(error.line, KeyPathOf(data.schema(), error.path),
-                        WithKeyPaths(data.schema(), error.what()));
+    return Fits(document, Schema(models, {}));
+  } catch (const SchemaError&) {
+    return false;  // nobody has asked for them
   }
+}
+
+std::vector<std::string> ReleasesOf(const Document& document,
+                                    const std::vector<Release>& releases) {
+  std::vector<std::string> names;
+  for (const Release& release : releases) {
+    if (FitsModels(document, release.models)) names.push_back(release.name);
+  }
+  return names;
+}
+
+Envelope Read(std::string text, Data& data,
+              const std::vector<Release>& releases) {
+  const Document document = Unwrapped(std::move(text));
+  try {
+    ReadDocument(document, data);
+  } catch (const DocumentError& error) {
+    throw MisfitError({error.line, KeyPathOf(data.schema(), error.path),
+                       WithKeyPaths(data.schema(), error.what())},
+                      ReleasesOf(document, releases));
+  }
+  return document.envelope;
 }
 
 }  // namespace
@@ -23,11 +44,11 @@ Database::Database(const std::filesystem::path& models_before,
                    const std::filesystem::path& models_after,
                    const LeafType::NamespaceHashes& hashes_before,
                    const LeafType::NamespaceHashes& hashes_after,
-                   std::string text)
+                   std::string text, const std::vector<Release>& releases)
     : schema_before_(models_before, hashes_before),
       schema_after_(models_after, hashes_after),
       running_(schema_before_),
-      envelope_(Read(std::move(text), running_)),
+      envelope_(Read(std::move(text), running_, releases)),
       transaction_(UpgradeAutomatically(running_, schema_after_, &losses_)) {}
 
 std::vector<BrokenConstraint> Database::Validate() const {

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kit/confd/document/document.h"
@@ -15,14 +16,31 @@
 
 namespace kit::store {
 
+// A configuration that does not fit its models; `fits` are the names of
+// releases whose models it fits.
+class MisfitError : public DocumentError {
+ public:
+  MisfitError(const DocumentError& error, std::vector<std::string> releases)
+      : DocumentError(error), fits(std::move(releases)) {}
+  const std::vector<std::string> fits;
+};
+
+// Data models that a configuration may be of, and how they are called.
+struct Release {
+  std::string name;
+  std::filesystem::path models;
+};
+
 class Database {
  public:
   // Loads the models, reads the configuration and starts the transaction.
-  // Throws SchemaError, DocumentError.
+  // Throws SchemaError, DocumentError; MisfitError where it is one of the
+  // `releases` that makes a configuration of the text.
   Database(const std::filesystem::path& models_before,
            const std::filesystem::path& models_after,
            const LeafType::NamespaceHashes& hashes_before,
-           const LeafType::NamespaceHashes& hashes_after, std::string text);
+           const LeafType::NamespaceHashes& hashes_after, std::string text,
+           const std::vector<Release>& releases = {});
 
   const Data& running() const { return running_; }
   Data& transaction() { return transaction_; }

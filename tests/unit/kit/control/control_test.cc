@@ -107,6 +107,26 @@ TEST_F(ControlTest, InputThatTheOldModelsRejectIsAnInputError) {
                InputError);
 }
 
+TEST_F(ControlTest, AConfigurationThatFitsOtherModelsIsSaidToFitThem) {
+  const ModelSet zoo{Models("zoo"), {}};
+  const std::vector<Release> others = {{"zoo", Models("zoo")},
+                                       {"rules", Models("rules")},
+                                       {"gone", Models("gone")}};
+  for (const auto& [text, fits] : std::map<std::string, Lines>{
+           {kRules, {"rules"}},
+           {"{\"rules:top\": {\"load\": 1}}", {"rules"}},
+           {"<top xmlns=\"urn:test:rules\"><load>11</load></top>", {}},
+           {"<a xmlns=\"urn:nobody\"/>", {}},
+           {"<a", {}}}) {
+    try {
+      Database::Open(zoo, zoo, text, "x", others);
+      FAIL() << text;
+    } catch (const InputError& error) {
+      EXPECT_EQ(error.fits(), fits) << text;
+    }
+  }
+}
+
 TEST_F(ControlTest, ModelsThatCanNotBeUsedAreModelErrors) {
   ModelSet rules{Models("rules"), {}};
   ModelSet absent{Models("absent"), {}};
