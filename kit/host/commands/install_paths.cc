@@ -68,12 +68,11 @@ fs::path DefaultRules(const char* file) {
       "install the program together with its files");
 }
 
-fs::path DefaultModels(const char* side) {
+fs::path DefaultModels(const std::string& release) {
   return FirstExisting(
-      {ExecutableFolder().parent_path() / "share/ospf-upgrade/yang" / side},
-      ExitCode::kBadInput,
-      fmt::format("the data models {} the upgrade were", side),
-      fmt::format("name it with --yang-{} DIR", side));
+      {ExecutableFolder().parent_path() / "share/ospf-upgrade/yang" / release},
+      ExitCode::kBadInput, fmt::format("the data models of `{}` were", release),
+      "name them with --yang-before DIR and --yang-after DIR");
 }
 
 }  // namespace kit::host

@@ -4,6 +4,7 @@
 #define KIT_HOST_COMMANDS_INSTALL_PATHS_H_
 
 #include <filesystem>
+#include <string>
 
 namespace kit::host {
 
@@ -14,8 +15,8 @@ std::filesystem::path DefaultPlugin();
 // FailureError (kBadInput).
 std::filesystem::path DefaultRules(const char* file);
 
-// side is "before" or "after". Throws FailureError (kBadInput).
-std::filesystem::path DefaultModels(const char* side);
+// Of one of kReleases. Throws FailureError (kBadInput).
+std::filesystem::path DefaultModels(const std::string& release);
 
 }  // namespace kit::host
 

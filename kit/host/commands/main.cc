@@ -19,6 +19,7 @@
 #include "kit/host/commands/install_paths.h"
 #include "kit/host/commands/mask.h"
 #include "kit/host/commands/options.h"
+#include "kit/host/commands/releases.h"
 #include "kit/host/commands/status_line.h"
 #include "kit/host/exit_code.h"
 #include "kit/host/failure.h"
@@ -138,12 +139,11 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.config = options.config;
   task.max_size_mib = options.max_size_mib;
   task.plugin = options.plugin ? *options.plugin : DefaultPlugin().string();
-  task.before = {options.yang_before ? fs::path(*options.yang_before)
-                                     : DefaultModels("before"),
-                 options.namespace_hashes};
-  task.after = {options.yang_after ? fs::path(*options.yang_after)
-                                   : DefaultModels("after"),
-                options.namespace_hashes};
+  Releases releases = FindReleases(options);
+  task.before = {releases.before, options.namespace_hashes};
+  task.after = {releases.after, options.namespace_hashes};
+  task.release = releases.own;
+  task.releases = std::move(releases.others);
   task.named_modules = options.named_modules;
   task.format = options.format;
   task.schemas_loaded = options.schemas_loaded;

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -168,10 +169,20 @@ void AddUpgrade(CLI::App& run, RunOptions& options, Raw& raw) {
                  "program")
       ->type_name("FILE")
       ->check(CheckNotEmpty);
+  CLI::Option* from =
+      run.add_option("--from", options.from,
+                     "Release that the configuration is of")
+          ->type_name("before|intermediate|after")
+          ->capture_default_str()
+          ->check(CLI::IsMember(std::vector<std::string>(std::begin(kReleases),
+                                                         std::end(kReleases)))
+                      .description(""));
   run.add_option("--yang-before", options.yang_before,
-                 "Folder with the data models before the upgrade")
+                 "Folder with the data models before the upgrade, in place of "
+                 "--from")
       ->type_name("DIR")
-      ->check(CheckNotEmpty);
+      ->check(CheckNotEmpty)
+      ->excludes(from);
   run.add_option("--yang-after", options.yang_after,
                  "Folder with the data models after the upgrade")
       ->type_name("DIR")

@@ -15,6 +15,9 @@
 
 namespace kit::host {
 
+// The releases whose data models come with this program, the oldest first.
+inline constexpr const char* kReleases[] = {"before", "intermediate", "after"};
+
 struct RunOptions {
   std::string config;                 // "-" is standard input
   uint64_t max_size_mib = 1024;       // of the configuration
@@ -22,7 +25,8 @@ struct RunOptions {
   bool force = false;
   std::optional<control::Format> format;  // none: the input's
   std::optional<std::string> plugin;
-  std::optional<std::string> yang_before;
+  std::string from = "before";             // one of kReleases
+  std::optional<std::string> yang_before;  // in its place
   std::optional<std::string> yang_after;
   std::map<std::string, uint32_t> namespace_hashes;  // by module name
   std::vector<std::string> named_modules;  // of them, those of the command line

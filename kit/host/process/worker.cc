@@ -88,13 +88,12 @@ std::string ReadConfig(const std::string& config, uint64_t max_mib) {
 
 control::Database OpenDatabase(const WorkerTask& task, std::string text) {
   try {
+    std::vector<control::Release> others;
+    for (const KnownRelease& one : task.releases) others.push_back(one.release);
     return control::Database::Open(task.before, task.after, std::move(text),
-                                   ConfigName(task.config));
+                                   ConfigName(task.config), others);
   } catch (const control::InputError& error) {
-    throw FailureError({ExitCode::kBadInput,
-                        Shortened(error.reason(), kMaxQuote),
-                        "correct the configuration and run again", error.file(),
-                        error.line(), Shortened(error.path(), kMaxQuote)});
+    throw FailureError(MisfitFailure(error, task.release, task.releases));
   } catch (const control::ModelError& error) {
     throw FailureError(
         {ExitCode::kBadInput,

@@ -15,6 +15,7 @@
 #include "kit/host/passes.h"
 #include "kit/host/process/file_descriptor.h"
 #include "kit/host/process/inspection.h"
+#include "kit/host/process/misfit.h"
 #include "kit/host/process/progress.h"
 #include "kit/host/process/recorder.h"
 
@@ -26,6 +27,8 @@ struct WorkerTask {
   std::string plugin;
   control::ModelSet before;
   control::ModelSet after;
+  std::string release;                     // how messages call `before`
+  std::vector<KnownRelease> releases;      // that the configuration may be of
   std::vector<std::string> named_modules;  // that one of the sets has to have
   std::optional<control::Format> format;   // none: the input's
   bool schemas_loaded = true;              // into the plug-in's process
