@@ -21,10 +21,12 @@ struct JsonMember {
 
 class JsonScanner {
  public:
-  // The brackets of the text must match, and it must begin with an object.
-  explicit JsonScanner(std::string_view text) : text_(text) {}
+  // The brackets of the text must match, and an object begin it, or stand at
+  // `begin`.
+  explicit JsonScanner(std::string_view text, size_t begin = 0)
+      : text_(text), at_(begin) {}
 
-  // The members of the outermost object. Throws EnvelopeError for a text that
+  // The members of the object. Throws EnvelopeError for a text that
   // is not JSON to the letter, or that holds metadata.
   std::vector<JsonMember> Scan();
 
@@ -54,7 +56,7 @@ class JsonScanner {
   void Word(std::string_view word);
 
   std::string_view text_;
-  size_t at_ = 0;
+  size_t at_;
   std::vector<TextEdit> pairs_;
 };
 

@@ -28,7 +28,9 @@ struct XmlTag {
 // afterwards. Throws EnvelopeError.
 class XmlScanner {
  public:
-  explicit XmlScanner(std::string_view text) : text_(text) {}
+  // From `begin` on, which is no place inside a tag.
+  explicit XmlScanner(std::string_view text, size_t begin = 0)
+      : text_(text), at_(begin) {}
 
   // Null at the end of the text; else valid until the next call.
   const XmlTag* Next();
@@ -53,7 +55,7 @@ class XmlScanner {
   char Peek() const { return at_ < text_.size() ? text_[at_] : '\0'; }
 
   std::string_view text_;
-  size_t at_ = 0;
+  size_t at_;
   XmlTag tag_{};
 };
 
