@@ -25,30 +25,35 @@ struct Phrase {
   const char* tag;
   std::string_view words;
   ErrorCode code;
+  Breach breach;
   At in_2_1 = At::kInstance;
   At in_3_12 = At::kInstance;
 };
 
 constexpr std::string_view kUnknownNamespace = "No module with namespace ";
 constexpr std::string_view kNoNamespace = "Missing XML namespace.";
+constexpr std::string_view kNoKey = "List instance is missing its key ";
 constexpr std::string_view kNoUnionMember = "Invalid union value ";
 
 // Everything else that validation finds is a must condition, which may bring a
 // tag and a message of the model's own.
 constexpr Phrase kPhrases[] = {
-    {"", "Mandatory node ", ErrorCode::kNotSet, At::kSchema, At::kHolder},
-    {"missing-choice", "Mandatory choice ", ErrorCode::kNotSet, At::kSchema,
+    {"", "Mandatory node ", ErrorCode::kNotSet, Breach::kMissing, At::kSchema,
      At::kHolder},
-    {"too-few-elements", "Too few ", ErrorCode::kNotSet, At::kSchema,
-     At::kList},
-    {"too-many-elements", "Too many ", ErrorCode::kBadType},
-    {"data-not-unique", "Unique data leaf(s) ", ErrorCode::kBadType},
-    {"", "When condition ", ErrorCode::kBadType},
-    {"", "Duplicate instance of ", ErrorCode::kBadType},
-    {"", "Data for both cases ", ErrorCode::kBadType},
-    {"instance-required", "Invalid leafref value ", ErrorCode::kBadKeyref},
-    {"instance-required", "Invalid instance-identifier ",
-     ErrorCode::kBadKeyref},
+    {"missing-choice", "Mandatory choice ", ErrorCode::kNotSet,
+     Breach::kMissing, At::kSchema, At::kHolder},
+    {"too-few-elements", "Too few ", ErrorCode::kNotSet, Breach::kMissing,
+     At::kSchema, At::kList},
+    {"too-many-elements", "Too many ", ErrorCode::kBadType, Breach::kTooMany},
+    {"data-not-unique", "Unique data leaf(s) ", ErrorCode::kBadType,
+     Breach::kNotUnique},
+    {"", "When condition ", ErrorCode::kBadType, Breach::kOther},
+    {"", "Duplicate instance of ", ErrorCode::kBadType, Breach::kOther},
+    {"", "Data for both cases ", ErrorCode::kBadType, Breach::kOther},
+    {"instance-required", "Invalid leafref value ", ErrorCode::kBadKeyref,
+     Breach::kReference},
+    {"instance-required", "Invalid instance-identifier ", ErrorCode::kBadKeyref,
+     Breach::kReference},
 };
 
 bool StartsWith(std::string_view text, std::string_view start) {
@@ -195,8 +200,12 @@ Complaint Read(const ly_ctx* context, const Message& message) {
   if (StartsWith(message.words, kUnknownNamespace)) {
     complaint.unknown_namespace = Between(message.words, "\"", "\"");
   }
+  complaint.lacks_key = StartsWith(message.words, kNoKey);
   const Phrase* phrase = PhraseOf(message);
-  if (phrase != nullptr) complaint.code = phrase->code;
+  if (phrase != nullptr) {
+    complaint.code = phrase->code;
+    complaint.breach = phrase->breach;
+  }
   At place = phrase != nullptr ? PlaceIn(*phrase) : At::kInstance;
   if (place == At::kInstance) {
     complaint.path = !message.location.data_path.empty()
@@ -209,6 +218,12 @@ Complaint Read(const ly_ctx* context, const Message& message) {
 }
 
 }  // namespace
+
+std::string ReasonOfMust(const lysc_must& must) {
+  if (must.emsg != nullptr) return must.emsg;
+  return std::string("Must condition \"") + lyxp_get_expr(must.cond) +
+         "\" not satisfied.";
+}
 
 std::vector<Complaint> TakeComplaints(ly_ctx* context) {
   std::vector<Complaint> complaints;
