@@ -344,7 +344,7 @@ uint64_t LineOfNode(std::string_view text, Syntax syntax, const lyd_node* tree,
     if ((node->flags & LYD_DEFAULT) == 0) ++index;
   }
   ly_set_free(instances, nullptr);
-  return LineOfInstance(text, syntax, names, index);
+  return LinesOfInstances(text, syntax, names, {index}).front();
 }
 
 // The line of the node that an instance path leads to, or of the one that

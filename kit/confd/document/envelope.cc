@@ -301,18 +301,42 @@ void UnwrapJson(std::string& text) {
   ApplyEdits(text, scanner.pairs());
 }
 
-// Looks for a place in a JSON text that is known to be well-formed.
+// The lines of some of the things that a text has in one order.
+class LinesOfSome {
+ public:
+  LinesOfSome(std::string_view text, const std::vector<size_t>& numbers)
+      : text_(text), numbers_(numbers), lines_(numbers.size()) {}
+
+  bool has_all() const { return next_ == numbers_.size(); }
+  std::vector<size_t> Take() { return std::move(lines_); }
+
+  // One more of them stands there.
+  void Add(size_t offset) {
+    const size_t number = count_++;
+    if (has_all() || numbers_[next_] != number) return;
+    line_ += LineOf(text_.substr(at_, offset - at_), offset - at_) - 1;
+    at_ = offset;
+    while (!has_all() && numbers_[next_] == number) lines_[next_++] = line_;
+  }
+
+ private:
+  const std::string_view text_;
+  const std::vector<size_t>& numbers_;
+  std::vector<size_t> lines_;
+  size_t next_ = 0;   // of the numbers
+  size_t count_ = 0;  // of the things
+  size_t at_ = 0;
+  size_t line_ = 1;  // of at_
+};
+
+// Looks for places in a JSON text that is known to be well-formed.
 class JsonFinder {
  public:
   JsonFinder(std::string_view text, const std::vector<std::string>& names,
-             size_t index)
-      : text_(text), names_(names), index_(index) {}
+             LinesOfSome& found)
+      : text_(text), names_(names), found_(found) {}
 
-  // Where the value begins; nothing if there is none.
-  std::optional<size_t> Find() {
-    Value(0);
-    return found_;
-  }
+  void Run() { Value(0); }
 
  private:
   static constexpr size_t kElsewhere = std::string_view::npos;
@@ -340,7 +364,7 @@ class JsonFinder {
       Sequence(']', [&] { Value(matched); });
       return;
     }
-    if (matched == names_.size() && index_-- == 0) found_ = at_;
+    if (matched == names_.size()) found_.Add(at_);
     if (first == '{') {
       Sequence('}', [&] { Member(matched); });
     } else if (first == '"') {
@@ -360,7 +384,7 @@ class JsonFinder {
   template <typename Element>
   void Sequence(char end, const Element& element) {
     ++at_;
-    while (!found_ && Peek() != end && at_ < text_.size()) {
+    while (!found_.has_all() && Peek() != end && at_ < text_.size()) {
       element();
       if (Peek() == ',') ++at_;
     }
@@ -369,17 +393,18 @@ class JsonFinder {
 
   std::string_view text_;
   const std::vector<std::string>& names_;
-  size_t index_;
+  LinesOfSome& found_;
   size_t at_ = 0;
-  std::optional<size_t> found_;
 };
 
-size_t LineOfElement(std::string_view xml,
-                     const std::vector<std::string>& names, size_t index) {
+void FindElements(std::string_view xml, const std::vector<std::string>& names,
+                  LinesOfSome& found) {
   XmlScanner scanner(xml);
   size_t depth = 0;
   size_t matching = 0;  // how many open elements are those of `names`
-  while (const XmlTag* tag = scanner.Next()) {
+  while (!found.has_all()) {
+    const XmlTag* tag = scanner.Next();
+    if (tag == nullptr) return;
     if (tag->kind == XmlTag::Kind::kClose) {
       if (matching == depth) --matching;
       --depth;
@@ -387,14 +412,11 @@ size_t LineOfElement(std::string_view xml,
     }
     bool fits = matching == depth && depth < names.size() &&
                 LocalName(tag->name) == names[depth];
-    if (fits && depth + 1 == names.size() && index-- == 0) {
-      return LineOf(xml, tag->begin);
-    }
+    if (fits && depth + 1 == names.size()) found.Add(tag->begin);
     if (tag->kind == XmlTag::Kind::kEmpty) continue;
     if (fits) ++matching;
     ++depth;
   }
-  return 0;
 }
 
 // As XML's rules say; a carriage return of the data is written as "&#13;".
@@ -521,11 +543,16 @@ Envelope Unwrap(std::string& text) {
   return {Syntax::kJson, Wrapping::kNone};
 }
 
-size_t LineOfInstance(std::string_view text, Syntax syntax,
-                      const std::vector<std::string>& names, size_t index) {
-  if (syntax == Syntax::kXml) return LineOfElement(text, names, index);
-  auto found = JsonFinder(text, names, index).Find();
-  return found ? LineOf(text, *found) : 0;
+std::vector<size_t> LinesOfInstances(std::string_view text, Syntax syntax,
+                                     const std::vector<std::string>& names,
+                                     const std::vector<size_t>& numbers) {
+  LinesOfSome found(text, numbers);
+  if (syntax == Syntax::kXml) {
+    FindElements(text, names, found);
+  } else {
+    JsonFinder(text, names, found).Run();
+  }
+  return found.Take();
 }
 
 std::string_view Opening(const Envelope& envelope) {

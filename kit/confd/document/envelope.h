@@ -31,11 +31,13 @@ struct Envelope {
 // a recursive parser would overflow its stack.
 Envelope Unwrap(std::string& text);
 
-// The line, from 1, of the instance number `index` (from 0, in the order of the
-// text) of the node that has these names from the top; prefixes and modules do
-// not count. 0 if there is none. The text must be well-formed.
-size_t LineOfInstance(std::string_view text, Syntax syntax,
-                      const std::vector<std::string>& names, size_t index);
+// The lines, from 1, of those instances of the node that has these names from
+// the top whose numbers (from 0, in the order of the text) these are, in
+// ascending order; prefixes and modules do not count. 0 for what is not there.
+// The text must be well-formed.
+std::vector<size_t> LinesOfInstances(std::string_view text, Syntax syntax,
+                                     const std::vector<std::string>& names,
+                                     const std::vector<size_t>& numbers);
 
 // The opening and closing text that puts a document into a wrapper.
 std::string_view Opening(const Envelope& envelope);
