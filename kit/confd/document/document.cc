@@ -3,7 +3,6 @@
 #include <libyang/libyang.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <new>
@@ -11,6 +10,8 @@
 #include <utility>
 
 #include "kit/confd/document/export.h"
+#include "kit/confd/document/libyang_text.h"
+#include "kit/confd/document/missing_node.h"
 #include "kit/confd/document/text_pieces.h"
 #include "kit/confd/document/top_level.h"
 #include "kit/confd/model/libyang_messages.h"
@@ -18,13 +19,6 @@
 
 namespace kit::store {
 namespace {
-
-// A text of libyang's that is ours to free.
-std::string Owned(char* text) {
-  std::unique_ptr<char, void (*)(void*)> owner(text, std::free);
-  if (text == nullptr) throw std::bad_alloc();
-  return text;
-}
 
 // ---- libyang's tree into ours ---------------------------------------------
 
@@ -182,106 +176,15 @@ void Import(const lyd_node* first, Node& parent) {
   }
 }
 
-bool StartsWith(std::string_view text, std::string_view start) {
-  return text.compare(0, start.size(), start) == 0;
-}
-
-// libyang says of a missing node only which one of the model it is; this finds
-// where. Empty if nothing is found.
-class MissingNode {
- public:
-  MissingNode(const lyd_node* tree, std::string schema_path)
-      : tree_(tree), schema_path_(std::move(schema_path)) {}
-
-  std::vector<std::string> Paths(const SchemaNode& root) {
-    Search(root);
-    return std::move(paths_);
-  }
-
- private:
-  void Search(const SchemaNode& parent) {
-    for (const auto& child : parent.children) {
-      std::string path =
-          Owned(lysc_path(child->compiled, LYSC_PATH_LOG, nullptr, 0));
-      for (const SchemaNode::CaseOf& one : child->cases) {
-        if (Owned(lysc_path(one.choice, LYSC_PATH_LOG, nullptr, 0)) ==
-            schema_path_) {
-          ReportChoice(parent, one.choice);
-          return;
-        }
-      }
-      if (path == schema_path_) {
-        Report(*child);
-      } else if (StartsWith(schema_path_, path + "/")) {
-        Search(*child);
-      }
-    }
-  }
-
-  static std::string FullName(const SchemaNode& node) {
-    return node.module->name + ":" + node.name;
-  }
-
-  void Report(const SchemaNode& missing) {
-    std::string own = FullName(missing);
-    if (missing.parent->parent == nullptr) {
-      paths_.push_back("/" + own);
-      return;
-    }
-    for (const std::string& holder : Without(*missing.parent, own)) {
-      bool same_module = missing.module == missing.parent->module;
-      paths_.push_back(holder + "/" + (same_module ? missing.name : own));
-    }
-  }
-
-  // A choice is no node of the data: what holds it is at fault.
-  void ReportChoice(const SchemaNode& holder, const lysc_node* choice) {
-    if (holder.parent == nullptr) return;
-    std::string any;
-    for (const auto& child : holder.children) {
-      for (const SchemaNode::CaseOf& one : child->cases) {
-        if (one.choice == choice) {
-          any += (any.empty() ? "" : " or ") + FullName(*child);
-        }
-      }
-    }
-    paths_ = Without(holder, any);
-  }
-
-  // The instances of `holder` for which the expression does not hold.
-  std::vector<std::string> Without(const SchemaNode& holder,
-                                   const std::string& expression) {
-    std::vector<std::string> paths;
-    std::string xpath =
-        Owned(lysc_path(holder.compiled, LYSC_PATH_DATA, nullptr, 0)) +
-        "[not(" + expression + ")]";
-    ly_set* found = nullptr;
-    if (tree_ == nullptr ||
-        lyd_find_xpath(tree_, xpath.c_str(), &found) != LY_SUCCESS) {
-      return paths;
-    }
-    for (uint32_t i = 0; i < found->count; ++i) {
-      paths.push_back(
-          Owned(lyd_path(found->dnodes[i], LYD_PATH_STD, nullptr, 0)));
-    }
-    ly_set_free(found, nullptr);
-    return paths;
-  }
-
-  const lyd_node* tree_;
-  const std::string schema_path_;
-  std::vector<std::string> paths_;
-};
-
 // A broken constraint of `tree`, once for each place.
 std::vector<BrokenConstraint> ToBroken(const Complaint& complaint,
                                        const Schema& schema,
                                        const lyd_node* tree) {
   std::vector<BrokenConstraint> all;
   if (complaint.code == ErrorCode::kNotSet) {
-    for (std::string& path :
-         MissingNode(tree, complaint.path).Paths(schema.root())) {
-      all.push_back({complaint.code, std::move(path), complaint.reason});
+    for (MissingPlace& place :
+         FindMissing(tree, schema, complaint.path).places) {
+      all.push_back({complaint.code, std::move(place.path), complaint.reason});
     }
   }
   if (all.empty()) {
@@ -549,8 +452,9 @@ void RequireConstraints(std::string_view text, Syntax syntax, LibyangTree tree,
   }
   Complaint& fault = complaints.front();
   if (fault.code == ErrorCode::kNotSet) {
-    auto paths = MissingNode(validated.get(), fault.path).Paths(schema.root());
-    if (!paths.empty()) fault.path = paths.front();
+    const auto places =
+        FindMissing(validated.get(), schema, fault.path).places;
+    if (!places.empty()) fault.path = places.front().path;
   }
   throw DocumentError(LineOfPath(text, syntax, validated.get(), fault.path),
                       fault.path, fault.reason);
