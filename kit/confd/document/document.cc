@@ -3,15 +3,19 @@
 #include <libyang/libyang.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <new>
 #include <optional>
 #include <utility>
 
+#include "kit/confd/document/constraint_faults.h"
 #include "kit/confd/document/export.h"
 #include "kit/confd/document/libyang_text.h"
 #include "kit/confd/document/missing_node.h"
+#include "kit/confd/document/node_lines.h"
+#include "kit/confd/document/parse_faults.h"
 #include "kit/confd/document/text_pieces.h"
 #include "kit/confd/document/top_level.h"
 #include "kit/confd/model/libyang_messages.h"
@@ -55,7 +59,11 @@ const lyd_node* Before(const lyd_node* node) {
       earlier);
 }
 
-void Import(const lyd_node* first, Node& parent);
+// Where unfit nodes are noted, for the import to go on without them; null where
+// the first one ends it.
+using UnfitNodes = std::vector<UnfitNode>;
+
+void Import(const lyd_node* first, Node& parent, UnfitNodes* unfit);
 
 Value ImportValue(const SchemaNode& schema, const lyd_node* node) {
   try {
@@ -75,13 +83,17 @@ std::vector<Value> ImportKeys(const SchemaNode& list, const lyd_node* entry) {
   return keys;
 }
 
-void ImportEntry(const lyd_node* node, const SchemaNode& schema, Node& parent) {
+void ImportEntry(const lyd_node* node, const SchemaNode& schema, Node& parent,
+                 UnfitNodes* unfit) {
   std::vector<Value> keys = ImportKeys(schema, node);
   auto [entry, is_new] =
       parent.MakeList(schema).Insert({keys.data(), keys.size()});
   if (!is_new) {
-    // The keys may have been written otherwise.
-    const lyd_node* earlier = Before(node);
+    // The keys may have been written otherwise. Looking for many of them would
+    // take long, and only some are shown.
+    constexpr size_t kMost = 100;
+    const bool is_shown = unfit == nullptr || unfit->size() < kMost;
+    const lyd_node* earlier = is_shown ? Before(node) : nullptr;
     while (earlier != nullptr && ImportKeys(schema, earlier) != keys) {
       earlier = Before(earlier);
     }
@@ -89,7 +101,7 @@ void ImportEntry(const lyd_node* node, const SchemaNode& schema, Node& parent) {
   }
   const lyd_node* child = lyd_child(node);
   for (size_t i = 1; i < schema.key_count; ++i) child = child->next;
-  Import(child->next, *entry);
+  Import(child->next, *entry, unfit);
 }
 
 // All values of a leaf-list; returns the last of their nodes.
@@ -119,10 +131,10 @@ const lyd_node* ImportLeafList(const lyd_node* first, const SchemaNode& schema,
 
 // Returns the last node that it took.
 const lyd_node* ImportNode(const lyd_node* node, const SchemaNode& schema,
-                           Node& parent) {
+                           Node& parent, UnfitNodes* unfit) {
   switch (schema.kind) {
     case NodeKind::kList:
-      ImportEntry(node, schema, parent);
+      ImportEntry(node, schema, parent, unfit);
       return node;
     case NodeKind::kLeafList:
       return ImportLeafList(node, schema, parent);
@@ -136,7 +148,7 @@ const lyd_node* ImportNode(const lyd_node* node, const SchemaNode& schema,
   }
   if (const lyd_node* earlier = Before(node)) FailAsDuplicate(node, earlier);
   if (schema.IsContainer()) {
-    Import(lyd_child(node), parent.MakeContainer(schema));
+    Import(lyd_child(node), parent.MakeContainer(schema), unfit);
   } else {
     parent.SetLeaf(schema, ImportValue(schema, node));
   }
@@ -164,15 +176,20 @@ class CaseCheck {
       chosen_;
 };
 
-void Import(const lyd_node* first, Node& parent) {
+void Import(const lyd_node* first, Node& parent, UnfitNodes* unfit) {
   CaseCheck cases;
   for (const lyd_node* node = first; node != nullptr; node = node->next) {
-    const SchemaNode* schema = SchemaOf(*parent.schema, node);
-    if (schema == nullptr || schema->is_state) {
-      throw UnfitNode(node, "it is no configuration");
+    try {
+      const SchemaNode* schema = SchemaOf(*parent.schema, node);
+      if (schema == nullptr || schema->is_state) {
+        throw UnfitNode(node, "it is no configuration");
+      }
+      cases.Add(*schema, node);
+      node = ImportNode(node, *schema, parent, unfit);
+    } catch (const UnfitNode& one) {
+      if (unfit == nullptr) throw;
+      unfit->push_back(one);
     }
-    cases.Add(*schema, node);
-    node = ImportNode(node, *schema, parent);
   }
 }
 
@@ -221,46 +238,6 @@ uint64_t ExactLine(std::string_view text, Syntax syntax, const ly_ctx* context,
              text.begin(), text.begin() + static_cast<ptrdiff_t>(at), '\n'));
 }
 
-// The line of a node of `tree`, which is what the text holds; 0 if it is not
-// found.
-uint64_t LineOfNode(std::string_view text, Syntax syntax, const lyd_node* tree,
-                    const lyd_node* wanted) {
-  // What validation has added is not in the text.
-  while (wanted != nullptr && (wanted->flags & LYD_DEFAULT) != 0) {
-    wanted = lyd_parent(wanted);
-  }
-  if (wanted == nullptr) return 0;
-  std::vector<std::string> names;
-  for (const lyd_node* node = wanted; node != nullptr;
-       node = lyd_parent(node)) {
-    names.insert(names.begin(), node->schema->name);
-  }
-  // libyang keeps instances of one node in the order of the text.
-  ly_set* instances = nullptr;
-  std::string all =
-      Owned(lysc_path(wanted->schema, LYSC_PATH_DATA, nullptr, 0));
-  if (lyd_find_xpath(tree, all.c_str(), &instances) != LY_SUCCESS) return 0;
-  size_t index = 0;
-  for (uint32_t i = 0; i < instances->count; ++i) {
-    const lyd_node* node = instances->dnodes[i];
-    if (node == wanted) break;
-    if ((node->flags & LYD_DEFAULT) == 0) ++index;
-  }
-  ly_set_free(instances, nullptr);
-  return LinesOfInstances(text, syntax, names, {index}).front();
-}
-
-// The line of the node that an instance path leads to, or of the one that
-// should hold it; 0 if it is not found.
-uint64_t LineOfPath(std::string_view text, Syntax syntax, const lyd_node* tree,
-                    const std::string& path) {
-  if (tree == nullptr || path.empty()) return 0;
-  lyd_node* found = nullptr;
-  LY_ERR result = lyd_find_path(tree, path.c_str(), 0, &found);
-  bool is_there = result == LY_SUCCESS || result == LY_EINCOMPLETE;
-  return is_there ? LineOfNode(text, syntax, tree, found) : 0;
-}
-
 // Throws what libyang has against a text that it did not parse. `skipped`: how
 // many lines it did not count.
 [[noreturn]] void FailToParse(std::string_view text, Syntax syntax,
@@ -291,6 +268,18 @@ LY_ERR ParsePiece(const char* text, Syntax syntax, const Schema& schema,
   tree.reset(parsed);
   memory.Require(result);
   return result;
+}
+
+// What libyang has against a text that is a document of its own, if anything.
+std::optional<Complaint> ComplaintOf(const std::string& text, Syntax syntax,
+                                     const Schema& schema) {
+  LibyangTree tree;
+  if (ParsePiece(text.c_str(), syntax, schema, tree) == LY_SUCCESS) {
+    return std::nullopt;
+  }
+  std::vector<Complaint> complaints = TakeComplaints(schema.context());
+  if (complaints.empty()) return Complaint{};
+  return std::move(complaints.front());
 }
 
 // The same for the whole text. Throws DocumentError.
@@ -373,7 +362,7 @@ class PieceImport {
       if (schema->kind != NodeKind::kList && IsThere(*schema, parent)) {
         throw UnfitNode(node, "another piece holds it too");
       }
-      node = ImportNode(node, *schema, parent);
+      node = ImportNode(node, *schema, parent, nullptr);
     }
   }
 
@@ -401,20 +390,30 @@ class PieceImport {
   std::vector<const SchemaNode*> open_;
 };
 
-void ImportTree(std::string_view text, Syntax syntax, const lyd_node* tree,
-                Node& root) {
-  try {
-    Import(tree, root);
-  } catch (const UnfitNode& unfit) {
-    std::string reason = unfit.what();
-    uint64_t other = LineOfNode(text, syntax, tree, unfit.other);
-    if (other > 0) {
-      reason += " The other is in line " + std::to_string(other) + ".";
-    }
-    throw DocumentError(LineOfNode(text, syntax, tree, unfit.node),
-                        Owned(lyd_path(unfit.node, LYD_PATH_STD, nullptr, 0)),
-                        reason);
+// Imports a tree that is what the text holds; returns what does not fit.
+std::vector<Fault> ImportTree(std::string_view text, Syntax syntax,
+                              const lyd_node* tree, Node& root) {
+  UnfitNodes unfit;
+  Import(tree, root, &unfit);
+  std::vector<const lyd_node*> nodes;
+  std::vector<const lyd_node*> others;
+  for (const UnfitNode& one : unfit) {
+    nodes.push_back(one.node);
+    others.push_back(one.other);
   }
+  const auto lines = LinesOfNodes(text, syntax, tree, nodes);
+  const auto other_lines = LinesOfNodes(text, syntax, tree, others);
+  std::vector<Fault> faults;
+  for (size_t i = 0; i < unfit.size(); ++i) {
+    std::string reason = unfit[i].what();
+    if (other_lines[i] > 0) {
+      reason += " The other is in line " + std::to_string(other_lines[i]) + ".";
+    }
+    faults.push_back({lines[i],
+                      Owned(lyd_path(nodes[i], LYD_PATH_STD, nullptr, 0)),
+                      reason});
+  }
+  return faults;
 }
 
 // A tree that libyang has checked against all constraints. Its complaints stay
@@ -440,26 +439,6 @@ class ValidatedTree {
   bool is_valid_;
 };
 
-// Throws DocumentError for the first constraint that the tree breaks.
-void RequireConstraints(std::string_view text, Syntax syntax, LibyangTree tree,
-                        const Schema& schema) {
-  const ValidatedTree validated(std::move(tree), schema);
-  if (validated.is_valid()) return;
-  std::vector<Complaint> complaints = TakeComplaints(schema.context());
-  if (complaints.empty()) {
-    throw DocumentError(0, "",
-                        "libyang says of no constraint that it is broken");
-  }
-  Complaint& fault = complaints.front();
-  if (fault.code == ErrorCode::kNotSet) {
-    const auto places =
-        FindMissing(validated.get(), schema, fault.path).places;
-    if (!places.empty()) fault.path = places.front().path;
-  }
-  throw DocumentError(LineOfPath(text, syntax, validated.get(), fault.path),
-                      fault.path, fault.reason);
-}
-
 // Whether the data meet all constraints. What speaks against it may be that
 // libyang does not take a value.
 bool MeetsConstraints(const Data& data) {
@@ -469,6 +448,57 @@ bool MeetsConstraints(const Data& data) {
   } catch (const Error&) {
     return false;
   }
+}
+
+// All that is wrong with a text.
+class FaultList {
+ public:
+  void Add(std::vector<Fault> faults) {
+    std::move(faults.begin(), faults.end(), std::back_inserter(faults_));
+  }
+  void Throw() {
+    std::stable_sort(
+        faults_.begin(), faults_.end(),
+        [](const Fault& a, const Fault& b) { return a.line < b.line; });
+    throw DocumentError(std::move(faults_));
+  }
+  bool empty() const { return faults_.empty(); }
+
+ private:
+  std::vector<Fault> faults_;
+};
+
+// Reads a text that may be at fault, and throws DocumentError if it is.
+void ReadWhole(const std::string& text, Syntax syntax, Data& data) {
+  const Schema& schema = data.schema();
+  FaultList faults;
+  std::string left = text;
+  std::vector<Cut> cuts;
+  LibyangTree tree;
+  try {
+    tree = Parse(text, syntax, schema);
+  } catch (const DocumentError& error) {
+    ParseFaults found = CutFaults(left, syntax, schema, [&](const auto& piece) {
+      return ComplaintOf(piece, syntax, schema);
+    });
+    if (found.faults.empty()) throw;
+    faults.Add(std::move(found.faults));
+    cuts = std::move(found.cuts);
+    try {
+      tree = Parse(left, syntax, schema);
+    } catch (const DocumentError& rest) {
+      faults.Add(rest.faults);
+      faults.Throw();
+    }
+  }
+  std::vector<Fault> unfit = ImportTree(left, syntax, tree.get(), data.root());
+  if (unfit.empty()) {
+    faults.Add(ConstraintFaults(left, syntax, std::move(tree), schema, cuts));
+  } else {
+    // Constraints of what is there twice say nothing more.
+    faults.Add(std::move(unfit));
+  }
+  if (!faults.empty()) faults.Throw();
 }
 
 // Whether the text says what its models allow. If not, the data are half
@@ -495,11 +525,7 @@ void ReadDocument(const Document& document, Data& data) {
   for (const auto& child : data.schema().root().children) {
     data.root().Clear(*child);
   }
-  const std::string& text = document.text;
-  const Syntax syntax = document.envelope.syntax;
-  LibyangTree tree = Parse(text, syntax, data.schema());
-  ImportTree(text, syntax, tree.get(), data.root());
-  RequireConstraints(text, syntax, std::move(tree), data.schema());
+  ReadWhole(document.text, document.envelope.syntax, data);
 }
 
 bool Fits(const Document& document, const Schema& schema) {

@@ -2,27 +2,49 @@
 #ifndef KIT_CONFD_DOCUMENT_DOCUMENT_H_
 #define KIT_CONFD_DOCUMENT_DOCUMENT_H_
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "kit/confd/document/envelope.h"
+#include "kit/confd/document/fault.h"
 #include "kit/confd/model/error.h"
 #include "kit/confd/tree/data.h"
 
 namespace kit::store {
 
-// A text that can't be read as valid data of the models.
+// A text that can't be read as valid data of the models: all that is wrong with
+// it, in the order of its lines, as far as that is known.
 class DocumentError : public std::runtime_error {
  public:
+  // At least one, of which the first kMostFaults are kept.
+  explicit DocumentError(std::vector<Fault> all_faults, size_t more_faults = 0)
+      : std::runtime_error(all_faults.front().reason),
+        line(all_faults.front().line),
+        path(all_faults.front().path),
+        more(more_faults + all_faults.size() -
+             std::min(all_faults.size(), kMostFaults)),
+        faults(Shown(std::move(all_faults))) {}
   DocumentError(uint64_t error_line, std::string error_path,
                 const std::string& reason)
-      : std::runtime_error(reason),
-        line(error_line),
-        path(std::move(error_path)) {}
+      : DocumentError({{error_line, std::move(error_path), reason}}) {}
+
+  // Of the first fault.
   const uint64_t line;     // 0 when unknown
   const std::string path;  // of the node at fault, "" when unknown
+
+  const size_t more;  // that are not kept
+  const std::vector<Fault> faults;
+
+ private:
+  static constexpr size_t kMostFaults = 20;
+  static std::vector<Fault> Shown(std::vector<Fault> faults) {
+    faults.resize(std::min(faults.size(), kMostFaults));
+    return faults;
+  }
 };
 
 // A configuration's text without what it came wrapped in.
