@@ -3,6 +3,7 @@
 #define KIT_CONFD_DOCUMENT_ENVELOPE_H_
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,9 @@ struct Envelope {
 // binary, not well-formed enough to find its way around, or nested so deep that
 // a recursive parser would overflow its stack.
 Envelope Unwrap(std::string& text);
+
+// Whether a model knows the namespace of an element, the module of a member.
+using KnowsModule = std::function<bool(std::string_view module)>;
 
 // The lines, from 1, of those instances of the node that has these names from
 // the top whose numbers (from 0, in the order of the text) these are, in

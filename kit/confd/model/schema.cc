@@ -304,6 +304,12 @@ bool Schema::HasModule(const std::string& name) const {
                      [&](const auto& module) { return module->name == name; });
 }
 
+bool Schema::Knows(const std::string& module) const {
+  return ly_ctx_get_module_latest_ns(context_.get(), module.c_str()) !=
+             nullptr ||
+         ly_ctx_get_module_latest(context_.get(), module.c_str()) != nullptr;
+}
+
 const Module* Schema::ModuleOfHash(uint32_t hash) const {
   for (const auto& module : modules_) {
     if (module->hash == hash) return module.get();

@@ -156,6 +156,9 @@ class Schema {
   ly_ctx* context() const { return context_.get(); }
 
   bool HasModule(const std::string& name) const;
+  // Whether anything loaded has this name or namespace, what libyang brings and
+  // what has no data nodes too.
+  bool Knows(const std::string& module) const;
   // The module that a namespace hash belongs to, null for an unknown one.
   const Module* ModuleOfHash(uint32_t hash) const;
 
