@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "kit/confd/document/carried.h"
 #include "kit/confd/document/json_scanner.h"
 #include "kit/confd/document/text_edit.h"
 #include "kit/confd/document/xml_scanner.h"
@@ -93,11 +94,44 @@ std::set<std::string_view> PrefixesIn(std::string_view text,
   return found;
 }
 
-// Takes wrappers off and hands on what they declare.
+// A text with the line ends that it came with, by places in the one where they
+// are line feeds.
+class Original {
+ public:
+  explicit Original(std::string_view text) : text_(text) {}
+
+  // Places must not go back.
+  size_t At(size_t offset) {
+    for (; offset_ < offset; ++offset_) {
+      if (text_.compare(at_, 2, "\r\n") == 0) ++at_;
+      ++at_;
+    }
+    return at_;
+  }
+  std::string Between(size_t begin, size_t end) {
+    const size_t first = At(begin);
+    return std::string(text_.substr(first, At(end) - first));
+  }
+
+ private:
+  const std::string_view text_;
+  size_t offset_ = 0;
+  size_t at_ = 0;
+};
+
+// Takes wrappers off and hands on what they declare; takes out what no model
+// knows.
 class XmlUnwrapper {
  public:
-  explicit XmlUnwrapper(std::string& text)
-      : text_(text), view_(text), scanner_(view_) {}
+  // `original`: the text before its line ends became line feeds.
+  XmlUnwrapper(std::string& text, std::string_view original,
+               const KnowsModule& knows, std::vector<Carried>& carried)
+      : text_(text),
+        view_(text),
+        scanner_(view_),
+        original_(original),
+        knows_(knows),
+        carried_(carried) {}
 
   Wrapping Run() {
     while (const XmlTag* tag = scanner_.Next()) {
@@ -112,8 +146,16 @@ class XmlUnwrapper {
              "the document ends before </" + std::string(open_.back()) + ">");
     }
     if (!seen_) FailAt(view_, 0, "there is no XML element in it");
+    if (!has_known_) {
+      carried_.clear();
+      carried_elements_.clear();
+      declarations_ = std::move(carried_declarations_);
+    }
     // The views end here: the text changes.
     for (const auto& [begin, end] : wrapper_tags_) BlankOut(text_, begin, end);
+    for (const auto& [begin, end] : carried_elements_) {
+      BlankOut(text_, begin, end);
+    }
     ApplyEdits(text_, declarations_);
     return wrapping_;
   }
@@ -189,12 +231,52 @@ class XmlUnwrapper {
     for (const XmlAttribute& attribute : tag.attributes) {
       declared_.insert(*DeclaredPrefix(attribute.name));
     }
+    data_name_ = LocalName(tag.name);
+    const std::string_view ns = NamespaceOf(tag);
+    is_carried_ = knows_ && !ns.empty() && !knows_(ns);
+    if (is_carried_) return;
+    has_known_ = true;
+    if (knows_) behind_ = OuterName(ns, data_name_);
   }
   void EndData(size_t end) {
     std::string text =
         Declarations(view_.substr(data_begin_, end - data_begin_));
+    if (is_carried_) Carry(end, text);
     if (text.empty()) return;
-    declarations_.push_back({name_end_, name_end_, std::move(text)});
+    (is_carried_ ? carried_declarations_ : declarations_)
+        .push_back({name_end_, name_end_, std::move(text)});
+  }
+
+  void Carry(size_t end, const std::string& declarations) {
+    CheckElement(view_, data_begin_, end, [this](std::string_view prefix) {
+      return in_scope_.count(prefix) > 0;
+    });
+    const uint64_t leaves =
+        LeavesIn(view_.substr(data_begin_, end - data_begin_), Syntax::kXml);
+    std::string text = original_.Between(data_begin_, name_end_);
+    text += declarations;
+    text += original_.Between(name_end_, end);
+    carried_.push_back(
+        {std::string(data_name_), std::move(text), leaves, behind_});
+    carried_elements_.emplace_back(data_begin_, end);
+  }
+
+  // "" for an element that has none.
+  std::string_view NamespaceOf(const XmlTag& tag) const {
+    const size_t colon = tag.name.find(':');
+    const std::string_view prefix =
+        colon == std::string_view::npos ? "" : tag.name.substr(0, colon);
+    for (const XmlAttribute& attribute : tag.attributes) {
+      if (DeclaredPrefix(attribute.name) == prefix) return attribute.value;
+    }
+    const auto known = in_scope_.find(prefix);
+    return known == in_scope_.end() || IsOfWrapper(known->second)
+               ? ""
+               : known->second;
+  }
+
+  static bool IsOfWrapper(std::string_view ns) {
+    return ns == kConfigNamespace || ns == kNetconfNamespace;
   }
 
   // What the wrappers declared and the element needs and does not declare. All
@@ -210,9 +292,7 @@ class XmlUnwrapper {
     };
     auto by_default = in_scope_.find("");
     // The wrapper's own namespace is not one of the data.
-    if (by_default != in_scope_.end() &&
-        by_default->second != kConfigNamespace &&
-        by_default->second != kNetconfNamespace) {
+    if (by_default != in_scope_.end() && !IsOfWrapper(by_default->second)) {
       declare("", by_default->second);
     }
     for (std::string_view prefix : PrefixesIn(element, in_scope_)) {
@@ -236,6 +316,16 @@ class XmlUnwrapper {
   std::set<std::string_view> declared_;
   std::vector<std::pair<size_t, size_t>> wrapper_tags_;
   std::vector<TextEdit> declarations_;
+
+  Original original_;
+  const KnowsModule& knows_;  // empty: all are taken for known
+  std::vector<Carried>& carried_;
+  std::vector<std::pair<size_t, size_t>> carried_elements_;
+  std::vector<TextEdit> carried_declarations_;
+  std::string_view data_name_;
+  std::string behind_;
+  bool is_carried_ = false;
+  bool has_known_ = false;
 };
 
 // ---- JSON -----------------------------------------------------------------
@@ -278,7 +368,8 @@ void CheckJsonNesting(std::string_view text) {
 }
 
 // {"data": {...}} and its RESTCONF spelling.
-void UnwrapJson(std::string& text) {
+void UnwrapJson(std::string& text, const KnowsModule& knows,
+                std::vector<Carried>& carried) {
   CheckJsonNesting(text);
   JsonScanner scanner(text);
   const std::vector<JsonMember> members = scanner.Scan();
@@ -298,7 +389,14 @@ void UnwrapJson(std::string& text) {
     BlankOut(text, member.value_end, text.size());
     break;
   }
-  ApplyEdits(text, scanner.pairs());
+  if (knows) carried = TakeUnknownMembers(text, text.find('{'), knows);
+  std::vector<TextEdit> pairs = scanner.pairs();
+  pairs.erase(std::remove_if(pairs.begin(), pairs.end(),
+                             [&text](const TextEdit& pair) {
+                               return text[pair.begin] != '\\';
+                             }),
+              pairs.end());
+  ApplyEdits(text, pairs);
 }
 
 // The lines of some of the things that a text has in one order.
@@ -507,6 +605,12 @@ void RequireText(std::string_view text) {
 }  // namespace
 
 Envelope Unwrap(std::string& text) {
+  std::vector<Carried> none;
+  return Unwrap(text, nullptr, none);
+}
+
+Envelope Unwrap(std::string& text, const KnowsModule& knows,
+                std::vector<Carried>& carried) {
   constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
   if (text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
     BlankOut(text, 0, kByteOrderMark.size());
@@ -536,10 +640,14 @@ Envelope Unwrap(std::string& text) {
   }
   RequireText(text);
   if (text[first] == '<') {
+    const bool has_returns = knows && text.find('\r') != std::string::npos;
+    const std::string original = has_returns ? text : "";
     NormalizeLineEnds(text);
-    return {Syntax::kXml, XmlUnwrapper(text).Run()};
+    return {Syntax::kXml,
+            XmlUnwrapper(text, has_returns ? original : text, knows, carried)
+                .Run()};
   }
-  UnwrapJson(text);
+  UnwrapJson(text, knows, carried);
   return {Syntax::kJson, Wrapping::kNone};
 }
 

@@ -32,8 +32,15 @@ struct Envelope {
 // a recursive parser would overflow its stack.
 Envelope Unwrap(std::string& text);
 
+struct Carried;
+
 // Whether a model knows the namespace of an element, the module of a member.
 using KnowsModule = std::function<bool(std::string_view module)>;
+
+// Takes the outermost nodes of modules that are not known out of the text too,
+// unless there are no others; what is left are blanks.
+Envelope Unwrap(std::string& text, const KnowsModule& knows,
+                std::vector<Carried>& carried);
 
 // The lines, from 1, of those instances of the node that has these names from
 // the top whose numbers (from 0, in the order of the text) these are, in

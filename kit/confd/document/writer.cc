@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -58,11 +59,26 @@ class Writer {
         escapes_(is_xml_ ? Escapes::Xml() : Escapes::Json()),
         out_(out) {}
 
-  void Write(const Node& root) {
+  void Write(const Node& root, const std::vector<Carried>& carried) {
     Frame frame = MakeFrame(*root.schema, syntax_);
+    // By the place in the frame that they come behind, counted from 1.
+    std::multimap<size_t, const Carried*> left;
+    for (const Carried& one : carried) {
+      left.emplace(PlaceOf(one.behind, frame), &one);
+    }
     if (!is_xml_) out_.Add("{");
-    const bool has_content = Children(root, frame);
-    if (!is_xml_) out_.Add(has_content ? "\n}\n" : "}\n");
+    bool first = true;
+    for (size_t place = 0; place <= frame.children.size(); ++place) {
+      if (place > 0 && Child(root, frame.children[place - 1], first)) {
+        first = false;
+      }
+      const auto [begin, end] = left.equal_range(place);
+      for (auto one = begin; one != end; ++one) {
+        Carry(one->second->text, first);
+        first = false;
+      }
+    }
+    if (!is_xml_) out_.Add(first ? "}\n" : "\n}\n");
   }
 
  private:
@@ -92,6 +108,25 @@ class Writer {
     const bool first_;
     bool has_any_ = false;
   };
+
+  // 0 for none.
+  size_t PlaceOf(const std::string& outer_name, const Frame& frame) const {
+    for (size_t i = 0; i < frame.children.size(); ++i) {
+      const SchemaNode& schema = *frame.children[i].schema;
+      const Module& module = *schema.module;
+      if (OuterName(is_xml_ ? module.ns : module.name, schema.name) ==
+          outer_name) {
+        return i + 1;
+      }
+    }
+    return 0;
+  }
+
+  void Carry(std::string_view text, bool first) {
+    if (!is_xml_) Start(",\n  ", first);
+    out_.Add(text);
+    if (is_xml_) out_.Add("\n");
+  }
 
   // These write nothing and return false for what holds nothing. `first`: no
   // other node stands in front of it in its object or array.
@@ -243,14 +278,20 @@ class Writer {
 }  // namespace
 
 void WriteDocument(const Data& data, Envelope envelope, const Sink& sink) {
+  WriteDocument(data, {}, envelope, sink);
+}
+
+void WriteDocument(const Data& data, const std::vector<Carried>& carried,
+                   Envelope envelope, const Sink& sink) {
   // A text without an element is no XML document.
-  if (envelope.wrapping == Wrapping::kNone && !HasContent(data.root())) {
+  const bool is_empty = carried.empty() && !HasContent(data.root());
+  if (envelope.wrapping == Wrapping::kNone && is_empty) {
     envelope.wrapping = Wrapping::kConfig;
   }
   const bool is_xml = envelope.syntax == Syntax::kXml;
   PieceBuffer out(sink);
   if (is_xml) out.Add(Opening(envelope));
-  Writer(envelope.syntax, out).Write(data.root());
+  Writer(envelope.syntax, out).Write(data.root(), carried);
   if (is_xml) out.Add(Closing(envelope));
   out.Flush();
 }
