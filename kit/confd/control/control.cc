@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <map>
 #include <utility>
 
 #include "kit/confd/control/change_teller.h"
@@ -60,6 +61,14 @@ MovedDefault::Places ToPlaces(store::MovedDefault::Places& places) {
   return {places.count, std::move(places.examples)};
 }
 
+std::vector<InputFault> ToFaults(const store::DocumentError& error) {
+  std::vector<InputFault> faults;
+  for (const store::Fault& one : error.faults) {
+    faults.push_back({one.line, one.path, one.reason});
+  }
+  return faults;
+}
+
 std::vector<store::Release> ToReleases(const std::vector<Release>& releases) {
   std::vector<store::Release> all;
   for (const Release& one : releases) all.push_back({one.name, one.models});
@@ -68,22 +77,41 @@ std::vector<store::Release> ToReleases(const std::vector<Release>& releases) {
 
 }  // namespace
 
+namespace {
+
+// What a message without details says.
+std::string SummaryOf(const std::string& file,
+                      const std::vector<InputFault>& faults, uint64_t more) {
+  const InputFault& first = faults.front();
+  std::string text = file;
+  if (first.line > 0) text += ":" + std::to_string(first.line);
+  text += ": " + first.reason;
+  if (!first.path.empty()) text += " (at " + first.path + ")";
+  more += faults.size() - 1;
+  return more > 0 ? text + " and " + std::to_string(more) + " more" : text;
+}
+
+}  // namespace
+
 InputError::InputError(std::string file, uint64_t line, std::string path,
-                       std::string reason, std::vector<std::string> fits)
-    : std::runtime_error(file + (line > 0 ? ":" + std::to_string(line) : "") +
-                         ": " + reason +
-                         (path.empty() ? "" : " (at " + path + ")")),
+                       std::string reason)
+    : InputError(std::move(file), {{line, std::move(path), std::move(reason)}},
+                 0, {}) {}
+
+InputError::InputError(std::string file, std::vector<InputFault> faults,
+                       uint64_t more, std::vector<std::string> fits)
+    : std::runtime_error(SummaryOf(file, faults, more)),
       file_(std::move(file)),
-      line_(line),
-      path_(std::move(path)),
-      reason_(std::move(reason)),
+      faults_(std::move(faults)),
+      more_(more),
       fits_(std::move(fits)) {}
 
 struct Database::Impl {
   Impl(const ModelSet& before, const ModelSet& after, std::string text,
-       const std::vector<Release>& others)
+       const std::vector<Release>& others, UnknownModules unknown)
       : database(before.directory, after.directory, before.namespace_hashes,
-                 after.namespace_hashes, std::move(text), ToReleases(others)) {}
+                 after.namespace_hashes, std::move(text), ToReleases(others),
+                 unknown == UnknownModules::kCarry) {}
   ~Impl() {
     if (!handles) return;
     store::Sessions::Instance().Close(handles->maapi_sock);
@@ -106,10 +134,11 @@ Database::~Database() = default;
 
 Database Database::Open(const ModelSet& before, const ModelSet& after,
                         std::string text, const std::string& name,
-                        const std::vector<Release>& others) {
+                        const std::vector<Release>& others,
+                        UnknownModules unknown) {
   try {
-    Database database(
-        std::make_unique<Impl>(before, after, std::move(text), others));
+    Database database(std::make_unique<Impl>(before, after, std::move(text),
+                                             others, unknown));
     store::RequireMemory();
     return database;
   } catch (const store::SchemaError& error) {
@@ -117,10 +146,10 @@ Database Database::Open(const ModelSet& before, const ModelSet& after,
     throw ModelError(error.what());
   } catch (const store::MisfitError& error) {
     store::RequireMemory();
-    throw InputError(name, error.line, error.path, error.what(), error.fits);
+    throw InputError(name, ToFaults(error), error.more, error.fits);
   } catch (const store::DocumentError& error) {
     store::RequireMemory();
-    throw InputError(name, error.line, error.path, error.what());
+    throw InputError(name, ToFaults(error), error.more, {});
   }
 }
 
@@ -133,6 +162,17 @@ Format Database::input_format() const {
 bool Database::HasModule(const std::string& name) const {
   return impl_->database.running().schema().HasModule(name) ||
          impl_->database.transaction().schema().HasModule(name);
+}
+
+std::vector<CarriedModule> Database::CarriedModules() const {
+  std::vector<CarriedModule> modules;
+  std::map<std::string, size_t> known;
+  for (const store::Carried& one : impl_->database.carried()) {
+    const auto [found, is_new] = known.emplace(one.module, modules.size());
+    if (is_new) modules.push_back({one.module, 0});
+    modules[found->second].leaves += one.leaves;
+  }
+  return modules;
 }
 
 std::vector<Loss> Database::Losses() const {
@@ -181,9 +221,13 @@ void Database::Save(Format format,
     // Several elements without one around them are no XML document.
     envelope.wrapping = store::Wrapping::kConfig;
   }
+  const bool in_own_format = format == input_format();
   envelope.syntax =
       format == Format::kXml ? store::Syntax::kXml : store::Syntax::kJson;
-  store::WriteDocument(impl_->database.transaction(), envelope, sink);
+  store::WriteDocument(
+      impl_->database.transaction(),
+      in_own_format ? impl_->database.carried() : std::vector<store::Carried>(),
+      envelope, sink);
   store::RequireMemory();
 }
 

@@ -43,24 +43,37 @@ class KIT_CONTROL_EXPORT ModelError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Something that is wrong with a configuration.
+struct InputFault {
+  uint64_t line = 0;  // 0 when unknown
+  std::string path;   // of the node at fault, "" when unknown
+  std::string reason;
+};
+
 // The configuration can't be used.
 class KIT_CONTROL_EXPORT InputError : public std::runtime_error {
  public:
   // line is 0 and path empty where they are not known.
   InputError(std::string file, uint64_t line, std::string path,
-             std::string reason, std::vector<std::string> fits = {});
+             std::string reason);
+  // At least one fault, in the order of their lines, and how many more there
+  // are.
+  InputError(std::string file, std::vector<InputFault> faults, uint64_t more,
+             std::vector<std::string> fits);
   const std::string& file() const { return file_; }
-  uint64_t line() const { return line_; }
-  const std::string& path() const { return path_; }
-  const std::string& reason() const { return reason_; }
+  // Of the first fault.
+  uint64_t line() const { return faults_.front().line; }
+  const std::string& path() const { return faults_.front().path; }
+  const std::string& reason() const { return faults_.front().reason; }
+  const std::vector<InputFault>& faults() const { return faults_; }
+  uint64_t more() const { return more_; }
   // Names of releases whose models it could be used with.
   const std::vector<std::string>& fits() const { return fits_; }
 
  private:
   std::string file_;
-  uint64_t line_;
-  std::string path_;
-  std::string reason_;
+  std::vector<InputFault> faults_;
+  uint64_t more_ = 0;
   std::vector<std::string> fits_;
 };
 
@@ -68,6 +81,19 @@ class KIT_CONTROL_EXPORT InputError : public std::runtime_error {
 struct Release {
   std::string name;
   std::filesystem::path models;
+};
+
+// What becomes of the outermost nodes of modules that neither side's models
+// know.
+enum class UnknownModules {
+  kRefuse,
+  kCarry  // out again as they came in; a program does not see them
+};
+
+// All that is carried along of one module.
+struct CarriedModule {
+  std::string name;     // JSON's module, or XML's outermost element
+  uint64_t leaves = 0;  // nodes that hold no others
 };
 
 // Something of the old configuration that the new models have no place for.
@@ -187,7 +213,8 @@ class KIT_CONTROL_EXPORT Database {
   // the old models.
   static Database Open(const ModelSet& before, const ModelSet& after,
                        std::string text, const std::string& name,
-                       const std::vector<Release>& others = {});
+                       const std::vector<Release>& others = {},
+                       UnknownModules unknown = UnknownModules::kRefuse);
   Database(Database&&) noexcept;
   Database& operator=(Database&&) noexcept;
   ~Database();  // detaches
@@ -196,6 +223,9 @@ class KIT_CONTROL_EXPORT Database {
 
   // Whether the models of one side, or both, have a module of this name.
   bool HasModule(const std::string& name) const;
+
+  // In the order of the configuration.
+  std::vector<CarriedModule> CarriedModules() const;
 
   // What the start of the transaction could not carry over into it.
   std::vector<Loss> Losses() const;
@@ -209,7 +239,8 @@ class KIT_CONTROL_EXPORT Database {
   std::vector<Violation> Validate() const;
 
   // Hands the transaction's content to `sink`, piece by piece. XML is wrapped
-  // as the input was, or as confd_load writes it if that was JSON.
+  // as the input was, or as confd_load writes it if that was JSON. What is
+  // carried along comes in the input's format alone.
   void Save(Format format,
             const std::function<void(std::string_view)>& sink) const;
 

@@ -510,13 +510,27 @@ bool FillsValidly(const Document& document, Data& data) {
 
 }  // namespace
 
-Document Unwrapped(std::string text) {
+Document Unwrapped(std::string text, const KnowsModule& knows) {
   try {
-    const Envelope envelope = Unwrap(text);
-    return {std::move(text), envelope};
+    std::vector<Carried> carried;
+    const Envelope envelope = Unwrap(text, knows, carried);
+    return {std::move(text), envelope, std::move(carried)};
   } catch (const EnvelopeError& error) {
     throw DocumentError(error.line, "", error.what());
   }
+}
+
+KnowsModule ModulesOf(std::vector<const Schema*> schemas) {
+  return [schemas = std::move(schemas)](std::string_view module) {
+    return std::any_of(schemas.begin(), schemas.end(), [&](const Schema* one) {
+      return one->Knows(std::string(module)) ||
+             std::any_of(one->modules().begin(), one->modules().end(),
+                         [&](const auto& known) {
+                           return IsSlipOf(module, known->ns) ||
+                                  IsSlipOf(module, known->name);
+                         });
+    });
+  };
 }
 
 void ReadDocument(const Document& document, Data& data) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "kit/confd/document/carried.h"
 #include "kit/confd/document/envelope.h"
 #include "kit/confd/document/fault.h"
 #include "kit/confd/model/error.h"
@@ -51,10 +52,16 @@ class DocumentError : public std::runtime_error {
 struct Document {
   std::string text;
   Envelope envelope;
+  std::vector<Carried> carried;  // taken out of the text
 };
 
-// Throws DocumentError for what no models would make data of.
-Document Unwrapped(std::string text);
+// Throws DocumentError for what no models would make data of. With `knows`,
+// what is of modules that are not known is taken out, to be carried along.
+Document Unwrapped(std::string text, const KnowsModule& knows = nullptr);
+
+// Whether one of the schemas has the module, or one whose name or namespace is
+// so like it that this is a slip.
+KnowsModule ModulesOf(std::vector<const Schema*> schemas);
 
 // Parses and validates. Throws DocumentError, and leaves the data half filled
 // then.

@@ -25,17 +25,23 @@ std::vector<std::string> ReleasesOf(const Document& document,
   return names;
 }
 
-Envelope Read(std::string text, Data& data,
+// What is left of the document is all but its text.
+Document Read(std::string text, const KnowsModule& knows, Data& data,
               const std::vector<Release>& releases) {
-  const Document document = Unwrapped(std::move(text));
+  Document document = Unwrapped(std::move(text), knows);
   try {
     ReadDocument(document, data);
   } catch (const DocumentError& error) {
-    throw MisfitError({error.line, KeyPathOf(data.schema(), error.path),
-                       WithKeyPaths(data.schema(), error.what())},
+    std::vector<Fault> faults = error.faults;
+    for (Fault& fault : faults) {
+      fault.path = KeyPathOf(data.schema(), fault.path);
+      fault.reason = WithKeyPaths(data.schema(), fault.reason);
+    }
+    throw MisfitError(std::move(faults), error.more,
                       ReleasesOf(document, releases));
   }
-  return document.envelope;
+  document.text = std::string();
+  return document;
 }
 
 }  // namespace
@@ -44,11 +50,16 @@ Database::Database(const std::filesystem::path& models_before,
                    const std::filesystem::path& models_after,
                    const LeafType::NamespaceHashes& hashes_before,
                    const LeafType::NamespaceHashes& hashes_after,
-                   std::string text, const std::vector<Release>& releases)
+                   std::string text, const std::vector<Release>& releases,
+                   bool carries_unknown)
     : schema_before_(models_before, hashes_before),
       schema_after_(models_after, hashes_after),
       running_(schema_before_),
-      envelope_(Read(std::move(text), running_, releases)),
+      document_(Read(std::move(text),
+                     carries_unknown
+                         ? ModulesOf({&schema_before_, &schema_after_})
+                         : KnowsModule(),
+                     running_, releases)),
       transaction_(UpgradeAutomatically(running_, schema_after_, &losses_)) {}
 
 std::vector<BrokenConstraint> Database::Validate() const {

@@ -20,8 +20,10 @@ namespace kit::store {
 // releases whose models it fits.
 class MisfitError : public DocumentError {
  public:
-  MisfitError(const DocumentError& error, std::vector<std::string> releases)
-      : DocumentError(error), fits(std::move(releases)) {}
+  MisfitError(std::vector<Fault> all_faults, size_t more_faults,
+              std::vector<std::string> releases)
+      : DocumentError(std::move(all_faults), more_faults),
+        fits(std::move(releases)) {}
   const std::vector<std::string> fits;
 };
 
@@ -35,17 +37,20 @@ class Database {
  public:
   // Loads the models, reads the configuration and starts the transaction.
   // Throws SchemaError, DocumentError; MisfitError where it is one of the
-  // `releases` that makes a configuration of the text.
+  // `releases` that makes a configuration of the text. `carries_unknown`: what
+  // is of modules that neither side knows is kept apart, and no fault.
   Database(const std::filesystem::path& models_before,
            const std::filesystem::path& models_after,
            const LeafType::NamespaceHashes& hashes_before,
            const LeafType::NamespaceHashes& hashes_after, std::string text,
-           const std::vector<Release>& releases = {});
+           const std::vector<Release>& releases = {},
+           bool carries_unknown = false);
 
   const Data& running() const { return running_; }
   Data& transaction() { return transaction_; }
   const Data& transaction() const { return transaction_; }
-  const Envelope& envelope() const { return envelope_; }
+  const Envelope& envelope() const { return document_.envelope; }
+  const std::vector<Carried>& carried() const { return document_.carried; }
 
   // What the start of the transaction left behind.
   const std::vector<Loss>& losses() const { return losses_; }
@@ -60,7 +65,7 @@ class Database {
   Schema schema_before_;
   Schema schema_after_;
   Data running_;
-  Envelope envelope_;
+  Document document_;  // without its text
   std::vector<Loss> losses_;
   Data transaction_;
 };
