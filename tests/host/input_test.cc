@@ -101,6 +101,30 @@ TEST_F(InputTest, FaultsAreReportedWithFileLineAndReason) {
   for (const Row& row : rows) ExpectRefused(row.name, row.text, row.parts);
 }
 
+TEST_F(InputTest, AllFaultsAreReportedAtOnce) {
+  std::string xml = "<demo xmlns=\"urn:demo\">\n";
+  for (int i = 0; i < 25; ++i) {
+    xml += fmt::format(
+        "<item><id>{}</id><label>a</label>\n<size>x</size></item>\n", i);
+  }
+  ExpectRefused("many.xml", xml + "</demo>",
+                {"many.xml: line 3: /demo/item{0}/size: Invalid",
+                 "\n  line 5: /demo/item{1}/size: Invalid",
+                 "\n  line 41: /demo/item{19}/size: Invalid",
+                 "\n  and 5 more\n  What to do: correct"});
+  ExpectRefused(
+      "mixed.json",
+      "{\"demo:demo\": {\"item\": [\n{\"id\": \"x\"},\n"
+      "{\"id\": 2, \"label\": \"b\", \"colour\": 1},\n{\"id\": 3}]}}",
+      {"mixed.json: line 2: ", "\"x\".\n  line 3: /demo/item{2}: Node",
+       "\n  line 4: /demo/item{3}/label: Mandatory"});
+  const Outcome json = RunDemo("idle", {Path("many.xml"), "--json"});
+  const auto error = nlohmann::json::parse(json.out)["error"];
+  EXPECT_EQ(error["line"], 3);
+  EXPECT_EQ(error["details"].size(), 20u);
+  EXPECT_EQ(error["details"].back(), "and 5 more");
+}
+
 TEST_F(InputTest, RandomBytesAreRefused) {
   std::mt19937 random(20);
   for (int i = 0; i < 20; ++i) {

@@ -12,13 +12,22 @@ namespace {
 // Of a message that quotes the configuration, which may hold huge values.
 constexpr size_t kMaxQuote = 1000;
 
-std::string Fault(const control::InputError& error) {
+std::string LineOf(const control::InputFault& fault) {
   std::string text;
-  if (error.line() > 0) text += fmt::format("line {}: ", error.line());
-  if (!error.path().empty()) {
-    text += Shortened(error.path(), kMaxQuote) + ": ";
+  if (fault.line > 0) text += fmt::format("line {}: ", fault.line);
+  if (!fault.path.empty()) text += Shortened(fault.path, kMaxQuote) + ": ";
+  return text + Shortened(fault.reason, kMaxQuote);
+}
+
+// All but the first.
+std::vector<std::string> Rest(const control::InputError& error) {
+  std::vector<std::string> lines;
+  for (size_t i = 1; i < error.faults().size(); ++i) {
+    lines.push_back(LineOf(error.faults()[i]));
   }
-  return text + Shortened(error.reason(), kMaxQuote);
+  if (error.more() > 0)
+    lines.push_back(fmt::format("and {} more", error.more()));
+  return lines;
 }
 
 }  // namespace
@@ -43,11 +52,12 @@ Failure MisfitFailure(const control::InputError& error, const std::string& own,
             "correct the configuration and run again",
             error.file(),
             error.line(),
-            Shortened(error.path(), kMaxQuote)};
+            Shortened(error.path(), kMaxQuote),
+            Rest(error)};
   }
   Failure failure{ExitCode::kBadInput, fits, advice, error.file()};
   failure.details.push_back(
-      fmt::format("it does not fit {}: {}", own, Fault(error)));
+      fmt::format("it does not fit {}: {}", own, LineOf(error.faults()[0])));
   return failure;
 }
 
