@@ -144,6 +144,7 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.after = {releases.after, options.namespace_hashes};
   task.release = releases.own;
   task.releases = std::move(releases.others);
+  task.unknown_modules = options.unknown_modules;
   task.named_modules = options.named_modules;
   task.format = options.format;
   task.schemas_loaded = options.schemas_loaded;

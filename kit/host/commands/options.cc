@@ -46,6 +46,7 @@ constexpr char kJsonKeys[] =
     "Keys of the --json report: config, device, plugin, result (of update),\n"
     "findings (rule, severity, message, count, places, advice, section),\n"
     "passes (pass, name, calls, changes, failed_calls),\n"
+    "not_rehearsed (module, leaves),\n"
     "not_carried_over (path, value, reason), log (records of the plug-in),\n"
     "calls (total, by_function, last, open_cursors), changes (list, created,\n"
     "rekeyed, changed, deleted, moved), valid, violations (error, path, "
@@ -154,6 +155,7 @@ struct Raw {
   std::vector<std::string> namespaces;
   std::string format;
   std::string schemas;
+  std::string unknown = "carry";
   std::string log;
   std::string diff;
   bool verbose = false;
@@ -193,6 +195,12 @@ void AddUpgrade(CLI::App& run, RunOptions& options, Raw& raw) {
       ->type_name("MODULE=HASH")
       ->allow_extra_args(false)
       ->check(CheckNamespace);
+  run.add_option("--unknown", raw.unknown,
+                 "What becomes of modules that no model knows: carried through "
+                 "as they are, or refused")
+      ->type_name("carry|refuse")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"carry", "refuse"}).description(""));
   run.add_option("--schemas", raw.schemas,
                  "Whether the plug-in finds ConfD's schemas loaded into its "
                  "process, which is up to a device's upgrade framework; "
@@ -257,6 +265,9 @@ void TakeRaw(const Raw& raw, RunOptions& options) {
         raw.format == "xml" ? control::Format::kXml : control::Format::kJson;
   }
   options.schemas_loaded = raw.schemas != "none";
+  if (raw.unknown == "refuse") {
+    options.unknown_modules = control::UnknownModules::kRefuse;
+  }
   options.namespace_hashes = DeviceNamespaceHashes();
   for (const std::string& text : raw.namespaces) {
     const auto hash = ParseNamespace(text);

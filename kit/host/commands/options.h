@@ -28,6 +28,7 @@ struct RunOptions {
   std::string from = "before";             // one of kReleases
   std::optional<std::string> yang_before;  // in its place
   std::optional<std::string> yang_after;
+  control::UnknownModules unknown_modules = control::UnknownModules::kCarry;
   std::map<std::string, uint32_t> namespace_hashes;  // by module name
   std::vector<std::string> named_modules;  // of them, those of the command line
   bool schemas_loaded = true;

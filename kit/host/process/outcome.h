@@ -24,8 +24,9 @@ struct Outcome {
   uint64_t calls = 0;
   std::map<std::string, uint64_t> calls_by_function;
   std::optional<std::string> last_call;
-  uint64_t open_cursors = 0;          // left by the plug-in
-  std::vector<control::Loss> losses;  // before the plug-in ran
+  uint64_t open_cursors = 0;                    // left by the plug-in
+  std::vector<control::CarriedModule> carried;  // past the plug-in
+  std::vector<control::Loss> losses;            // before the plug-in ran
   std::string device;  // what it is called, "router r1"; "" if unknown
   std::vector<Finding> findings;
   bool schemas_loaded = true;

@@ -38,6 +38,9 @@ auto Fields(RekeyedMessage& m) {
 auto Fields(EntryMessage& m) {
   return std::tie(m.entry.kind, m.entry.list, m.entry.path, m.entry.leaves);
 }
+auto Fields(CarriedMessage& m) {
+  return std::tie(m.module.name, m.module.leaves);
+}
 auto Fields(FailureMessage& m) {
   return std::tie(m.failure.code, m.failure.reason, m.failure.advice,
                   m.failure.file, m.failure.line, m.failure.path,

@@ -72,6 +72,9 @@ struct RekeyedMessage {
 struct EntryMessage {
   control::EntryChange entry;
 };
+struct CarriedMessage {
+  control::CarriedModule module;
+};
 struct FailureMessage {
   Failure failure;
 };
@@ -94,7 +97,7 @@ using Message =
                  ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
                  ListMessage, EntryMessage, FailureMessage, DoneMessage,
                  SchemasMessage, PassMessage, RekeyedMessage, DeviceMessage,
-                 FindingMessage, ChangeMessage, SecretsMessage>;
+                 FindingMessage, ChangeMessage, SecretsMessage, CarriedMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

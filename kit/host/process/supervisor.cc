@@ -98,8 +98,9 @@ enum class Speaker { kReader, kPlugin, kFinisher };
 bool MaySay(Speaker speaker, const Message& message) {
   switch (speaker) {
     case Speaker::kReader:
-      return IsAnyOf<PhaseMessage, InputMessage, LossMessage, DeviceMessage,
-                     SecretsMessage, FindingMessage, FailureMessage>(message);
+      return IsAnyOf<PhaseMessage, InputMessage, CarriedMessage, LossMessage,
+                     DeviceMessage, SecretsMessage, FindingMessage,
+                     FailureMessage>(message);
     case Speaker::kPlugin:
       return IsAnyOf<PhaseMessage, LogMessage, CallMessage, ChangeMessage,
                      PassMessage, ResultMessage, FailureMessage>(message);
@@ -444,6 +445,9 @@ class Supervisor {
     finisher_ = message.finisher;
     watched_ = finisher_;
     end_.reset();
+  }
+  void On(CarriedMessage& message) {
+    outcome_.carried.push_back(std::move(message.module));
   }
   void On(LossMessage& message) {
     outcome_.losses.push_back(std::move(message.loss));

@@ -91,7 +91,8 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
     std::vector<control::Release> others;
     for (const KnownRelease& one : task.releases) others.push_back(one.release);
     return control::Database::Open(task.before, task.after, std::move(text),
-                                   ConfigName(task.config), others);
+                                   ConfigName(task.config), others,
+                                   task.unknown_modules);
   } catch (const control::InputError& error) {
     throw FailureError(MisfitFailure(error, task.release, task.releases));
   } catch (const control::ModelError& error) {
@@ -238,6 +239,7 @@ class Worker {
     Enter(Phase::kParsing);
     control::Database database = OpenDatabase(task_, std::move(text));
     RequireModules(database, task_.named_modules);
+    TellCarried(database);
     channel_.Send(InputMessage{database.input_format()});
     for (const control::Loss& loss : database.Losses()) {
       channel_.Send(LossMessage{loss});
@@ -257,6 +259,25 @@ class Worker {
     if (!inspection.input) return;
     for (Finding& finding : inspection.input(database)) {
       channel_.Send(FindingMessage{std::move(finding)});
+    }
+  }
+
+  void TellCarried(const control::Database& database) const {
+    const auto modules = database.CarriedModules();
+    const bool changes_format =
+        task_.format.value_or(database.input_format()) !=
+        database.input_format();
+    if (!modules.empty() && task_.has_output && changes_format) {
+      throw FailureError(
+          {ExitCode::kBadInput,
+           fmt::format("no model knows {}, which can only be written in the "
+                       "format that it came in",
+                       Shortened(modules.front().name, kMaxQuote)),
+           "leave --format out, or add the module to the models",
+           ConfigName(task_.config)});
+    }
+    for (const control::CarriedModule& module : modules) {
+      channel_.Send(CarriedMessage{module});
     }
   }
 

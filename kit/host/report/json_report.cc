@@ -68,6 +68,14 @@ Json SchemasJson(const Report& report) {
           {"otherwise", std::move(effect)}};
 }
 
+Json CarriedJson(const Report& report) {
+  Json modules = Json::array();
+  for (const control::CarriedModule& module : report.carried) {
+    modules.push_back({{"module", module.name}, {"leaves", module.leaves}});
+  }
+  return modules;
+}
+
 Json LossesJson(const Report& report) {
   Json losses = Json::array();
   for (const control::Loss& loss : report.losses) {
@@ -294,6 +302,7 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"result", OrNull(report.result)},
       {"findings", FindingsJson(report)},
       {"passes", PassesJson(report)},
+      {"not_rehearsed", CarriedJson(report)},
       {"not_carried_over", LossesJson(report)},
       {"log", report.journal.LogTexts()},
       {"calls", CallsJson(report)},

@@ -223,6 +223,20 @@ void AppendChanges(const Report& report, const Screen& screen,
   }
 }
 
+void AppendCarried(const Report& report, std::string& text) {
+  if (report.carried.empty()) return;
+  std::string names;
+  uint64_t leaves = 0;
+  for (const control::CarriedModule& module : report.carried) {
+    names += (names.empty() ? "" : ", ") + OneLine(module.name);
+    leaves += module.leaves;
+  }
+  text += fmt::format(
+      "Not rehearsed: {} (unknown to the models; {} carried through as they "
+      "are)\n",
+      names, Counted(leaves, "leaf", "leaves"));
+}
+
 // What is lost before the plug-in runs would otherwise be seen nowhere.
 void AppendLosses(const Report& report, bool all, std::string& text) {
   constexpr size_t kShown = 10;
@@ -423,6 +437,7 @@ std::string RenderText(const Report& report, const ReportView& view) {
   if (view.diff) {
     AppendDifferences(report, text);
   }
+  AppendCarried(report, text);
   AppendLosses(report, view.diff, text);
   AppendValidation(report, text);
   AppendCalls(report, view, text);
