@@ -27,10 +27,10 @@ TEST_F(UsageTest, HelpListsEveryExitCode) {
 TEST_F(UsageTest, HelpOfRunListsEveryOption) {
   const Outcome outcome = Run({"run", "--help"});
   for (const char* option :
-       {"CONFIG", "-o,", "--force", "--format", "--plugin", "--yang-before",
-        "--yang-after", "--from", "--max-size", "--namespace", "--timeout",
-        "--log", "--quiet", "--verbose", "--trace", "--diff", "--json",
-        "--strict", "--passes"}) {
+       {"CONFIG",        "-o,",          "--force", "--format",  "--plugin",
+        "--yang-before", "--yang-after", "--from",  "--unknown", "--max-size",
+        "--namespace",   "--timeout",    "--log",   "--quiet",   "--verbose",
+        "--trace",       "--diff",       "--json",  "--strict",  "--passes"}) {
     EXPECT_THAT(outcome.out, HasSubstr(option));
   }
 }
