@@ -108,6 +108,24 @@ TEST_F(OutputTest, ANewFileHasThePermissionsOfTheUmask) {
   EXPECT_EQ(Mode("out"), 0640U);
 }
 
+TEST_F(OutputTest, ANewFileIsNoMoreOpenThanTheInput) {
+  const std::string config = Config();
+  const mode_t mask = umask(022);
+  for (const std::vector<Refusal>& refusals :
+       {std::vector<Refusal>(), NoUnnamedFiles()}) {
+    Launch launch;
+    launch.refusals = refusals;
+    for (const mode_t mode : {0600U, 0640U, 0664U}) {
+      ASSERT_EQ(chmod(config.c_str(), mode), 0);
+      std::filesystem::remove(Path("out"));
+      EXPECT_EQ(RunDemo("idle", {config, "-o", Path("out")}, launch).exit_code,
+                0);
+      EXPECT_EQ(Mode("out"), mode & ~022U);
+    }
+  }
+  umask(mask);
+}
+
 TEST_F(OutputTest, AReplacedFileKeepsItsPermissions) {
   Write("out", "old");
   chmod(Path("out").c_str(), 0600);

@@ -111,13 +111,23 @@ bool SameFile(const struct stat& a, const struct stat& b) {
 
 OutputFile::OutputFile(FileDescriptor fd) : fd_(std::move(fd)) {}
 
+namespace {
+
+// What the input keeps from others, such as passwords, its upgrade has too.
+mode_t ModeOfNewFile(const std::optional<struct stat>& input) {
+  if (!input || !S_ISREG(input->st_mode)) return kNewFileMode;
+  return kNewFileMode & input->st_mode;
+}
+
+}  // namespace
+
 OutputFile OutputFile::ForFile(const std::string& target, bool force,
                                const std::optional<struct stat>& input) {
   const fs::path resolved = ResolveTarget(target);
   if (!resolved.has_filename()) {
     Fail(target, "is a folder", "name a file with -o");
   }
-  mode_t mode = kNewFileMode;
+  mode_t mode = ModeOfNewFile(input);
   const auto existing = StatFile(resolved);
   if (existing) {
     CheckReplaceable(target, *existing, force, input);
@@ -201,7 +211,7 @@ std::string OutputFile::TakeBack() {
 void OutputFile::CopyToTemporary(uint64_t size) {
   FileDescriptor file;
   const int error = publication_->CreateTemporary(
-      StatFile(target_) ? kPrivateMode : kNewFileMode, &file);
+      StatFile(target_) ? kPrivateMode : ModeOfNewFile(input_), &file);
   if (error != 0) {
     FailWithErrno(target_, "cannot be created in its folder", error);
   }
