@@ -172,6 +172,16 @@ TEST_F(FindingsTest, RulesAndPassesThatAreNoFilesAreRefused) {
   }
 }
 
+TEST_F(FindingsTest, ValuesThatThePluginKeepsAreCounted) {
+  const std::string config = Write("demo.xml", kDemoXml);
+  EXPECT_THAT(RunDemo("keeps_values", {config}).out,
+              HasSubstr(" note  VALUES  the plug-in keeps the memory of values "
+                        "that it has read (2 values)"));
+  EXPECT_THAT(RunDemo("frees", {config}).out, Not(HasSubstr("  VALUES  ")));
+  EXPECT_THAT(Run({"run", kExamples + "provider-edge.xml"}).out,
+              Not(HasSubstr("  VALUES  ")));
+}
+
 TEST_F(FindingsTest, TheDeviceIsCalledByItsName) {
   EXPECT_THAT(Run({"run", kExamples + "provider-edge.xml"}).out,
               testing::StartsWith("router pe2-fra (" + kExamples +

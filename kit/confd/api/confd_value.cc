@@ -50,6 +50,7 @@ void Own(confd_buf_t& buf) {
   const std::string_view bytes = BytesOf(buf);
   buf.ptr = Allocate<unsigned char>(bytes.size() + 1);
   std::memcpy(buf.ptr, bytes.data(), bytes.size());
+  kit::api::NoteOwned(1);
 }
 
 void Own(confd_qname& qname) {

@@ -101,6 +101,7 @@ auto ReadBytes(unsigned char** rval, int* size, store::ValueType type) {
     RequirePointer(rval, "the result");
     RequirePointer(size, "the size");
     return HandOut(call, scope, target, type, [&](const ValueUnion& val) {
+      kit::api::NoteOwned(-1);  // free() takes it, of which nobody is told
       *rval = val.buf.ptr;
       *size = static_cast<int>(val.buf.size);
     });

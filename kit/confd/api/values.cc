@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -25,6 +26,9 @@ using store::RowOf;
 using store::StoredAs;
 using store::Value;
 using store::ValueType;
+
+// See OwnedTexts.
+std::atomic<int64_t> owned_texts{0};
 
 // A malloc'ed copy with a NUL behind it.
 confd_buf_t CopyBytes(std::string_view bytes) {
@@ -209,6 +213,7 @@ struct Carrier<StoredAs::kBytes> {
   }
   static void Put(const Value& value, confd_buf_t& member) {
     member = CopyBytes(value.text());
+    NoteOwned(1);
   }
   static Value Take(ValueType type, const confd_buf_t& member) {
     if (member.ptr == nullptr && member.size != 0) {
@@ -332,13 +337,15 @@ template <typename Member>
 void ReleaseMember(Member&) {}
 
 void ReleaseMember(confd_buf_t& member) {
+  if (member.ptr != nullptr) NoteOwned(-1);
   std::free(member.ptr);
   member = {};
 }
 
 void ReleaseMember(confd_qname& member) {
-  ReleaseMember(member.prefix);
-  ReleaseMember(member.name);
+  std::free(member.prefix.ptr);
+  std::free(member.name.ptr);
+  member = {};
 }
 
 void ReleaseMember(confd_hkeypath*& member) {
@@ -358,6 +365,16 @@ void ReleaseMember(confd_list& member) {
 }
 
 }  // namespace
+
+void NoteOwned(int64_t texts) {
+  owned_texts.fetch_add(texts, std::memory_order_relaxed);
+}
+
+uint64_t OwnedTexts() {
+  // A program may release what it has made by itself.
+  return static_cast<uint64_t>(
+      std::max<int64_t>(0, owned_texts.load(std::memory_order_relaxed)));
+}
 
 uint32_t TagOf(const store::SchemaNode& node) {
   return store::NameHash(node.name);

@@ -22,6 +22,11 @@ confd_value_t ToC(const store::Element& element);
 // Releases what the value owns, as confd_free_value does.
 void Release(confd_value_t& value);
 
+// Notes that so many texts of values became a program's (or are its no more).
+void NoteOwned(int64_t texts);
+// Texts of values that programs hold and have not released.
+uint64_t OwnedTexts();
+
 // A value from a program, with `place` as above. Throws Error with kBadType for
 // a type that no leaf has.
 store::Value FromC(const confd_value_t& value,

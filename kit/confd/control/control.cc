@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "kit/confd/api/values.h"
 #include "kit/confd/control/change_teller.h"
 #include "kit/confd/document/document.h"
 #include "kit/confd/document/query.h"
@@ -311,6 +312,8 @@ size_t Database::OpenCursors() const {
   if (!impl_->handles) return 0;
   return store::Sessions::Instance().OpenCursors(impl_->handles->maapi_sock);
 }
+
+uint64_t UnreleasedValues() { return api::OwnedTexts(); }
 
 void SetSchemasLoaded(bool loaded) {
   store::LoadedSchemas::Instance().Start(loaded);

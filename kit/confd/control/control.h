@@ -298,6 +298,11 @@ KIT_CONTROL_EXPORT void SetSchemaWatcher(std::function<void()> watcher);
 // has loaded by itself stays loaded.
 KIT_CONTROL_EXPORT void SwitchSchemasLoaded();
 
+// Values with text that programs have been given and not released, by
+// confd_free_value or as it is said of them. Less where they have released
+// texts of their own.
+KIT_CONTROL_EXPORT uint64_t UnreleasedValues();
+
 // Ends what programs can do, for the rest of the process: waits until no call
 // of the C API is under way, and lets none through any more. Calls of the
 // thread that called this fail with CONFD_ERR_NOSESSION, also in a process

@@ -114,6 +114,7 @@ void CompleteFindings(const Catalogue& catalogue, Report& report) {
   if (report.result == 0) {
     Append(FailedCallFindings(failed), findings);
     Append(CursorFindings(report.open_cursors), findings);
+    Append(UnreleasedValueFindings(report.unreleased_values), findings);
   }
   if (report.schemas && report.schemas->effect != SchemaEffect::kNone) {
     findings.push_back(OtherSchemasFinding(report.schemas_loaded,

@@ -25,6 +25,7 @@ struct Outcome {
   std::map<std::string, uint64_t> calls_by_function;
   std::optional<std::string> last_call;
   uint64_t open_cursors = 0;                    // left by the plug-in
+  uint64_t unreleased_values = 0;               // that have a text
   std::vector<control::CarriedModule> carried;  // past the plug-in
   std::vector<control::Loss> losses;            // before the plug-in ran
   std::string device;  // what it is called, "router r1"; "" if unknown

@@ -21,7 +21,8 @@ auto Fields(PassMessage& m) {
                   m.totals.lists, m.totals.failures, m.totals.last_failure);
 }
 auto Fields(ResultMessage& m) {
-  return std::tie(m.result, m.calls, m.open_cursors, m.finisher);
+  return std::tie(m.result, m.calls, m.open_cursors, m.unreleased_values,
+                  m.finisher);
 }
 auto Fields(LossMessage& m) {
   return std::tie(m.loss.path, m.loss.value, m.loss.reason);

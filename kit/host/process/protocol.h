@@ -40,7 +40,8 @@ struct ResultMessage {
   int result;
   uint64_t calls;         // of the C API
   uint64_t open_cursors;  // left by the plug-in
-  int finisher;           // the process that goes on after a success
+  uint64_t unreleased_values;
+  int finisher;  // the process that goes on after a success
 };
 struct LossMessage {
   control::Loss loss;

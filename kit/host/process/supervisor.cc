@@ -440,6 +440,7 @@ class Supervisor {
     }
     outcome_.result = message.result;
     outcome_.open_cursors = message.open_cursors;
+    outcome_.unreleased_values = message.unreleased_values;
     is_over_ = true;
     if (message.result != 0) return;
     finisher_ = message.finisher;

@@ -314,7 +314,7 @@ class Worker {
     if (recorder_->has_gaps()) throw std::bad_alloc();
     recorder_->TellTotals();
     ResultMessage message{result, recorder_->calls(), database.OpenCursors(),
-                          0};
+                          control::UnreleasedValues(), 0};
     if (result == 0) {
       message.finisher =
           StartFinisher(database, trial_->Wait(TimeForTrial()), state);

@@ -119,7 +119,8 @@ Json CallsJson(const Report& report) {
   return {{"total", report.calls},
           {"by_function", std::move(by_function)},
           {"last", OrNull(report.last_call)},
-          {"open_cursors", report.open_cursors}};
+          {"open_cursors", report.open_cursors},
+          {"unreleased_values", report.unreleased_values}};
 }
 
 Json ListsJson(const std::vector<ListTotals>& lists) {

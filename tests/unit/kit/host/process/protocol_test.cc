@@ -18,10 +18,12 @@ TEST(ProtocolTest, ScalarsComeThrough) {
   EXPECT_EQ(RoundTrip(PhaseMessage{Phase::kUpdating}).phase, Phase::kUpdating);
   EXPECT_EQ(RoundTrip(InputMessage{control::Format::kJson}).format,
             control::Format::kJson);
-  const auto result = RoundTrip(ResultMessage{-1, uint64_t{1} << 40, 3, 4711});
+  const auto result =
+      RoundTrip(ResultMessage{-1, uint64_t{1} << 40, 3, 5, 4711});
   EXPECT_EQ(result.result, -1);
   EXPECT_EQ(result.calls, uint64_t{1} << 40);
   EXPECT_EQ(result.open_cursors, 3U);
+  EXPECT_EQ(result.unreleased_values, 5U);
   EXPECT_EQ(result.finisher, 4711);
   RoundTrip(ValidatedMessage{});
   const Checksum written = {1, 2, uint64_t{1} << 40};
