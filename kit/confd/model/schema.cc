@@ -1,6 +1,7 @@
 #include "kit/confd/model/schema.h"
 
 #include <libyang/libyang.h>
+#include <libyang/version.h>
 
 #include <algorithm>
 #include <atomic>
@@ -274,6 +275,18 @@ void Schema::FinishNode(SchemaNode& node) {
   }
 }
 
+template <typename Take>
+void ForEachStatementIn(const lysp_ext_instance& one, const Take& take) {
+  for (const lysp_stmt* stmt = one.child; stmt; stmt = stmt->next) {
+    take(stmt->stmt, stmt->arg);
+  }
+#if LY_VERSION_MAJOR >= 3
+  // Those of extensions stand apart there.
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(one.exts, i) { take(one.exts[i].name, one.exts[i].argument); }
+#endif
+}
+
 // libyang does not know the statements, which count by name in any module. An
 // index over what is no leaf of the list is none.
 void Schema::AddIndexes(SchemaNode& list) {
@@ -285,14 +298,14 @@ void Schema::AddIndexes(SchemaNode& list) {
     if (LocalName(one.name) != "secondary-index") continue;
     SecondaryIndex index{one.argument != nullptr ? one.argument : "", {}};
     bool is_whole = true;
-    for (const lysp_stmt* stmt = one.child; stmt; stmt = stmt->next) {
-      if (LocalName(stmt->stmt) != "index-leafs") continue;
-      for (const std::string& name : WordsOf(stmt->arg)) {
+    ForEachStatementIn(one, [&](const char* statement, const char* argument) {
+      if (LocalName(statement) != "index-leafs") return;
+      for (const std::string& name : WordsOf(argument)) {
         const SchemaNode* leaf = OnlyChild(list, name);
         is_whole &= leaf != nullptr && leaf->kind == NodeKind::kLeaf;
         index.leaves.push_back(leaf);
       }
-    }
+    });
     if (is_whole && !index.leaves.empty()) {
       list.indexes.push_back(std::move(index));
     }
