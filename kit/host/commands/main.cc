@@ -1,361 +1,20 @@
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <optional>
-#include <string>
-#include <utility>
 #include <variant>
-#include <vector>
 
-#include "kit/host/commands/inspect.h"
-#include "kit/host/commands/install_paths.h"
-#include "kit/host/commands/mask.h"
 #include "kit/host/commands/options.h"
-#include "kit/host/commands/releases.h"
-#include "kit/host/commands/run_files.h"
-#include "kit/host/commands/status_line.h"
+#include "kit/host/commands/run.h"
 #include "kit/host/exit_code.h"
-#include "kit/host/failure.h"
 #include "kit/host/process/interrupt.h"
-#include "kit/host/process/log_file.h"
-#include "kit/host/process/output_file.h"
-#include "kit/host/process/supervisor.h"
-#include "kit/host/report/report.h"
-#include "kit/host/report/verdict.h"
 #include "kit/host/text.h"
-#include "kit/host/text_file.h"
 
 namespace kit::host {
 namespace {
-
-constexpr char kPasses[] = "ospf-passes.json";
-
-// Keeps what comes in and shows that something is happening.
-class RunListener : public Listener {
- public:
-  // stream: where calls are printed as they happen, or null. keep_calls: in
-  // the journal.
-  // differences: takes those of each stretch of a pass, or null.
-  RunListener(Journal& journal, bool keep_calls, LogFile* log, FILE* stream,
-              bool show_status, std::vector<Report::Differences>* differences,
-              Secrets& secrets)
-      : journal_(journal),
-        secrets_(secrets),
-        keep_calls_(keep_calls),
-        differences_(differences),
-        log_(log),
-        stream_(stream),
-        status_(show_status) {}
-
-  void OnSecrets(const std::vector<std::string>& values) override {
-    for (const std::string& value : values) secrets_.AddValue(value);
-  }
-  void OnLog(LogRecord record) override {
-    Mask(secrets_, record);
-    if (log_ != nullptr) log_->Write(record.text);
-    if (stream_ != nullptr) Print("log: " + RecordLine(record.text) + "\n");
-    journal_.Add(std::move(record));
-  }
-  void OnCall(CallRecord call) override {
-    Mask(secrets_, call);
-    if (stream_ != nullptr) Print(OneLine(RenderCall(call)) + "\n");
-    if (keep_calls_) journal_.Add(std::move(call));
-  }
-  void OnChange(ChangeRecord change) override {
-    // What the plug-in makes of a secret is one too.
-    if (change.after && secrets_.Covers(change.path + "/" + change.leaf)) {
-      secrets_.AddValue(*change.after);
-    }
-    Mask(secrets_, change);
-    if (stream_ != nullptr) Print(OneLine(RenderChange(change)) + "\n");
-    if (differences_ != nullptr) AddToPass(change);
-    if (keep_calls_) journal_.Add(std::move(change));
-  }
-  // To be called after the last change.
-  void EndPass() {
-    if (differences_ == nullptr) return;
-    std::vector<EntryDifference> entries = builder_.Take();
-    if (!entries.empty()) differences_->push_back({pass_, std::move(entries)});
-  }
-  void OnPass(PassTotals totals) override {
-    Mask(secrets_, totals);
-    journal_.Add(totals);
-  }
-  void OnRekeyed(const RekeyedEntries& entries) override {
-    journal_.Add(entries);
-  }
-  void OnTick(Phase phase, uint64_t calls) override {
-    if (stream_ != nullptr) std::fflush(stream_);
-    if (!status_.Due()) return;
-    status_.Show(fmt::format("{}, {}", Describe(phase),
-                             Counted(calls, "call", "calls")));
-  }
-
- private:
-  void Print(const std::string& text) { std::fputs(text.c_str(), stream_); }
-  void AddToPass(const ChangeRecord& change) {
-    if (change.pass != pass_) EndPass();
-    pass_ = change.pass;
-    builder_.Add(change);
-  }
-
-  Journal& journal_;
-  Secrets& secrets_;
-  bool keep_calls_;
-  std::vector<Report::Differences>* differences_;
-  uint32_t pass_ = 0;
-  DifferenceBuilder builder_;
-  LogFile* log_;
-  FILE* stream_;
-  StatusLine status_;
-};
-
-FILE* ReportStream(const RunOptions& options) {
-  return options.output == "-" ? stderr : stdout;
-}
-
-PassTable ReadPasses(const RunOptions& options) {
-  const std::string path =
-      options.passes ? *options.passes : DefaultRules(kPasses).string();
-  try {
-    return ParsePasses(ReadTextFile(path), path);
-  } catch (const TextFileError& error) {
-    throw FailureError({ExitCode::kBadInput, error.what(),
-                        "name a file with a table of passes", path});
-  }
-}
-
-WorkerTask MakeTask(const RunOptions& options) {
-  WorkerTask task;
-  task.config = options.config;
-  task.max_size_mib = options.max_size_mib;
-  task.plugin = options.plugin ? *options.plugin : DefaultPlugin().string();
-  Releases releases = FindReleases(options);
-  task.before = {releases.before, options.namespace_hashes};
-  task.after = {releases.after, options.namespace_hashes};
-  task.release = releases.own;
-  task.releases = std::move(releases.others);
-  task.unknown_modules = options.unknown_modules;
-  task.named_modules = options.named_modules;
-  task.format = options.format;
-  task.schemas_loaded = options.schemas_loaded;
-  task.timeout_s = options.timeout_s;
-  task.recording = {options.trace, !options.quiet,
-                    options.trace || options.diff_by_pass};
-  task.count_changes = !options.quiet;
-  task.send_entries = options.diff;
-  return task;
-}
-
-constexpr size_t kShownRecords = 3;
-
-// Adds to a failure of the upgrade where it was, what came before it, and what
-// it means for the device.
-void AddContext(Report& report) {
-  if (!report.failure) return;
-  Failure& failure = *report.failure;
-  if (failure.code != ExitCode::kPluginFailed &&
-      failure.code != ExitCode::kPluginDied &&
-      failure.code != ExitCode::kInvalidResult) {
-    return;
-  }
-  std::vector<std::string> context;
-  if (failure.code != ExitCode::kInvalidResult) {
-    const std::string pass = LastPass(report);
-    if (!pass.empty()) context.push_back("where: " + pass);
-    const std::vector<std::string> log = report.journal.LogTexts();
-    const size_t shown = std::min(log.size(), kShownRecords);
-    for (size_t i = log.size() - shown; i < log.size(); ++i) {
-      context.push_back("log: " + std::string(WithoutLastNewline(log[i])));
-    }
-    const CallRecord failed = report.journal.LastFailure();
-    if (failed.number > 0 && failure.code == ExitCode::kPluginFailed) {
-      context.push_back(fmt::format("last failed ConfD call, number {}: {}",
-                                    failed.number, RenderCall(failed)));
-    }
-  }
-  failure.details.insert(failure.details.begin(), context.begin(),
-                         context.end());
-  failure.details.push_back(
-      "device: gives the upgrade up and keeps its configuration as it was");
-}
-
-// Of the whole run, out of its outcome.
-Report::Differences TotalOf(Report& report) {
-  std::vector<EntryDifference> entries;
-  for (control::EntryChange& entry : report.entries) {
-    entries.push_back(ToDifference(std::move(entry)));
-  }
-  report.entries.clear();
-  return {std::nullopt, PairMoves(std::move(entries))};
-}
-
-// With --strict.
-void RequireNothingToLookAt(Report& report) {
-  if (report.failure) return;
-  const auto findings =
-      std::count_if(report.findings.begin(), report.findings.end(),
-                    [](const Finding& finding) {
-                      return finding.severity != Severity::kNote;
-                    });
-  if (findings == 0) return;
-  report.failure = Failure{
-      ExitCode::kNeedsALook,
-      fmt::format(
-          "{} to look at, and --strict is given",
-          Counted(static_cast<size_t>(findings), "thing is", "things are")),
-      "see the report's findings; --verbose says what to do about each",
-      report.config};
-}
-
-void CommitOutput(const RunOptions& options, OutputFile& output,
-                  Report& report) {
-  try {
-    report.output_size = output.Commit();
-    report.output =
-        *options.output == "-" ? "standard output" : *options.output;
-  } catch (const FailureError& error) {
-    report.failure = error.failure();
-    report.partly_written = options.output == "-";
-  }
-}
-
-// What is left of a run once it is over.
-struct Run {
-  Report report;
-  std::optional<OutputFile> output;
-};
-
-void Upgrade(const RunOptions& options, Run& run) {
-  WorkerTask task = MakeTask(options);
-  const Catalogue catalogue = LoadRules(options.rules);
-  task.inspection = MakeInspection(catalogue);
-  task.passes = ReadPasses(options);
-  run.report.plugin = task.plugin;
-  const auto input = StatInput(options);
-  std::optional<LogFile> log = OpenLog(options, input);
-  run.output = PrepareOutput(options, input);
-  task.has_output = run.output.has_value();
-  Journal journal;
-  Secrets secrets(options.show_secrets ? std::vector<std::string>()
-                                       : catalogue.secrets);
-  if (options.show_secrets) task.inspection.secrets = nullptr;
-  std::vector<Report::Differences> by_pass;
-  {
-    const bool keep_calls = options.trace && options.json;
-    RunListener listener(
-        journal, keep_calls, log ? &*log : nullptr,
-        options.trace && !options.json ? ReportStream(options) : nullptr,
-        !options.quiet && !options.trace,
-        options.diff_by_pass ? &by_pass : nullptr, secrets);
-    run.report = Report(Supervise(
-        task,
-        {options.timeout_s, keep_calls, run.output ? run.output->fd() : -1},
-        listener));
-    listener.EndPass();
-  }
-  run.report.journal = std::move(journal);
-  run.report.passes = task.passes;
-  Mask(secrets, run.report);
-  run.report.differences = std::move(by_pass);
-  if (options.diff) run.report.differences.push_back(TotalOf(run.report));
-  CompleteFindings(catalogue, run.report);
-  if (options.strict) RequireNothingToLookAt(run.report);
-  AddContext(run.report);
-  if (!run.report.failure && log) run.report.failure = log->failure();
-}
-
-Run RunUpgrade(const RunOptions& options) {
-  Run run;
-  run.report.config = ConfigName(options.config);
-  try {
-    Upgrade(options, run);
-  } catch (const FailureError& error) {
-    run.report.failure = error.failure();
-  } catch (const std::exception& error) {
-    run.report.failure = UnexpectedFailure(error, "");
-  }
-  return run;
-}
-
-// Prints the report in its two parts.
-class ReportPrinter {
- public:
-  ReportPrinter(const RunOptions& options, const Report& report)
-      : options_(options), report_(report), stream_(ReportStream(options)) {
-    // Without a single step of the plug-in the error message says it all.
-    const bool has_run =
-        report.result || report.calls > 0 || !report.journal.events().empty();
-    wanted_ = options.json || (!options.quiet && has_run);
-  }
-
-  // False if it could not be delivered.
-  bool Print() const {
-    ReportView view;
-    view.log = options_.show_log;
-    view.details = options_.details;
-    view.diff = options_.diff || options_.diff_by_pass;
-    view.events = options_.trace;
-    view.screen = Screen::Of(fileno(stream_));
-    return Deliver(options_.json ? RenderJson(report_, view)
-                                 : RenderText(report_, view));
-  }
-  bool PrintEnd() const {
-    return Deliver(options_.json ? RenderJsonEnd(report_)
-                                 : RenderTextEnd(report_));
-  }
-
- private:
-  bool Deliver(const std::string& text) const {
-    if (wanted_) std::fputs(text.c_str(), stream_);
-    return std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
-  }
-
-  const RunOptions& options_;
-  const Report& report_;
-  FILE* stream_;
-  bool wanted_;
-};
-
-Failure ReportFailure() {
-  return {ExitCode::kOutputFailed, "the report cannot be written",
-          "make room where the report goes"};
-}
-
-// The output is put in its place between the two parts of the report, so that
-// the report never says so too early, and taken back when the second part can't
-// be delivered.
-void Conclude(const RunOptions& options, Run& run) {
-  Report& report = run.report;
-  const ReportPrinter printer(options, report);
-  bool printed = printer.Print();
-  if (!printed && !report.failure) report.failure = ReportFailure();
-  if (!report.failure && run.output) CommitOutput(options, *run.output, report);
-  printed = printed && printer.PrintEnd();
-  if (!printed && !report.failure) {
-    report.failure = ReportFailure();
-    const std::string left = run.output ? run.output->TakeBack() : "";
-    if (!left.empty()) report.failure->details.push_back(left);
-  }
-  if (!report.failure) {
-    HoldInterrupts();
-    const std::string left = run.output ? run.output->Confirm() : "";
-    if (!left.empty()) {
-      std::fputs(("ospf-upgrade: " + OneLine(left) + "\n").c_str(), stderr);
-    }
-    return;
-  }
-  std::fputs(RenderFailure(*report.failure).c_str(), stderr);
-  if (options.quiet) {
-    std::fputs(RenderViolations(report.violations).c_str(), stderr);
-  }
-}
 
 // A pipe must not end up as somebody's standard output.
 void OccupyStandardDescriptors() {
@@ -366,18 +25,13 @@ void OccupyStandardDescriptors() {
   if (fd > STDERR_FILENO) close(fd);
 }
 
-int Main(int argc, char** argv) {
+ExitCode Main(int argc, char** argv) {
   OccupyStandardDescriptors();
   const auto parsed = ParseCommandLine(argc, argv, std::cout, std::cerr);
-  if (const auto* code = std::get_if<ExitCode>(&parsed)) {
-    return static_cast<int>(*code);
-  }
+  if (const auto* code = std::get_if<ExitCode>(&parsed)) return *code;
   InstallInterruptHandlers();
   signal(SIGXFSZ, SIG_IGN);  // a write past a limit fails like any other
-  const auto& options = std::get<RunOptions>(parsed);
-  Run run = RunUpgrade(options);
-  Conclude(options, run);
-  return static_cast<int>(run.report.exit_code());
+  return Run(std::get<RunOptions>(parsed));
 }
 
 }  // namespace
@@ -385,7 +39,7 @@ int Main(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
-    return kit::host::Main(argc, argv);
+    return static_cast<int>(kit::host::Main(argc, argv));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "ospf-upgrade: internal error: %s\n",
                  kit::host::OneLine(error.what()).c_str());
