@@ -15,11 +15,10 @@
 #include "kit/host/commands/mask.h"
 #include "kit/host/commands/releases.h"
 #include "kit/host/commands/run_files.h"
-#include "kit/host/commands/status_line.h"
+#include "kit/host/commands/run_listener.h"
 #include "kit/host/failure.h"
+#include "kit/host/journal/pass_differences.h"
 #include "kit/host/process/interrupt.h"
-#include "kit/host/process/log_file.h"
-#include "kit/host/process/output_file.h"
 #include "kit/host/process/supervisor.h"
 #include "kit/host/report/report.h"
 #include "kit/host/report/verdict.h"
@@ -30,86 +29,6 @@ namespace kit::host {
 namespace {
 
 constexpr char kPasses[] = "ospf-passes.json";
-
-// Keeps what comes in and shows that something is happening.
-class RunListener : public Listener {
- public:
-  // stream: where calls are printed as they happen, or null. keep_calls: in
-  // the journal.
-  // differences: takes those of each stretch of a pass, or null.
-  RunListener(Journal& journal, bool keep_calls, LogFile* log, FILE* stream,
-              bool show_status, std::vector<Report::Differences>* differences,
-              Secrets& secrets)
-      : journal_(journal),
-        secrets_(secrets),
-        keep_calls_(keep_calls),
-        differences_(differences),
-        log_(log),
-        stream_(stream),
-        status_(show_status) {}
-
-  void OnSecrets(const std::vector<std::string>& values) override {
-    for (const std::string& value : values) secrets_.AddValue(value);
-  }
-  void OnLog(LogRecord record) override {
-    Mask(secrets_, record);
-    if (log_ != nullptr) log_->Write(record.text);
-    if (stream_ != nullptr) Print("log: " + RecordLine(record.text) + "\n");
-    journal_.Add(std::move(record));
-  }
-  void OnCall(CallRecord call) override {
-    Mask(secrets_, call);
-    if (stream_ != nullptr) Print(OneLine(RenderCall(call)) + "\n");
-    if (keep_calls_) journal_.Add(std::move(call));
-  }
-  void OnChange(ChangeRecord change) override {
-    // What the plug-in makes of a secret is one too.
-    if (change.after && secrets_.Covers(change.path + "/" + change.leaf)) {
-      secrets_.AddValue(*change.after);
-    }
-    Mask(secrets_, change);
-    if (stream_ != nullptr) Print(OneLine(RenderChange(change)) + "\n");
-    if (differences_ != nullptr) AddToPass(change);
-    if (keep_calls_) journal_.Add(std::move(change));
-  }
-  // To be called after the last change.
-  void EndPass() {
-    if (differences_ == nullptr) return;
-    std::vector<EntryDifference> entries = builder_.Take();
-    if (!entries.empty()) differences_->push_back({pass_, std::move(entries)});
-  }
-  void OnPass(PassTotals totals) override {
-    Mask(secrets_, totals);
-    journal_.Add(totals);
-  }
-  void OnRekeyed(const RekeyedEntries& entries) override {
-    journal_.Add(entries);
-  }
-  void OnTick(Phase phase, uint64_t calls) override {
-    if (stream_ != nullptr) std::fflush(stream_);
-    if (!status_.Due()) return;
-    status_.Show(fmt::format("{}, {}", Describe(phase),
-                             Counted(calls, "call", "calls")));
-  }
-
- private:
-  void Print(const std::string& text) { std::fputs(text.c_str(), stream_); }
-  void AddToPass(const ChangeRecord& change) {
-    if (change.pass != pass_) EndPass();
-    pass_ = change.pass;
-    builder_.Add(change);
-  }
-
-  Journal& journal_;
-  Secrets& secrets_;
-  bool keep_calls_;
-  std::vector<Report::Differences>* differences_;
-  uint32_t pass_ = 0;
-  DifferenceBuilder builder_;
-  LogFile* log_;
-  FILE* stream_;
-  StatusLine status_;
-};
 
 FILE* ReportStream(const RunOptions& options) {
   return options.output == "-" ? stderr : stdout;
@@ -182,7 +101,7 @@ void AddContext(Report& report) {
 }
 
 // Of the whole run, out of its outcome.
-Report::Differences TotalOf(Report& report) {
+Differences TotalOf(Report& report) {
   std::vector<EntryDifference> entries;
   for (control::EntryChange& entry : report.entries) {
     entries.push_back(ToDifference(std::move(entry)));
@@ -241,25 +160,27 @@ void Upgrade(const RunOptions& options, Rehearsal& rehearsal) {
   Secrets secrets(options.show_secrets ? std::vector<std::string>()
                                        : catalogue.secrets);
   if (options.show_secrets) task.inspection.secrets = nullptr;
-  std::vector<Report::Differences> by_pass;
+  PassDifferences by_pass;
+  RunListening listening;
+  listening.log = log ? &*log : nullptr;
+  listening.keep_calls = options.trace && options.json;
+  if (options.trace && !options.json) {
+    listening.stream = ReportStream(options);
+  }
+  listening.show_status = !options.quiet && !options.trace;
+  if (options.diff_by_pass) listening.views.push_back(&by_pass);
   {
-    const bool keep_calls = options.trace && options.json;
-    RunListener listener(
-        journal, keep_calls, log ? &*log : nullptr,
-        options.trace && !options.json ? ReportStream(options) : nullptr,
-        !options.quiet && !options.trace,
-        options.diff_by_pass ? &by_pass : nullptr, secrets);
+    RunListener listener(journal, secrets, listening);
     rehearsal.report =
         Report(Supervise(task,
-                         {options.timeout_s, keep_calls,
+                         {options.timeout_s, listening.keep_calls,
                           rehearsal.output ? rehearsal.output->fd() : -1},
                          listener));
-    listener.EndPass();
   }
   rehearsal.report.journal = std::move(journal);
   rehearsal.report.passes = task.passes;
   Mask(secrets, rehearsal.report);
-  rehearsal.report.differences = std::move(by_pass);
+  rehearsal.report.differences = by_pass.Take();
   if (options.diff)
     rehearsal.report.differences.push_back(TotalOf(rehearsal.report));
   CompleteFindings(catalogue, rehearsal.report);

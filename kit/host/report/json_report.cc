@@ -200,7 +200,7 @@ bool HasDefault(const EntryDifference& entry, const control::LeafChange& leaf) {
 
 Json EntriesJson(const Report& report) {
   Json entries = Json::array();
-  for (const Report::Differences& part : report.differences) {
+  for (const Differences& part : report.differences) {
     for (const EntryDifference& entry : part.entries) {
       Json leaves = Json::array();
       for (const control::LeafChange& leaf : entry.leaves) {

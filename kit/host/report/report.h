@@ -13,6 +13,7 @@
 #include "kit/host/finding.h"
 #include "kit/host/journal/differences.h"
 #include "kit/host/journal/journal.h"
+#include "kit/host/journal/pass_differences.h"
 #include "kit/host/passes.h"
 #include "kit/host/process/outcome.h"
 #include "kit/host/report/screen.h"
@@ -25,10 +26,6 @@ struct Report : Outcome {
 
   Journal journal;
   // With --diff: of the whole run, or of each stretch of a pass in their order.
-  struct Differences {
-    std::optional<uint32_t> pass;
-    std::vector<EntryDifference> entries;
-  };
   std::vector<Differences> differences;
   PassTable passes;                   // that the journal's numbers refer to
   std::optional<std::string> output;  // where the result was written

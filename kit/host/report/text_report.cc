@@ -410,7 +410,7 @@ std::string RenderFindings(const std::vector<Finding>& findings,
 namespace {
 
 void AppendDifferences(const Report& report, std::string& text) {
-  for (const Report::Differences& part : report.differences) {
+  for (const Differences& part : report.differences) {
     if (part.entries.empty()) continue;
     if (part.pass) {
       text += PassTitle(report, *part.pass) + ":\n";
