@@ -25,13 +25,16 @@ void OccupyStandardDescriptors() {
   if (fd > STDERR_FILENO) close(fd);
 }
 
+ExitCode Start(const RunOptions& options) { return Run(options); }
+
 ExitCode Main(int argc, char** argv) {
   OccupyStandardDescriptors();
   const auto parsed = ParseCommandLine(argc, argv, std::cout, std::cerr);
   if (const auto* code = std::get_if<ExitCode>(&parsed)) return *code;
   InstallInterruptHandlers();
   signal(SIGXFSZ, SIG_IGN);  // a write past a limit fails like any other
-  return Run(std::get<RunOptions>(parsed));
+  return std::visit([](const auto& options) { return Start(options); },
+                    std::get<CommandOptions>(parsed));
 }
 
 }  // namespace

@@ -129,159 +129,233 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
-void AddFiles(CLI::App& run, RunOptions& options) {
-  run.add_option("CONFIG", options.config,
-                 "Pre-upgrade configuration, XML or JSON (RFC 7951), plain or "
-                 "as saved or returned by NETCONF; - is standard input")
+void AddConfig(CLI::App& command, std::string& config) {
+  command
+      .add_option("CONFIG", config,
+                  "Pre-upgrade configuration, XML or JSON (RFC 7951), plain or "
+                  "as saved or returned by NETCONF; - is standard input")
       ->required()
       ->type_name("FILE")
       ->check(CheckNotEmpty);
-  run.add_option("--max-size", options.max_size_mib,
-                 "Refuse a configuration of more than N MiB")
-      ->type_name("N")
-      ->capture_default_str()
-      ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 20).description(""));
-  run.add_option("-o,--output", options.output,
-                 "Write the upgraded configuration to FILE; - is standard "
-                 "output, the report then goes to standard error")
-      ->type_name("FILE")
-      ->check(CheckNotEmpty);
-  run.add_flag("--force", options.force,
-               "Replace the FILE of -o or --log if it exists; the new output "
-               "gets its owner, group and permissions");
 }
 
-// What the command line says that is not an option's value as it stands.
-struct Raw {
-  std::vector<std::string> namespaces;
-  std::string format;
-  std::string schemas;
-  std::string unknown = "carry";
-  std::string log;
-  std::string diff;
-  bool verbose = false;
+// The options that say what is upgraded, by what, and into what.
+class UpgradeParser {
+ public:
+  explicit UpgradeParser(UpgradeOptions& options) : options_(options) {}
+
+  void AddTo(CLI::App& command) {
+    AddPlugin(command);
+    AddModels(command);
+    AddLimits(command);
+  }
+
+  // To be called once the command line is parsed.
+  void Finish() {
+    options_.schemas_loaded = schemas_ != "none";
+    if (unknown_ == "refuse") {
+      options_.unknown_modules = control::UnknownModules::kRefuse;
+    }
+    options_.namespace_hashes = DeviceNamespaceHashes();
+    for (const std::string& text : namespaces_) {
+      const auto hash = ParseNamespace(text);
+      options_.namespace_hashes[hash->first] = hash->second;
+      options_.named_modules.push_back(hash->first);
+    }
+  }
+
+ private:
+  void AddPlugin(CLI::App& command) {
+    command
+        .add_option("--plugin", options_.plugin,
+                    "Plug-in to run instead of the one installed beside this "
+                    "program")
+        ->type_name("FILE")
+        ->check(CheckNotEmpty);
+    command
+        .add_option("--schemas", schemas_,
+                    "Whether the plug-in finds ConfD's schemas loaded into its "
+                    "process, which is up to a device's upgrade framework; "
+                    "loaded by default")
+        ->type_name("loaded|none")
+        ->check(CLI::IsMember({"loaded", "none"}).description(""));
+    command
+        .add_option(
+            "--rules", options_.rules,
+            "Rules of your own for what needs a look (docs/findings.md); "
+            "may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->check(CheckNotEmpty);
+    command
+        .add_option(
+            "--passes", options_.passes,
+            "Table of the passes of another plug-in, by what it logs at "
+            "their start and end (docs/findings.md)")
+        ->type_name("FILE")
+        ->check(CheckNotEmpty);
+    command.add_flag(
+        "--show-secrets", options_.show_secrets,
+        "Show passwords and keys, which are **** otherwise; the output "
+        "has them in any case");
+  }
+
+  void AddModels(CLI::App& command) {
+    CLI::Option* from = command
+                            .add_option("--from", options_.from,
+                                        "Release that the configuration is of")
+                            ->type_name("before|intermediate|after")
+                            ->capture_default_str()
+                            ->check(CLI::IsMember(std::vector<std::string>(
+                                                      std::begin(kReleases),
+                                                      std::end(kReleases)))
+                                        .description(""));
+    command
+        .add_option(
+            "--yang-before", options_.yang_before,
+            "Folder with the data models before the upgrade, in place of "
+            "--from")
+        ->type_name("DIR")
+        ->check(CheckNotEmpty)
+        ->excludes(from);
+    command
+        .add_option("--yang-after", options_.yang_after,
+                    "Folder with the data models after the upgrade")
+        ->type_name("DIR")
+        ->check(CheckNotEmpty);
+    command
+        .add_option("--namespace", namespaces_,
+                    "Namespace hash of a module, decimal or 0x...; may be "
+                    "repeated")
+        ->type_name("MODULE=HASH")
+        ->allow_extra_args(false)
+        ->check(CheckNamespace);
+    command
+        .add_option(
+            "--unknown", unknown_,
+            "What becomes of modules that no model knows: carried through "
+            "as they are, or refused")
+        ->type_name("carry|refuse")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"carry", "refuse"}).description(""));
+  }
+
+  void AddLimits(CLI::App& command) {
+    command
+        .add_option("--max-size", options_.max_size_mib,
+                    "Refuse a configuration of more than N MiB")
+        ->type_name("N")
+        ->capture_default_str()
+        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 20).description(""));
+    command
+        .add_option("--timeout", options_.timeout_s,
+                    "Give up when the plug-in, or any other step of the run "
+                    "(reading, parsing, validating, comparing, saving), takes "
+                    "longer than S seconds; 0 is never. Time in which nobody "
+                    "reads what is printed does not count")
+        ->type_name("S")
+        ->capture_default_str()
+        ->check(CheckTimeout);
+  }
+
+  UpgradeOptions& options_;
+  std::vector<std::string> namespaces_;
+  std::string schemas_;
+  std::string unknown_ = "carry";
 };
 
-void AddUpgrade(CLI::App& run, RunOptions& options, Raw& raw) {
-  run.add_option("--format", raw.format,
-                 "Format of the output; the input's by default")
-      ->type_name("xml|json")
-      ->check(CLI::IsMember({"xml", "json"}).description(""));
-  run.add_option("--plugin", options.plugin,
-                 "Plug-in to run instead of the one installed beside this "
-                 "program")
-      ->type_name("FILE")
-      ->check(CheckNotEmpty);
-  CLI::Option* from =
-      run.add_option("--from", options.from,
-                     "Release that the configuration is of")
-          ->type_name("before|intermediate|after")
-          ->capture_default_str()
-          ->check(CLI::IsMember(std::vector<std::string>(std::begin(kReleases),
-                                                         std::end(kReleases)))
-                      .description(""));
-  run.add_option("--yang-before", options.yang_before,
-                 "Folder with the data models before the upgrade, in place of "
-                 "--from")
-      ->type_name("DIR")
-      ->check(CheckNotEmpty)
-      ->excludes(from);
-  run.add_option("--yang-after", options.yang_after,
-                 "Folder with the data models after the upgrade")
-      ->type_name("DIR")
-      ->check(CheckNotEmpty);
-  run.add_option("--namespace", raw.namespaces,
-                 "Namespace hash of a module, decimal or 0x...; may be "
-                 "repeated")
-      ->type_name("MODULE=HASH")
-      ->allow_extra_args(false)
-      ->check(CheckNamespace);
-  run.add_option("--unknown", raw.unknown,
-                 "What becomes of modules that no model knows: carried through "
-                 "as they are, or refused")
-      ->type_name("carry|refuse")
-      ->capture_default_str()
-      ->check(CLI::IsMember({"carry", "refuse"}).description(""));
-  run.add_option("--schemas", raw.schemas,
-                 "Whether the plug-in finds ConfD's schemas loaded into its "
-                 "process, which is up to a device's upgrade framework; "
-                 "loaded by default")
-      ->type_name("loaded|none")
-      ->check(CLI::IsMember({"loaded", "none"}).description(""));
-  run.add_option("--timeout", options.timeout_s,
-                 "Give up when the plug-in, or any other step of the run "
-                 "(reading, parsing, validating, comparing, saving), takes "
-                 "longer than S seconds; 0 is never. Time in which nobody "
-                 "reads what is printed does not count")
-      ->type_name("S")
-      ->capture_default_str()
-      ->check(CheckTimeout);
-}
+class RunParser {
+ public:
+  explicit RunParser(CLI::App& app)
+      : command_(
+            *app.add_subcommand("run", "Run the plug-in on one configuration")),
+        upgrade_(options_) {
+    command_.footer(std::string(kExitCodes) + "\n\n" + kJsonKeys);
+    AddConfig(command_, options_.config);
+    AddOutput();
+    upgrade_.AddTo(command_);
+    AddViews();
+    AddSeverity();
+  }
 
-void AddReport(CLI::App& run, RunOptions& options, Raw& raw) {
-  CLI::Option* quiet =
-      run.add_flag("--quiet", options.quiet, "Print errors only");
-  run.add_flag(
-      std::string("--log{") + kShowLog + "}", raw.log,
-      "Show the plug-in's log; --log=FILE writes it to FILE, one record per "
-      "line, as they come");
-  CLI::Option* trace =
-      run.add_flag("--trace", options.trace,
-                   "Print every ConfD call, what it changed, and every log "
-                   "record as they happen");
-  CLI::Option* verbose = run.add_flag(
-      "--verbose", raw.verbose,
-      "--log and --trace, and for each finding where and what to do about it");
-  CLI::Option* diff =
-      run.add_flag("--diff{run}", raw.diff,
-                   "Print every entry that the plug-in created (+), deleted "
-                   "(-), changed (~), gave other keys (>) or another place "
-                   "(^); --diff=pass pass by pass")
-          ->check(CLI::IsMember({"run", "pass"}).description(""));
-  CLI::Option* json = run.add_flag("--json", options.json,
-                                   "Print the report as one JSON object");
-  quiet->excludes(trace)->excludes(verbose)->excludes(diff)->excludes(json);
-  run.add_flag("--show-secrets", options.show_secrets,
-               "Show passwords and keys, which are **** otherwise; the output "
-               "has them in any case");
-  run.add_flag("--strict", options.strict,
-               "Findings that ask for a look, or to stop, are a failure (exit "
-               "code 7)");
-  run.add_option("--rules", options.rules,
-                 "Rules of your own for what needs a look (docs/findings.md); "
-                 "may be repeated")
-      ->type_name("FILE")
-      ->allow_extra_args(false)
-      ->check(CheckNotEmpty);
-  run.add_option("--passes", options.passes,
-                 "Table of the passes of another plug-in, by what it logs at "
-                 "their start and end (docs/findings.md)")
-      ->type_name("FILE")
-      ->check(CheckNotEmpty);
-}
+  bool is_wanted() const { return command_.parsed(); }
 
-void TakeRaw(const Raw& raw, RunOptions& options) {
-  if (!raw.format.empty()) {
-    options.format =
-        raw.format == "xml" ? control::Format::kXml : control::Format::kJson;
+  RunOptions Take() {
+    upgrade_.Finish();
+    if (!format_.empty()) {
+      options_.format =
+          format_ == "xml" ? control::Format::kXml : control::Format::kJson;
+    }
+    options_.show_log = verbose_ || log_ == kShowLog;
+    if (!log_.empty() && log_ != kShowLog) options_.log = log_;
+    options_.trace = options_.trace || verbose_;
+    options_.details = verbose_;
+    options_.diff = diff_ == "run";
+    options_.diff_by_pass = diff_ == "pass";
+    return std::move(options_);
   }
-  options.schemas_loaded = raw.schemas != "none";
-  if (raw.unknown == "refuse") {
-    options.unknown_modules = control::UnknownModules::kRefuse;
+
+ private:
+  void AddOutput() {
+    command_
+        .add_option("-o,--output", options_.output,
+                    "Write the upgraded configuration to FILE; - is standard "
+                    "output, the report then goes to standard error")
+        ->type_name("FILE")
+        ->check(CheckNotEmpty);
+    command_.add_flag(
+        "--force", options_.force,
+        "Replace the FILE of -o or --log if it exists; the new output "
+        "gets its owner, group and permissions");
+    command_
+        .add_option("--format", format_,
+                    "Format of the output; the input's by default")
+        ->type_name("xml|json")
+        ->check(CLI::IsMember({"xml", "json"}).description(""));
   }
-  options.namespace_hashes = DeviceNamespaceHashes();
-  for (const std::string& text : raw.namespaces) {
-    const auto hash = ParseNamespace(text);
-    options.namespace_hashes[hash->first] = hash->second;
-    options.named_modules.push_back(hash->first);
+
+  void AddViews() {
+    CLI::Option* quiet =
+        command_.add_flag("--quiet", options_.quiet, "Print errors only");
+    command_.add_flag(
+        std::string("--log{") + kShowLog + "}", log_,
+        "Show the plug-in's log; --log=FILE writes it to FILE, one record per "
+        "line, as they come");
+    CLI::Option* trace = command_.add_flag(
+        "--trace", options_.trace,
+        "Print every ConfD call, what it changed, and every log "
+        "record as they happen");
+    CLI::Option* verbose =
+        command_.add_flag("--verbose", verbose_,
+                          "--log and --trace, and for each finding where and "
+                          "what to do about it");
+    CLI::Option* diff =
+        command_
+            .add_flag("--diff{run}", diff_,
+                      "Print every entry that the plug-in created (+), deleted "
+                      "(-), changed (~), gave other keys (>) or another place "
+                      "(^); --diff=pass pass by pass")
+            ->check(CLI::IsMember({"run", "pass"}).description(""));
+    CLI::Option* json = command_.add_flag(
+        "--json", options_.json, "Print the report as one JSON object");
+    quiet->excludes(trace)->excludes(verbose)->excludes(diff)->excludes(json);
   }
-  options.show_log = raw.verbose || raw.log == kShowLog;
-  if (!raw.log.empty() && raw.log != kShowLog) options.log = raw.log;
-  options.trace = options.trace || raw.verbose;
-  options.details = raw.verbose;
-  options.diff = raw.diff == "run";
-  options.diff_by_pass = raw.diff == "pass";
-}
+
+  void AddSeverity() {
+    command_.add_flag(
+        "--strict", options_.strict,
+        "Findings that ask for a look, or to stop, are a failure (exit "
+        "code 7)");
+  }
+
+  RunOptions options_;
+  CLI::App& command_;
+  UpgradeParser upgrade_;
+  std::string format_;
+  std::string log_;
+  std::string diff_;
+  bool verbose_ = false;
+};
 
 // Whether a word that is no option follows --log, which would be its file if
 // --log alone did not mean something else.
@@ -296,10 +370,10 @@ bool HasDetachedLogFile(int argc, const char* const* argv) {
 
 }  // namespace
 
-std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
-                                                    const char* const* argv,
-                                                    std::ostream& out,
-                                                    std::ostream& err) {
+std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
+                                                        const char* const* argv,
+                                                        std::ostream& out,
+                                                        std::ostream& err) {
   CLI::App app(
       "Rehearses the upgrade of a device's configuration: runs the upgrade "
       "plug-in on a copy of it and reports what it did. Unless others are "
@@ -310,14 +384,7 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
   app.require_subcommand(0, 1);  // checked below, with a better message
   app.footer(kExitCodes);
 
-  RunOptions options;
-  Raw raw;
-  CLI::App* run =
-      app.add_subcommand("run", "Run the plug-in on one configuration");
-  run->footer(std::string(kExitCodes) + "\n\n" + kJsonKeys);
-  AddFiles(*run, options);
-  AddUpgrade(*run, options, raw);
-  AddReport(*run, options, raw);
+  RunParser run(app);
 
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return OneLine(error.what()) + "\nRun with --help for more information.\n";
@@ -333,13 +400,10 @@ std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
     }
     return out.flush() ? ExitCode::kSuccess : ExitCode::kOutputFailed;
   }
-  if (!run->parsed()) {
-    err << "A subcommand is required: run\n"
-           "Run with --help for more information.\n";
-    return ExitCode::kBadInput;
-  }
-  TakeRaw(raw, options);
-  return options;
+  if (run.is_wanted()) return run.Take();
+  err << "A subcommand is required: run\n"
+         "Run with --help for more information.\n";
+  return ExitCode::kBadInput;
 }
 
 }  // namespace kit::host

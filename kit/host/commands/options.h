@@ -18,12 +18,9 @@ namespace kit::host {
 // The releases whose data models come with this program, the oldest first.
 inline constexpr const char* kReleases[] = {"before", "intermediate", "after"};
 
-struct RunOptions {
-  std::string config;                 // "-" is standard input
-  uint64_t max_size_mib = 1024;       // of the configuration
-  std::optional<std::string> output;  // "-" is standard output
-  bool force = false;
-  std::optional<control::Format> format;  // none: the input's
+// Of the commands that run upgrades.
+struct UpgradeOptions {
+  uint64_t max_size_mib = 1024;  // of a configuration
   std::optional<std::string> plugin;
   std::string from = "before";             // one of kReleases
   std::optional<std::string> yang_before;  // in its place
@@ -35,9 +32,16 @@ struct RunOptions {
   double timeout_s = 60;  // of the plug-in and of each other step; 0: none
   std::vector<std::string> rules;     // files with a site's own
   std::optional<std::string> passes;  // file with the table of passes
-  std::optional<std::string> log;     // file that takes the records
   bool show_secrets = false;
-  bool strict = false;  // what needs a look is a failure
+};
+
+struct RunOptions : UpgradeOptions {
+  std::string config;                 // "-" is standard input
+  std::optional<std::string> output;  // "-" is standard output
+  bool force = false;
+  std::optional<control::Format> format;  // none: the input's
+  std::optional<std::string> log;         // file that takes the records
+  bool strict = false;                    // what needs a look is a failure
   // What is shown besides the first screen.
   bool quiet = false;
   bool show_log = false;
@@ -48,12 +52,15 @@ struct RunOptions {
   bool json = false;
 };
 
-// The options of a run; or the code to exit with at once, after help, version
+// The options of one command.
+using CommandOptions = std::variant<RunOptions>;
+
+// What to do; or the code to exit with at once, after help, version
 // or a usage error was printed to `out` or `err`.
-std::variant<RunOptions, ExitCode> ParseCommandLine(int argc,
-                                                    const char* const* argv,
-                                                    std::ostream& out,
-                                                    std::ostream& err);
+std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
+                                                        const char* const* argv,
+                                                        std::ostream& out,
+                                                        std::ostream& err);
 
 }  // namespace kit::host
 

@@ -30,7 +30,7 @@ std::optional<fs::path> ShippedModels(const std::string& release) {
 
 class Finder {
  public:
-  explicit Finder(const RunOptions& options) : options_(options) {
+  explicit Finder(const UpgradeOptions& options) : options_(options) {
     found_.before = options.yang_before ? fs::path(*options.yang_before)
                                         : DefaultModels(options.from);
     found_.after = options.yang_after ? fs::path(*options.yang_after)
@@ -65,13 +65,13 @@ class Finder {
     found_.others.push_back({{name, models}, meaning, advice});
   }
 
-  const RunOptions& options_;
+  const UpgradeOptions& options_;
   Releases found_;
 };
 
 }  // namespace
 
-Releases FindReleases(const RunOptions& options) {
+Releases FindReleases(const UpgradeOptions& options) {
   return Finder(options).Find();
 }
 

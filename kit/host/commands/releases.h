@@ -19,7 +19,7 @@ struct Releases {
 };
 
 // Throws FailureError (kBadInput) where models that are needed are missing.
-Releases FindReleases(const RunOptions& options);
+Releases FindReleases(const UpgradeOptions& options);
 
 }  // namespace kit::host
 
