@@ -107,11 +107,37 @@ InputError::InputError(std::string file, std::vector<InputFault> faults,
       more_(more),
       fits_(std::move(fits)) {}
 
+struct Models::Impl {
+  std::shared_ptr<const store::Models> models;
+};
+
+Models::Models(std::shared_ptr<const Impl> impl) : impl_(std::move(impl)) {}
+Models::Models(const Models&) = default;
+Models& Models::operator=(const Models&) = default;
+Models::~Models() = default;
+
+Models Models::Load(const ModelSet& before, const ModelSet& after) {
+  try {
+    auto models = std::make_shared<const store::Models>(
+        before.directory, after.directory, before.namespace_hashes,
+        after.namespace_hashes);
+    store::RequireMemory();
+    return Models(std::make_shared<const Impl>(Impl{std::move(models)}));
+  } catch (const store::SchemaError& error) {
+    store::RequireMemory();  // or it may say something else
+    throw ModelError(error.what());
+  }
+}
+
+bool Models::HasModule(const std::string& name) const {
+  return impl_->models->before.HasModule(name) ||
+         impl_->models->after.HasModule(name);
+}
+
 struct Database::Impl {
-  Impl(const ModelSet& before, const ModelSet& after, std::string text,
+  Impl(std::shared_ptr<const store::Models> models, std::string text,
        const std::vector<Release>& others, UnknownModules unknown)
-      : database(before.directory, after.directory, before.namespace_hashes,
-                 after.namespace_hashes, std::move(text), ToReleases(others),
+      : database(std::move(models), std::move(text), ToReleases(others),
                  unknown == UnknownModules::kCarry) {}
   ~Impl() {
     if (!handles) return;
@@ -137,14 +163,19 @@ Database Database::Open(const ModelSet& before, const ModelSet& after,
                         std::string text, const std::string& name,
                         const std::vector<Release>& others,
                         UnknownModules unknown) {
+  return Open(Models::Load(before, after), std::move(text), name, others,
+              unknown);
+}
+
+Database Database::Open(const Models& models, std::string text,
+                        const std::string& name,
+                        const std::vector<Release>& others,
+                        UnknownModules unknown) {
   try {
-    Database database(std::make_unique<Impl>(before, after, std::move(text),
-                                             others, unknown));
+    Database database(std::make_unique<Impl>(models.impl_->models,
+                                             std::move(text), others, unknown));
     store::RequireMemory();
     return database;
-  } catch (const store::SchemaError& error) {
-    store::RequireMemory();  // or it may say something else
-    throw ModelError(error.what());
   } catch (const store::MisfitError& error) {
     store::RequireMemory();
     throw InputError(name, ToFaults(error), error.more, error.fits);
@@ -158,11 +189,6 @@ Format Database::input_format() const {
   return impl_->database.envelope().syntax == store::Syntax::kXml
              ? Format::kXml
              : Format::kJson;
-}
-
-bool Database::HasModule(const std::string& name) const {
-  return impl_->database.running().schema().HasModule(name) ||
-         impl_->database.transaction().schema().HasModule(name);
 }
 
 std::vector<CarriedModule> Database::CarriedModules() const {

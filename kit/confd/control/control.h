@@ -205,12 +205,37 @@ struct MovedDefault {
 // Where memory has run out, in a call of the C API too, what follows may differ
 // from what would have been: from then on every member that gives a result
 // throws std::bad_alloc.
+// The models of both sides, ready for use, by any number of databases. Copies
+// are the same models.
+class KIT_CONTROL_EXPORT Models {
+ public:
+  // Takes longer than the upgrade of a small configuration. Throws ModelError.
+  static Models Load(const ModelSet& before, const ModelSet& after);
+  Models(const Models&);
+  Models& operator=(const Models&);
+  ~Models();
+
+  // Whether one side, or both, have a module of this name.
+  bool HasModule(const std::string& name) const;
+
+ private:
+  friend class Database;
+  struct Impl;
+  explicit Models(std::shared_ptr<const Impl> impl);
+  std::shared_ptr<const Impl> impl_;
+};
+
 class KIT_CONTROL_EXPORT Database {
  public:
   // Reads a configuration (XML or JSON, told apart by content) of the old
-  // models. `name` stands for it in messages. Throws ModelError, InputError,
-  // which says which of `others` the configuration fits where it does not fit
-  // the old models.
+  // models. `name` stands for it in messages. Throws InputError, which says
+  // which of `others` the configuration fits where it does not fit the old
+  // models.
+  static Database Open(const Models& models, std::string text,
+                       const std::string& name,
+                       const std::vector<Release>& others = {},
+                       UnknownModules unknown = UnknownModules::kRefuse);
+  // With models of its own. Throws ModelError too.
   static Database Open(const ModelSet& before, const ModelSet& after,
                        std::string text, const std::string& name,
                        const std::vector<Release>& others = {},
@@ -220,9 +245,6 @@ class KIT_CONTROL_EXPORT Database {
   ~Database();  // detaches
 
   Format input_format() const;
-
-  // Whether the models of one side, or both, have a module of this name.
-  bool HasModule(const std::string& name) const;
 
   // In the order of the configuration.
   std::vector<CarriedModule> CarriedModules() const;

@@ -46,33 +46,28 @@ Document Read(std::string text, const KnowsModule& knows, Data& data,
 
 }  // namespace
 
-Database::Database(const std::filesystem::path& models_before,
-                   const std::filesystem::path& models_after,
-                   const LeafType::NamespaceHashes& hashes_before,
-                   const LeafType::NamespaceHashes& hashes_after,
-                   std::string text, const std::vector<Release>& releases,
-                   bool carries_unknown)
-    : schema_before_(models_before, hashes_before),
-      schema_after_(models_after, hashes_after),
-      running_(schema_before_),
+Database::Database(std::shared_ptr<const Models> models, std::string text,
+                   const std::vector<Release>& releases, bool carries_unknown)
+    : models_(std::move(models)),
+      running_(models_->before),
       document_(Read(std::move(text),
                      carries_unknown
-                         ? ModulesOf({&schema_before_, &schema_after_})
+                         ? ModulesOf({&models_->before, &models_->after})
                          : KnowsModule(),
                      running_, releases)),
-      transaction_(UpgradeAutomatically(running_, schema_after_, &losses_)) {}
+      transaction_(UpgradeAutomatically(running_, models_->after, &losses_)) {}
 
 std::vector<BrokenConstraint> Database::Validate() const {
   std::vector<BrokenConstraint> broken = ValidateData(transaction_);
   for (BrokenConstraint& one : broken) {
-    one.path = KeyPathOf(schema_after_, one.path);
-    one.reason = WithKeyPaths(schema_after_, one.reason);
+    one.path = KeyPathOf(models_->after, one.path);
+    one.reason = WithKeyPaths(models_->after, one.reason);
   }
   return broken;
 }
 
 Data Database::StartOfTransaction() const {
-  return UpgradeAutomatically(running_, schema_after_, nullptr);
+  return UpgradeAutomatically(running_, models_->after, nullptr);
 }
 
 }  // namespace kit::store

@@ -4,6 +4,7 @@
 #define KIT_CONFD_UPGRADE_DATABASE_H_
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,16 +34,27 @@ struct Release {
   std::filesystem::path models;
 };
 
+// The data models of both sides.
+struct Models {
+  // Throws SchemaError.
+  Models(const std::filesystem::path& before_folder,
+         const std::filesystem::path& after_folder,
+         const LeafType::NamespaceHashes& before_hashes,
+         const LeafType::NamespaceHashes& after_hashes)
+      : before(before_folder, before_hashes),
+        after(after_folder, after_hashes) {}
+
+  const Schema before;
+  const Schema after;
+};
+
 class Database {
  public:
-  // Loads the models, reads the configuration and starts the transaction.
-  // Throws SchemaError, DocumentError; MisfitError where it is one of the
-  // `releases` that makes a configuration of the text. `carries_unknown`: what
-  // is of modules that neither side knows is kept apart, and no fault.
-  Database(const std::filesystem::path& models_before,
-           const std::filesystem::path& models_after,
-           const LeafType::NamespaceHashes& hashes_before,
-           const LeafType::NamespaceHashes& hashes_after, std::string text,
+  // Reads the configuration and starts the transaction. Throws DocumentError;
+  // MisfitError where it is one of the `releases` that makes a configuration of
+  // the text. `carries_unknown`: what is of modules that neither side knows is
+  // kept apart, and no fault.
+  Database(std::shared_ptr<const Models> models, std::string text,
            const std::vector<Release>& releases = {},
            bool carries_unknown = false);
 
@@ -62,8 +74,7 @@ class Database {
   Data StartOfTransaction() const;
 
  private:
-  Schema schema_before_;
-  Schema schema_after_;
+  std::shared_ptr<const Models> models_;
   Data running_;
   Document document_;  // without its text
   std::vector<Loss> losses_;

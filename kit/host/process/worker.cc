@@ -86,11 +86,27 @@ std::string ReadConfig(const std::string& config, uint64_t max_mib) {
   return text;
 }
 
+void RequireModules(const control::Models& models,
+                    const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    if (models.HasModule(name)) continue;
+    throw FailureError(
+        {ExitCode::kBadInput,
+         fmt::format("--namespace {}: no data model has this name",
+                     Shortened(name, kMaxQuote)),
+         "name a module of --yang-before or --yang-after"});
+  }
+}
+
 control::Database OpenDatabase(const WorkerTask& task, std::string text) {
   try {
     std::vector<control::Release> others;
     for (const KnownRelease& one : task.releases) others.push_back(one.release);
-    return control::Database::Open(task.before, task.after, std::move(text),
+    const control::Models models =
+        task.models ? *task.models
+                    : control::Models::Load(task.before, task.after);
+    RequireModules(models, task.named_modules);
+    return control::Database::Open(models, std::move(text),
                                    ConfigName(task.config), others,
                                    task.unknown_modules);
   } catch (const control::InputError& error) {
@@ -101,18 +117,6 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
          fmt::format("the data models cannot be used: {}", error.what()),
          "correct the models, or name the folders of others "
          "with --yang-before and --yang-after"});
-  }
-}
-
-void RequireModules(const control::Database& database,
-                    const std::vector<std::string>& names) {
-  for (const std::string& name : names) {
-    if (database.HasModule(name)) continue;
-    throw FailureError(
-        {ExitCode::kBadInput,
-         fmt::format("--namespace {}: no data model has this name",
-                     Shortened(name, kMaxQuote)),
-         "name a module of --yang-before or --yang-after"});
   }
 }
 
@@ -238,7 +242,6 @@ class Worker {
     std::string text = ReadConfig(task_.config, task_.max_size_mib);
     Enter(Phase::kParsing);
     control::Database database = OpenDatabase(task_, std::move(text));
-    RequireModules(database, task_.named_modules);
     TellCarried(database);
     channel_.Send(InputMessage{database.input_format()});
     for (const control::Loss& loss : database.Losses()) {

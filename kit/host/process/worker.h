@@ -27,8 +27,9 @@ struct WorkerTask {
   std::string plugin;
   control::ModelSet before;
   control::ModelSet after;
-  std::string release;                 // how messages call `before`
-  std::vector<KnownRelease> releases;  // that the configuration may be of
+  std::optional<control::Models> models;  // the two, where they are loaded
+  std::string release;                    // how messages call `before`
+  std::vector<KnownRelease> releases;     // that the configuration may be of
   control::UnknownModules unknown_modules = control::UnknownModules::kCarry;
   std::vector<std::string> named_modules;  // that one of the sets has to have
   std::optional<control::Format> format;   // none: the input's

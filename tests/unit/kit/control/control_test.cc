@@ -6,22 +6,23 @@
 #include <confd_maapi.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <vector>
 
 namespace kit::control {
 namespace {
 
-std::string Models(const std::string& name) {
+std::string Folder(const std::string& name) {
   return std::string(TEST_SOURCE_ROOT) + "/tests/models/" + name;
 }
 
 Database OpenRules(const std::string& text) {
-  return Database::Open({Models("rules"), {}}, {Models("rules"), {}}, text,
+  return Database::Open({Folder("rules"), {}}, {Folder("rules"), {}}, text,
                         "rules.xml");
 }
 
 Database OpenZoo(const std::string& text) {
-  return Database::Open({Models("zoo"), {}}, {Models("zoo"), {}}, text, "zoo");
+  return Database::Open({Folder("zoo"), {}}, {Folder("zoo"), {}}, text, "zoo");
 }
 
 constexpr char kRules[] =
@@ -108,10 +109,10 @@ TEST_F(ControlTest, InputThatTheOldModelsRejectIsAnInputError) {
 }
 
 TEST_F(ControlTest, AConfigurationThatFitsOtherModelsIsSaidToFitThem) {
-  const ModelSet zoo{Models("zoo"), {}};
-  const std::vector<Release> others = {{"zoo", Models("zoo")},
-                                       {"rules", Models("rules")},
-                                       {"gone", Models("gone")}};
+  const ModelSet zoo{Folder("zoo"), {}};
+  const std::vector<Release> others = {{"zoo", Folder("zoo")},
+                                       {"rules", Folder("rules")},
+                                       {"gone", Folder("gone")}};
   for (const auto& [text, fits] : std::map<std::string, Lines>{
            {kRules, {"rules"}},
            {"{\"rules:top\": {\"load\": 1}}", {"rules"}},
@@ -128,21 +129,37 @@ TEST_F(ControlTest, AConfigurationThatFitsOtherModelsIsSaidToFitThem) {
 }
 
 TEST_F(ControlTest, ModelsThatCanNotBeUsedAreModelErrors) {
-  ModelSet rules{Models("rules"), {}};
-  ModelSet absent{Models("absent"), {}};
+  ModelSet rules{Folder("rules"), {}};
+  ModelSet absent{Folder("absent"), {}};
   EXPECT_THROW(Database::Open(absent, rules, kRules, "x"), ModelError);
   EXPECT_THROW(Database::Open(rules, absent, kRules, "x"), ModelError);
   try {
     Database::Open(absent, rules, kRules, "x");
   } catch (const ModelError& error) {
-    EXPECT_EQ(std::string(error.what()).find(Models("absent") + ": "), 0u);
+    EXPECT_EQ(std::string(error.what()).find(Folder("absent") + ": "), 0u);
   }
+}
+
+TEST_F(ControlTest, ModelsServeManyDatabasesAndOutliveTheirFirstOwner) {
+  std::optional<Models> models =
+      Models::Load({Folder("rules"), {}}, {Folder("rules"), {}});
+  EXPECT_TRUE(models->HasModule("rules"));
+  EXPECT_FALSE(models->HasModule("nobody"));
+  Database first = Database::Open(*models, kRules, "x");
+  std::optional<Database> second = Database::Open(*models, kRules, "x");
+  models.reset();
+  const Handles handles = second->Attach();
+  ASSERT_EQ(maapi_delete(handles.maapi_sock, handles.thandle, "/top/item{a}"),
+            CONFD_OK);
+  EXPECT_EQ(Saved(*second, Format::kXml).find("needed"), std::string::npos);
+  second.reset();
+  EXPECT_NE(Saved(first, Format::kXml).find("needed"), std::string::npos);
 }
 
 TEST_F(ControlTest, NamespaceHashesOfModulesThatAreMissingArePassedOver) {
   Database database =
-      Database::Open({Models("rules"), {{"nobody", 5}}},
-                     {Models("rules"), {{"rules", 6}}}, kRules, "x");
+      Database::Open({Folder("rules"), {{"nobody", 5}}},
+                     {Folder("rules"), {{"rules", 6}}}, kRules, "x");
   Handles handles = database.Attach();
   EXPECT_EQ(cdb_set_namespace(handles.cdb_sock, 5), CONFD_ERR);
   EXPECT_EQ(maapi_set_namespace(handles.maapi_sock, handles.thandle, 6),
@@ -281,7 +298,7 @@ Lines DiffOf(const Database& database) {
 
 TEST_F(ControlTest, DiffIsAgainstTheStartOfTheTransaction) {
   Database database = Database::Open(
-      {Models("growth/before"), {}}, {Models("growth/after"), {}},
+      {Folder("growth/before"), {}}, {Folder("growth/after"), {}},
       "<g xmlns=\"urn:test:growth\"><kept>1</kept><entry><id>7</id>"
       "<value>2</value></entry><entry><id>seven</id></entry></g>",
       "x");

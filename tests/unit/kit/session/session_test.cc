@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <memory>
 #include <system_error>
 #include <vector>
 
@@ -14,11 +15,11 @@ namespace {
 
 class SessionTest : public testing::Test {
  protected:
-  Database database_{ModelDirectory("zoo"),
-                     ModelDirectory("zoo"),
-                     {},
-                     {},
-                     "<shed xmlns=\"urn:test:zoo\"/>"};
+  Database database_{
+      std::make_shared<Models>(ModelDirectory("zoo"), ModelDirectory("zoo"),
+                               LeafType::NamespaceHashes(),
+                               LeafType::NamespaceHashes()),
+      "<shed xmlns=\"urn:test:zoo\"/>"};
   Sessions& sessions_ = Sessions::Instance();
 };
 

@@ -1,5 +1,7 @@
 #include "kit/confd/upgrade/automatic_upgrade.h"
 
+#include <memory>
+
 #include "kit/confd/upgrade/database.h"
 #include "tests/support/models.h"
 
@@ -8,8 +10,10 @@ namespace {
 
 // "PATH (VALUE): REASON" for each loss of a start with this configuration.
 std::vector<std::string> Losses(const std::string& inside) {
-  Database database(ModelDirectory("growth/before"),
-                    ModelDirectory("growth/after"), {}, {},
+  Database database(std::make_shared<Models>(ModelDirectory("growth/before"),
+                                             ModelDirectory("growth/after"),
+                                             LeafType::NamespaceHashes(),
+                                             LeafType::NamespaceHashes()),
                     "<g xmlns=\"urn:test:growth\">" + inside + "</g>");
   std::vector<std::string> losses;
   for (const Loss& loss : database.losses()) {
