@@ -34,7 +34,7 @@ FILE* ReportStream(const RunOptions& options) {
   return options.output == "-" ? stderr : stdout;
 }
 
-PassTable ReadPasses(const RunOptions& options) {
+PassTable ReadPasses(const UpgradeOptions& options) {
   const std::string path =
       options.passes ? *options.passes : DefaultRules(kPasses).string();
   try {
@@ -45,9 +45,8 @@ PassTable ReadPasses(const RunOptions& options) {
   }
 }
 
-WorkerTask MakeTask(const RunOptions& options) {
+WorkerTask MakeTask(const UpgradeOptions& options) {
   WorkerTask task;
-  task.config = options.config;
   task.max_size_mib = options.max_size_mib;
   task.plugin = options.plugin ? *options.plugin : DefaultPlugin().string();
   Releases releases = FindReleases(options);
@@ -57,9 +56,18 @@ WorkerTask MakeTask(const RunOptions& options) {
   task.releases = std::move(releases.others);
   task.unknown_modules = options.unknown_modules;
   task.named_modules = options.named_modules;
-  task.format = options.format;
   task.schemas_loaded = options.schemas_loaded;
   task.timeout_s = options.timeout_s;
+  task.passes = ReadPasses(options);
+  return task;
+}
+
+// The task of one run.
+WorkerTask TaskOf(const RunOptions& options, const PreparedUpgrade& upgrade) {
+  WorkerTask task = upgrade.task();
+  task.config = options.config;
+  task.format = options.format;
+  if (options.show_secrets) task.inspection.secrets = nullptr;
   task.recording = {options.trace, !options.quiet,
                     options.trace || options.diff_by_pass};
   task.count_changes = !options.quiet;
@@ -146,11 +154,10 @@ struct Rehearsal {
   std::optional<OutputFile> output;
 };
 
-void Upgrade(const RunOptions& options, Rehearsal& rehearsal) {
-  WorkerTask task = MakeTask(options);
-  const Catalogue catalogue = LoadRules(options.rules);
-  task.inspection = MakeInspection(catalogue);
-  task.passes = ReadPasses(options);
+void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
+             Rehearsal& rehearsal) {
+  const Catalogue& catalogue = upgrade.catalogue();
+  WorkerTask task = TaskOf(options, upgrade);
   rehearsal.report.plugin = task.plugin;
   const auto input = StatInput(options);
   std::optional<LogFile> log = OpenLog(options, input);
@@ -159,7 +166,6 @@ void Upgrade(const RunOptions& options, Rehearsal& rehearsal) {
   Journal journal;
   Secrets secrets(options.show_secrets ? std::vector<std::string>()
                                        : catalogue.secrets);
-  if (options.show_secrets) task.inspection.secrets = nullptr;
   PassDifferences by_pass;
   RunListening listening;
   listening.log = log ? &*log : nullptr;
@@ -190,11 +196,15 @@ void Upgrade(const RunOptions& options, Rehearsal& rehearsal) {
     rehearsal.report.failure = log->failure();
 }
 
-Rehearsal Rehearse(const RunOptions& options) {
+// Without an upgrade it prepares one of its own.
+Rehearsal Rehearse(const RunOptions& options,
+                   const PreparedUpgrade* upgrade = nullptr) {
   Rehearsal rehearsal;
   rehearsal.report.config = ConfigName(options.config);
   try {
-    Upgrade(options, rehearsal);
+    std::optional<PreparedUpgrade> own;
+    if (upgrade == nullptr) upgrade = &own.emplace(options);
+    Upgrade(options, *upgrade, rehearsal);
   } catch (const FailureError& error) {
     rehearsal.report.failure = error.failure();
   } catch (const std::exception& error) {
@@ -280,6 +290,30 @@ void Conclude(const RunOptions& options, Rehearsal& rehearsal) {
 }
 
 }  // namespace
+
+PreparedUpgrade::PreparedUpgrade(const UpgradeOptions& options)
+    : task_(MakeTask(options)), catalogue_(LoadRules(options.rules)) {
+  task_.inspection = MakeInspection(catalogue_);
+}
+
+void PreparedUpgrade::LoadModels() {
+  try {
+    task_.models = control::Models::Load(task_.before, task_.after);
+  } catch (const control::ModelError& error) {
+    throw FailureError(ModelFailure(error));
+  }
+}
+
+Report RunQuietly(const RunOptions& options, const PreparedUpgrade& upgrade) {
+  Rehearsal rehearsal = Rehearse(options, &upgrade);
+  Report& report = rehearsal.report;
+  if (report.failure || !rehearsal.output) return std::move(report);
+  CommitOutput(options, *rehearsal.output, report);
+  if (report.failure) return std::move(report);
+  HoldInterrupts();
+  rehearsal.output->Confirm();
+  return std::move(report);
+}
 
 ExitCode Run(const RunOptions& options) {
   Rehearsal rehearsal = Rehearse(options);

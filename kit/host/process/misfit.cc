@@ -61,4 +61,11 @@ Failure MisfitFailure(const control::InputError& error, const std::string& own,
   return failure;
 }
 
+Failure ModelFailure(const control::ModelError& error) {
+  return {ExitCode::kBadInput,
+          fmt::format("the data models cannot be used: {}", error.what()),
+          "correct the models, or name the folders of others with "
+          "--yang-before and --yang-after"};
+}
+
 }  // namespace kit::host

@@ -22,6 +22,9 @@ struct KnownRelease {
 Failure MisfitFailure(const control::InputError& error, const std::string& own,
                       const std::vector<KnownRelease>& releases);
 
+// Of models that can't be used.
+Failure ModelFailure(const control::ModelError& error);
+
 }  // namespace kit::host
 
 #endif  // KIT_HOST_PROCESS_MISFIT_H_

@@ -112,11 +112,7 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
   } catch (const control::InputError& error) {
     throw FailureError(MisfitFailure(error, task.release, task.releases));
   } catch (const control::ModelError& error) {
-    throw FailureError(
-        {ExitCode::kBadInput,
-         fmt::format("the data models cannot be used: {}", error.what()),
-         "correct the models, or name the folders of others "
-         "with --yang-before and --yang-after"});
+    throw FailureError(ModelFailure(error));
   }
 }
 
