@@ -3,6 +3,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "kit/host/report/names.h"
 #include "kit/host/report/report.h"
 #include "kit/host/report/schemas_effect.h"
 
@@ -11,50 +12,6 @@ namespace {
 
 // Keeps its keys in the order in which they are documented.
 using Json = nlohmann::ordered_json;
-
-const char* Name(ExitCode code) {
-  switch (code) {
-    case ExitCode::kSuccess:
-      return "success";
-    case ExitCode::kPluginFailed:
-      return "plugin-failed";
-    case ExitCode::kInvalidResult:
-      return "invalid-result";
-    case ExitCode::kBadInput:
-      return "bad-input";
-    case ExitCode::kNotLoaded:
-      return "plugin-not-loaded";
-    case ExitCode::kPluginDied:
-      return "plugin-died";
-    case ExitCode::kOutputFailed:
-      return "output-failed";
-    case ExitCode::kNeedsALook:
-      return "needs-a-look";
-    case ExitCode::kInternal:
-      return "internal-error";
-  }
-  return "unknown";
-}
-
-const char* Name(control::Format format) {
-  return format == control::Format::kXml ? "xml" : "json";
-}
-
-const char* Name(EntryDifference::Kind kind) {
-  switch (kind) {
-    case EntryDifference::Kind::kCreated:
-      return "created";
-    case EntryDifference::Kind::kChanged:
-      return "changed";
-    case EntryDifference::Kind::kDeleted:
-      return "deleted";
-    case EntryDifference::Kind::kRekeyed:
-      return "rekeyed";
-    case EntryDifference::Kind::kMoved:
-      return "moved";
-  }
-  return "unknown";
-}
 
 Json SchemasJson(const Report& report) {
   Json matter;
@@ -134,18 +91,6 @@ Json ListsJson(const std::vector<ListTotals>& lists) {
                        {"moved", totals.moved}});
   }
   return changes;
-}
-
-const char* Name(Severity severity) {
-  switch (severity) {
-    case Severity::kNote:
-      return "note";
-    case Severity::kLook:
-      return "look";
-    case Severity::kStop:
-      return "stop";
-  }
-  return "unknown";
 }
 
 Json FindingsJson(const Report& report) {
@@ -252,23 +197,6 @@ Json EventJson(const CallRecord& call) {
           {"reason", NullIfEmpty(call.reason)},
           {"nanoseconds", call.nanoseconds},
           {"text", RenderCall(call)}};
-}
-
-const char* Name(control::Change::Kind kind) {
-  using Kind = control::Change::Kind;
-  switch (kind) {
-    case Kind::kCreated:
-      return "created";
-    case Kind::kDeleted:
-      return "deleted";
-    case Kind::kRenamed:
-      return "renamed";
-    case Kind::kMoved:
-      return "moved";
-    case Kind::kValue:
-      return "value";
-  }
-  return "unknown";
 }
 
 Json EventJson(const ChangeRecord& change) {

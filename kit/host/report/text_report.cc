@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "kit/host/report/names.h"
 #include "kit/host/report/report.h"
 #include "kit/host/report/verdict.h"
 #include "kit/host/text.h"
@@ -28,18 +29,6 @@ char Mark(EntryDifference::Kind kind) {
       return '^';
   }
   return '?';
-}
-
-const char* WordFor(Severity severity) {
-  switch (severity) {
-    case Severity::kNote:
-      return "note";
-    case Severity::kLook:
-      return "look";
-    case Severity::kStop:
-      return "stop";
-  }
-  return "";
 }
 
 Color ColorOf(Severity severity) {
@@ -378,10 +367,10 @@ std::string RenderFindings(const std::vector<Finding>& findings,
     const std::string rule = OneLine(finding.rule);
     const std::string blanks(id_width - ColumnsOf(rule) + 2, ' ');
     const size_t width = view.screen.width;
-    text += " " +
-            view.screen.Painted(ColorOf(finding.severity),
-                                WordFor(finding.severity)) +
-            "  " + rule + blanks;
+    text +=
+        " " +
+        view.screen.Painted(ColorOf(finding.severity), Name(finding.severity)) +
+        "  " + rule + blanks;
     // What is painted takes no columns, so that only the message is wrapped.
     const std::string lines =
         Wrapped(message, width > indent + 20 ? width - indent : 0, 0);
