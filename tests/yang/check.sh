@@ -69,11 +69,16 @@ expect_invalid() {
   fi
 }
 
-# release_of FILE: the release that a sample's name begins with.
-release_of() {
+# releases_of FILE: the releases that a sample is for: the one that its name
+# begins with, or all of them for "every".
+releases_of() {
   local name
   name=$(basename "$1")
-  echo "${name%%-*}"
+  if [ "${name%%-*}" = every ]; then
+    echo "$releases"
+  else
+    echo "${name%%-*}"
+  fi
 }
 
 # nodes RELEASE PATH: names of the nodes of a list entry, in the model's order.
@@ -115,10 +120,14 @@ for release in $releases; do
 done
 
 for sample in "$root"/tests/yang/good/*.xml; do
-  expect_valid "$(release_of "$sample")" "$sample"
+  for release in $(releases_of "$sample"); do
+    expect_valid "$release" "$sample"
+  done
 done
 for sample in "$root"/tests/yang/bad/*.xml; do
-  expect_invalid "$(release_of "$sample")" "$sample"
+  for release in $(releases_of "$sample"); do
+    expect_invalid "$release" "$sample"
+  done
 done
 for example in "$root"/examples/*.xml; do
   expect_valid before "$example"
