@@ -1,0 +1,111 @@
+#include "kit/host/report/fleet_summary.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+
+#include "kit/host/report/names.h"
+#include "kit/host/text.h"
+
+namespace kit::host {
+namespace {
+
+using Color = Screen::Color;
+
+// Failures of one kind in so many places are told apart by their pass alone.
+constexpr size_t kMostGroups = 1000;
+
+Color ColorOf(RouterVerdict verdict) {
+  switch (verdict) {
+    case RouterVerdict::kFine:
+      return Color::kGreen;
+    case RouterVerdict::kLook:
+      return Color::kYellow;
+    case RouterVerdict::kFail:
+      return Color::kRed;
+  }
+  return Color::kDim;
+}
+
+std::string WhatFailed(const RouterResult& result) {
+  std::string text;
+  if (!result.pass.empty()) text = result.pass + ": ";
+  if (result.failure->line > 0) {
+    text += fmt::format("line {}: ", result.failure->line);
+  }
+  return text + result.failure->reason;
+}
+
+std::string WhatWasFound(const RouterResult& result) {
+  std::string text;
+  for (const Finding& finding : result.findings) {
+    if (finding.severity == Severity::kNote) continue;
+    text += (text.empty() ? "" : ", ") + finding.rule;
+    if (finding.count > 1) text += fmt::format(" ({})", finding.count);
+  }
+  return text;
+}
+
+}  // namespace
+
+void FleetSummary::Add(const RouterResult& result) {
+  ++(result.verdict == RouterVerdict::kFine   ? fine_
+     : result.verdict == RouterVerdict::kLook ? looks_
+                                              : fails_);
+  worst_ = std::max(worst_, result.exit_code);
+  const auto count = [&result](auto& groups, int kind,
+                               const std::string& name) {
+    if (groups.size() >= kMostGroups) return;
+    Group& group = groups[{kind, name}];
+    if (group.routers++ == 0) group.first = result.config;
+  };
+  if (result.failure) {
+    count(failures_, static_cast<int>(result.exit_code), result.pass);
+  }
+  std::set<std::string> known;  // a rule may find several things
+  for (const Finding& finding : result.findings) {
+    if (!known.insert(finding.rule).second) continue;
+    count(rules_, -static_cast<int>(finding.severity), finding.rule);
+  }
+}
+
+std::string FleetSummary::Render(const Screen& screen) const {
+  std::string text = fmt::format("{}: {} fine, {} to look at, {} failing\n",
+                                 Counted(routers(), "router", "routers"), fine_,
+                                 looks_, fails_);
+  const auto line = [&text, &screen](Color color, const char* word,
+                                     const std::string& name,
+                                     const Group& group) {
+    text += fmt::format(" {}  {:<44} {:>9}   first: {}\n",
+                        screen.Painted(color, word), OneLine(name),
+                        Counted(group.routers, "router", "routers"),
+                        OneLine(group.first));
+  };
+  for (const auto& [key, group] : failures_) {
+    const auto& [code, pass] = key;
+    line(
+        Color::kRed, "fail",
+        Name(static_cast<ExitCode>(code)) + (pass.empty() ? "" : " in " + pass),
+        group);
+  }
+  for (const auto& [key, group] : rules_) {
+    const auto& [severity, rule] = key;
+    line(severity == 0 ? Color::kDim : Color::kYellow,
+         Name(static_cast<Severity>(-severity)), rule, group);
+  }
+  return text;
+}
+
+std::string RenderRouter(const RouterResult& result, const Screen& screen) {
+  std::string text =
+      screen.Painted(ColorOf(result.verdict), Name(result.verdict)) + "  ";
+  text += OneLine(result.device.empty()
+                      ? result.config
+                      : fmt::format("{} ({})", result.device, result.config));
+  const std::string more =
+      result.failure ? WhatFailed(result) : WhatWasFound(result);
+  return text + (more.empty() ? "" : ": " + OneLine(more)) + "\n";
+}
+
+}  // namespace kit::host
