@@ -20,8 +20,11 @@ StatusLine::StatusLine(bool wanted)
     : enabled_(wanted && isatty(STDERR_FILENO) == 1),
       due_(Clock::now() + kQuietStart) {}
 
-StatusLine::~StatusLine() {
+StatusLine::~StatusLine() { Hide(); }
+
+void StatusLine::Hide() {
   if (shown_) std::fputs(kEraseLine, stderr);
+  shown_ = false;
 }
 
 bool StatusLine::Due() const { return enabled_ && Clock::now() >= due_; }

@@ -20,6 +20,8 @@ class StatusLine {
   // times a second.
   bool Due() const;
   void Show(const std::string& text);
+  // Erases the line until the next text.
+  void Hide();
 
  private:
   using Clock = std::chrono::steady_clock;
