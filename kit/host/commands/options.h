@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/commands/shard.h"
 #include "kit/host/exit_code.h"
+#include "kit/host/report/router_result.h"
 
 namespace kit::host {
 
@@ -52,8 +54,24 @@ struct RunOptions : UpgradeOptions {
   bool json = false;
 };
 
+struct FleetOptions : UpgradeOptions {
+  std::vector<std::string> configs;   // files and folders
+  std::optional<std::string> output;  // folder
+  bool force = false;
+  std::optional<control::Format> format;  // none: each input's
+  size_t jobs = 1;                        // at a time
+  Shard shard;
+  bool resume = false;
+  bool strict = false;
+  bool merge = false;               // the configs are files of results
+  std::optional<std::string> json;  // file of results
+  std::optional<std::string> junit;
+  bool quiet = false;
+  std::vector<RouterVerdict> only;  // lines of these; none: of all
+};
+
 // The options of one command.
-using CommandOptions = std::variant<RunOptions>;
+using CommandOptions = std::variant<RunOptions, FleetOptions>;
 
 // What to do; or the code to exit with at once, after help, version
 // or a usage error was printed to `out` or `err`.
