@@ -7,6 +7,7 @@
 #include <iostream>
 #include <variant>
 
+#include "kit/host/commands/fleet.h"
 #include "kit/host/commands/options.h"
 #include "kit/host/commands/run.h"
 #include "kit/host/exit_code.h"
@@ -26,6 +27,7 @@ void OccupyStandardDescriptors() {
 }
 
 ExitCode Start(const RunOptions& options) { return Run(options); }
+ExitCode Start(const FleetOptions& options) { return RunFleet(options); }
 
 ExitCode Main(int argc, char** argv) {
   OccupyStandardDescriptors();

@@ -1,6 +1,7 @@
 #include "kit/host/commands/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -8,9 +9,11 @@
 #include <memory>
 #include <string_view>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "kit/host/commands/shard.h"
 #include "kit/host/text.h"
 
 #ifndef KIT_VERSION
@@ -357,6 +360,138 @@ class RunParser {
   bool verbose_ = false;
 };
 
+std::string CheckShard(const std::string& text) {
+  if (FindShard(text)) return "";
+  if (text == "auto") {
+    return "none of SLURM_ARRAY_TASK_ID and SLURM_ARRAY_TASK_COUNT, "
+           "JOB_COMPLETION_INDEX (with auto/N), CI_NODE_INDEX and "
+           "CI_NODE_TOTAL says which part this is";
+  }
+  if (text.rfind("auto/", 0) == 0) {
+    return "none of SLURM_ARRAY_TASK_ID, JOB_COMPLETION_INDEX and "
+           "CI_NODE_INDEX says which of " +
+           text.substr(5) + " parts this is";
+  }
+  return "'" + text + "' is neither I/N with I from 1 to N, nor auto";
+}
+
+class FleetParser {
+ public:
+  explicit FleetParser(CLI::App& app)
+      : command_(*app.add_subcommand("fleet",
+                                     "Run the plug-in on many configurations")),
+        upgrade_(options_) {
+    command_.footer(kExitCodes);
+    AddFiles();
+    upgrade_.AddTo(command_);
+    AddWork();
+    AddReport();
+  }
+
+  bool is_wanted() const { return command_.parsed(); }
+
+  FleetOptions Take() {
+    upgrade_.Finish();
+    if (!format_.empty()) {
+      options_.format =
+          format_ == "xml" ? control::Format::kXml : control::Format::kJson;
+    }
+    if (!shard_.empty()) options_.shard = *FindShard(shard_);
+    for (const std::string& name : only_) {
+      options_.only.push_back(name == "look" ? RouterVerdict::kLook
+                                             : RouterVerdict::kFail);
+    }
+    return std::move(options_);
+  }
+
+ private:
+  void AddFiles() {
+    command_
+        .add_option("CONFIG", options_.configs,
+                    "Configurations, and folders with them (*.xml, *.json)")
+        ->required()
+        ->type_name("FILE|DIR")
+        ->check(CheckNotEmpty);
+    command_
+        .add_option("-o,--output", options_.output,
+                    "Write the upgraded configurations to DIR, under the names "
+                    "that they have in their folders")
+        ->type_name("DIR")
+        ->allow_extra_args(false)
+        ->check(CheckNotEmpty);
+    command_.add_flag("--force", options_.force,
+                      "Replace files that exist: of -o, --json and --junit");
+    command_
+        .add_option("--format", format_,
+                    "Format of the outputs; that of each input by default")
+        ->type_name("xml|json")
+        ->check(CLI::IsMember({"xml", "json"}).description(""));
+  }
+
+  void AddWork() {
+    options_.jobs = std::max(1U, std::thread::hardware_concurrency());
+    command_
+        .add_option("--jobs", options_.jobs,
+                    "Run N at a time; as many as there are processors by "
+                    "default")
+        ->type_name("N")
+        ->check(CLI::Range(size_t{1}, size_t{1024}).description(""));
+    CLI::Option* shard =
+        command_
+            .add_option("--shard", shard_,
+                        "Run the I-th of N parts of the fleet; auto, or auto/N "
+                        "where it does not know N: as the job array of Slurm, "
+                        "the indexed job of Kubernetes or the parallel job of "
+                        "GitLab says that this is one of")
+            ->type_name("I/N|auto[/N]")
+            ->check(CheckShard);
+    command_
+        .add_flag("--merge", options_.merge,
+                  "The files are what --json of a fleet's shards has written: "
+                  "make one summary and report of them")
+        ->excludes(shard);
+    command_.add_flag("--strict", options_.strict,
+                      "Findings that ask for a look, or to stop, are a failure "
+                      "(exit code 7)");
+  }
+
+  void AddReport() {
+    CLI::Option* json =
+        command_
+            .add_option("--json", options_.json,
+                        "Write the results to FILE, a line of JSON for each "
+                        "router, as they come")
+            ->type_name("FILE")
+            ->check(CheckNotEmpty);
+    command_
+        .add_flag("--resume", options_.resume,
+                  "Go on with the FILE of --json where an interrupted run "
+                  "has left it")
+        ->needs(json);
+    command_
+        .add_option("--junit", options_.junit,
+                    "Write the results to FILE as test cases (JUnit's XML)")
+        ->type_name("FILE")
+        ->check(CheckNotEmpty);
+    CLI::Option* quiet =
+        command_.add_flag("--quiet", options_.quiet, "Print errors only");
+    command_
+        .add_option("--only", only_,
+                    "Print the lines of those routers only; may be repeated")
+        ->type_name("look|fail")
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember({"look", "fail"}).description(""))
+        ->excludes(quiet);
+  }
+
+  FleetOptions options_;
+  CLI::App& command_;
+  UpgradeParser upgrade_;
+  std::string format_;
+  std::string shard_;
+  std::vector<std::string> only_;
+};
+
 // Whether a word that is no option follows --log, which would be its file if
 // --log alone did not mean something else.
 bool HasDetachedLogFile(int argc, const char* const* argv) {
@@ -385,6 +520,7 @@ std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
   app.footer(kExitCodes);
 
   RunParser run(app);
+  FleetParser fleet(app);
 
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return OneLine(error.what()) + "\nRun with --help for more information.\n";
@@ -401,7 +537,8 @@ std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
     return out.flush() ? ExitCode::kSuccess : ExitCode::kOutputFailed;
   }
   if (run.is_wanted()) return run.Take();
-  err << "A subcommand is required: run\n"
+  if (fleet.is_wanted()) return fleet.Take();
+  err << "A subcommand is required: run or fleet\n"
          "Run with --help for more information.\n";
   return ExitCode::kBadInput;
 }
