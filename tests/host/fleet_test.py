@@ -7,9 +7,12 @@ Takes the host and the folder with plug-ins that misbehave.
 import json
 import os
 import pathlib
+import resource
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import xml.etree.ElementTree
 
@@ -132,6 +135,84 @@ class FleetTest(unittest.TestCase):
         self.assertEqual(fleet(self.inputs).returncode, 0)
         self.assertEqual(fleet(self.inputs, "--strict").returncode, 7)
 
+    def interrupted(self, number):
+        """Ends a run after its first results."""
+        process = subprocess.Popen(
+            [HOST, "fleet", self.inputs, "--jobs", "2", "--json", self.json,
+             "-o", self.folder / "out"], stdout=subprocess.DEVNULL)
+        deadline = time.monotonic() + 60
+        while not self.json.exists() or self.json.stat().st_size < 3000:
+            self.assertLess(time.monotonic(), deadline, "no results came")
+            time.sleep(0.005)
+        process.send_signal(number)
+        self.assertEqual(process.wait(), -number)
+
+    def test_an_interrupted_run_is_gone_on_with(self):
+        self.put_some(routers=30)
+        whole = self.folder / "whole.jsonl"
+        fleet(self.inputs, "--json", whole, "-o", self.folder / "out")
+        for number in (signal.SIGKILL, signal.SIGTERM, signal.SIGINT):
+            with self.subTest(number):
+                self.json.unlink(missing_ok=True)
+                for output in (self.folder / "out").iterdir():
+                    output.unlink()
+                self.interrupted(number)
+                before = self.json.read_bytes()
+                self.assertLess(len(before.splitlines()), 31)
+                done = fleet(self.inputs, "--json", self.json, "--resume",
+                             "-o", self.folder / "out")
+                self.assertEqual(done.returncode, 3, done.stderr)
+                self.assertTrue(
+                    self.json.read_bytes().startswith(
+                        before[:before.rindex(b"\n") + 1]),
+                    "what was done is done again")
+                self.assertEqual(self.json.read_bytes(), whole.read_bytes())
+                self.assertIn("30 routers:", done.stdout)
+                self.assertEqual(len(list((self.folder / "out").iterdir())),
+                                 29)
+
+    def test_a_torn_line_is_done_again(self):
+        self.put_some()
+        command = (self.inputs, "--json", self.json, "-o", self.folder / "out")
+        fleet(*command)
+        whole = self.json.read_bytes()
+        for cut in (1, 300, len(whole) - 20, len(whole)):
+            with self.subTest(cut):
+                self.json.write_bytes(whole[:len(whole) - cut])
+                done = fleet(*command, "--resume")
+                self.assertEqual(done.returncode, 3, done.stderr)
+                self.assertEqual(self.json.read_bytes(), whole)
+
+    def test_what_the_machine_prevented_is_done_again(self):
+        self.put_some()
+        out = self.folder / "out"
+        out.write_text("no folder")
+        done = fleet(self.inputs, "--json", self.json, "-o", out)
+        self.assertEqual(done.returncode, 6)
+        out.unlink()
+        done = fleet(self.inputs, "--json", self.json, "-o", out, "--resume")
+        self.assertEqual(done.returncode, 3, done.stderr)
+        routers = lines_of(self.json)[1:]
+        self.assertEqual([router["router"] for router in routers],
+                         list(range(6)))
+        self.assertEqual(len(list(out.iterdir())), 5)
+
+    def test_only_the_same_fleet_and_upgrade_is_gone_on_with(self):
+        self.put_some()
+        fleet(self.inputs, "--json", self.json)
+        again = ("--json", self.json, "--resume")
+        self.assert_fails(fleet(self.inputs, *again, "--schemas", "none"), 3,
+                          "another plug-in", "--json")
+        self.assert_fails(fleet(self.inputs, *again, "--shard", "1/2"), 3,
+                          "1/1")
+        self.put("r9.xml")
+        self.assert_fails(fleet(self.inputs, *again), 3,
+                          "other configurations, 6 of them and not 7")
+        self.json.write_text("something else\n")
+        self.assert_fails(fleet(self.inputs, *again), 3,
+                          "is no file of results")
+        self.assertEqual(self.json.read_text(), "something else\n")
+
     def test_shards_are_merged_into_the_whole(self):
         self.put_some(routers=8)
         whole = self.folder / "whole.jsonl"
@@ -197,6 +278,32 @@ class FleetTest(unittest.TestCase):
             self.assertIn("look  router br7-leipzig", lines[0])
             self.assertIn(f"fail  {link}: cannot be read", lines[1])
             self.assertIn("2 routers:", lines[2])
+
+    def test_a_full_disk_leaves_whole_lines_and_says_what_to_do(self):
+        self.put_some()
+        limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (4000, 4000))
+        done = fleet(self.inputs, "--json", self.json, preexec_fn=limit)
+        self.assert_fails(done, 6, "results cannot be written", "--resume")
+        text = self.json.read_text()
+        self.assertTrue(text.endswith("\n"))
+        self.assertGreater(len(lines_of(self.json)), 1)
+        done = fleet(self.inputs, "--json", self.json, "--resume")
+        self.assertEqual(done.returncode, 3, done.stderr)
+        self.assertEqual(len(lines_of(self.json)), 7)
+
+    def test_two_runs_do_not_write_to_one_file(self):
+        self.put_some(routers=2)
+        process = subprocess.Popen(
+            [HOST, "fleet", self.inputs, "--json", self.json, "--plugin",
+             PLUGINS / "hangs.so"], stdout=subprocess.DEVNULL)
+        deadline = time.monotonic() + 60
+        while not self.json.exists() or not self.json.stat().st_size:
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.005)
+        done = fleet(self.inputs, "--json", self.json, "--resume")
+        process.terminate()
+        self.assertEqual(process.wait(), -signal.SIGTERM)
+        self.assert_fails(done, 6, "another run")
 
 
 if __name__ == "__main__":
