@@ -59,8 +59,8 @@ void Remove(char* name) {
   name[0] = '\0';
 }
 
-// Changed while signals are blocked.
-Publication* current = nullptr;
+// Those that are under way; changed while signals are blocked.
+Publication* first = nullptr;
 
 }  // namespace
 
@@ -70,18 +70,24 @@ fs::path FolderOf(const fs::path& file) {
 
 Publication::Publication(fs::path target) : target_(std::move(target)) {
   const InterruptBlock block;
-  current = this;
+  next_ = std::exchange(first, this);
   SetInterruptCleanUp(CleanUp);
 }
 
 Publication::~Publication() {
   TakeBack();
   const InterruptBlock block;
-  SetInterruptCleanUp(nullptr);
-  current = nullptr;
+  Publication** link = &first;
+  while (*link != this) link = &(*link)->next_;
+  *link = next_;
+  if (first == nullptr) SetInterruptCleanUp(nullptr);
 }
 
-void Publication::CleanUp() { current->TakeBack(); }
+void Publication::CleanUp() {
+  for (Publication* one = first; one != nullptr; one = one->next_) {
+    one->TakeBack();
+  }
+}
 
 FileDescriptor Publication::CreateUnnamed(mode_t mode) const {
   FileDescriptor file(

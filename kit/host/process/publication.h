@@ -15,8 +15,7 @@ namespace kit::host {
 
 std::filesystem::path FolderOf(const std::filesystem::path& file);
 
-// Functions that return an int return 0 or an errno. There is one publication
-// at a time.
+// Functions that return an int return 0 or an errno.
 class Publication {
  public:
   explicit Publication(std::filesystem::path target);
@@ -62,6 +61,7 @@ class Publication {
   bool TakeTargetBack();
 
   // Read by the handler of a signal; changed while signals are blocked.
+  Publication* next_ = nullptr;
   std::filesystem::path target_;
   Name temporary_ = "";
   Name kept_ = "";
