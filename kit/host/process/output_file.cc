@@ -27,16 +27,17 @@ constexpr mode_t kPrivateMode = 0600;  // until it is that of the old file
                       std::move(advice), file.string()});
 }
 
-[[noreturn]] void FailWithErrno(const fs::path& file, const char* what,
-                                int error) {
+[[noreturn]] void FailWithErrno(const fs::path& file, const char* option,
+                                const char* what, int error) {
   Fail(file,
        fmt::format("{}: {}", what, std::generic_category().message(error)),
-       "choose another file with -o, or make room or permission for this one");
+       fmt::format("choose another file with {}, or make room or permission "
+                   "for this one",
+                   option));
 }
 
-[[noreturn]] void FailExistsNow(const fs::path& file) {
-  Fail(file, "has come into existence during the run",
-       "give --force to replace it, or name another file with -o");
+std::string NameAnother(const char* option) {
+  return fmt::format("name another file with {}", option);
 }
 
 // Of a name itself, also if it is a link.
@@ -47,39 +48,44 @@ std::optional<struct stat> StatEntry(const fs::path& name) {
 }
 
 // Follows links, so that a link to the file stays one.
-fs::path ResolveTarget(const std::string& target) {
+fs::path ResolveTarget(const std::string& target, const char* option) {
   std::error_code error;
   if (!fs::is_symlink(fs::symlink_status(target, error))) return target;
   fs::path resolved = fs::canonical(target, error);
   if (error) {
-    Fail(target, "is a symbolic link that leads nowhere",
-         "name another file with -o");
+    Fail(target, "is a symbolic link that leads nowhere", NameAnother(option));
   }
   return resolved;
 }
 
-void CheckReplaceable(const std::string& target, const struct stat& existing,
-                      bool force, const std::optional<struct stat>& input) {
+void CheckReplaceable(const std::string& target, const char* option,
+                      const struct stat& existing, bool force,
+                      const std::optional<struct stat>& input) {
   if (input && SameFile(existing, *input)) {
     Fail(target, "is the configuration that is read, which is never changed",
-         "name another file with -o");
+         NameAnother(option));
   }
   if (S_ISDIR(existing.st_mode)) {
-    Fail(target, "is a folder", "name a file with -o");
+    Fail(target, "is a folder", fmt::format("name a file with {}", option));
   }
   if (!S_ISREG(existing.st_mode)) {
     Fail(target, "is not a regular file",
-         "name a file with -o, or use -o - for standard output");
+         fmt::format("name a file with {}{}", option,
+                     option == std::string_view("-o")
+                         ? ", or use -o - for standard output"
+                         : ""));
   }
   if (!force) {
     Fail(target, "exists already",
-         "give --force to replace it, or name another file with -o");
+         fmt::format("give --force to replace it, or {}", NameAnother(option)));
   }
 }
 
-FileDescriptor OpenMemory(const fs::path& target) {
+FileDescriptor OpenMemory(const fs::path& target, const char* option) {
   FileDescriptor memory(memfd_create("ospf-upgrade-output", MFD_CLOEXEC));
-  if (!memory.valid()) FailWithErrno(target, "cannot be buffered", errno);
+  if (!memory.valid()) {
+    FailWithErrno(target, option, "cannot be buffered", errno);
+  }
   return memory;
 }
 
@@ -109,7 +115,18 @@ bool SameFile(const struct stat& a, const struct stat& b) {
   return S_ISREG(a.st_mode) && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-OutputFile::OutputFile(FileDescriptor fd) : fd_(std::move(fd)) {}
+OutputFile::OutputFile(FileDescriptor fd, const char* option)
+    : fd_(std::move(fd)), option_(option) {}
+
+void OutputFile::Fail(const char* what, int error) const {
+  FailWithErrno(target_, option_, what, error);
+}
+
+void OutputFile::FailExistsNow() const {
+  host::Fail(
+      target_, "has come into existence during the run",
+      fmt::format("give --force to replace it, or {}", NameAnother(option_)));
+}
 
 namespace {
 
@@ -122,32 +139,34 @@ mode_t ModeOfNewFile(const std::optional<struct stat>& input) {
 }  // namespace
 
 OutputFile OutputFile::ForFile(const std::string& target, bool force,
-                               const std::optional<struct stat>& input) {
-  const fs::path resolved = ResolveTarget(target);
+                               const std::optional<struct stat>& input,
+                               const char* option) {
+  const fs::path resolved = ResolveTarget(target, option);
   if (!resolved.has_filename()) {
-    Fail(target, "is a folder", "name a file with -o");
+    host::Fail(target, "is a folder",
+               fmt::format("name a file with {}", option));
   }
   mode_t mode = ModeOfNewFile(input);
   const auto existing = StatFile(resolved);
   if (existing) {
-    CheckReplaceable(target, *existing, force, input);
+    CheckReplaceable(target, option, *existing, force, input);
     mode = kPrivateMode;
   } else if (errno != ENOENT) {
-    FailWithErrno(target, "cannot be written", errno);
+    FailWithErrno(target, option, "cannot be written", errno);
   }
   auto publication = std::make_unique<Publication>(resolved);
-  OutputFile output(publication->CreateUnnamed(mode));
+  OutputFile output(publication->CreateUnnamed(mode), option);
   if (!output.fd_.valid()) {
     // Nothing stays on the disk meanwhile, but whether something could is
     // known.
     FileDescriptor probe;
     const int error = publication->CreateTemporary(mode, &probe);
     if (error != 0) {
-      FailWithErrno(target, "cannot be created in its folder", error);
+      FailWithErrno(target, option, "cannot be created in its folder", error);
     }
     if (existing) CopyAttributes(resolved, *existing, probe.get());
     publication->RemoveTemporary();
-    output.fd_ = OpenMemory(target);
+    output.fd_ = OpenMemory(target, option);
     output.in_memory_ = true;
   } else if (existing) {
     CopyAttributes(resolved, *existing, output.fd_.get());
@@ -160,13 +179,24 @@ OutputFile OutputFile::ForFile(const std::string& target, bool force,
 }
 
 OutputFile OutputFile::ForStandardOutput() {
-  return OutputFile(OpenMemory("standard output"));
+  return {OpenMemory("standard output", "-o"), "-o"};
+}
+
+void OutputFile::SetContent(std::string_view text) const {
+  if (ftruncate(fd_.get(), 0) != 0 || lseek(fd_.get(), 0, SEEK_SET) != 0) {
+    Fail("cannot be written", errno);
+  }
+  try {
+    WriteAll(fd_.get(), text);
+  } catch (const std::system_error& error) {
+    Fail("cannot be written", error.code().value());
+  }
 }
 
 uint64_t OutputFile::Commit() {
   struct stat status = {};
   if (fstat(fd_.get(), &status) != 0) {
-    FailWithErrno(target_, "cannot be written", errno);
+    Fail("cannot be written", errno);
   }
   const auto size = static_cast<uint64_t>(status.st_size);
   if (publication_) {
@@ -213,12 +243,12 @@ void OutputFile::CopyToTemporary(uint64_t size) {
   const int error = publication_->CreateTemporary(
       StatFile(target_) ? kPrivateMode : ModeOfNewFile(input_), &file);
   if (error != 0) {
-    FailWithErrno(target_, "cannot be created in its folder", error);
+    Fail("cannot be created in its folder", error);
   }
   try {
     Copy(fd_.get(), size, file.get());
   } catch (const std::system_error& failed) {
-    FailWithErrno(target_, "cannot be written", failed.code().value());
+    Fail("cannot be written", failed.code().value());
   }
   fd_ = std::move(file);
   in_memory_ = false;
@@ -226,21 +256,21 @@ void OutputFile::CopyToTemporary(uint64_t size) {
 
 void OutputFile::PutInPlace() {
   const auto existing = StatEntry(target_);
-  if (existing && !force_) FailExistsNow(target_);
+  if (existing && !force_) FailExistsNow();
   if (existing) {
-    CheckReplaceable(target_, *existing, force_, input_);
+    CheckReplaceable(target_, option_, *existing, force_, input_);
     CopyAttributes(target_, *existing, fd_.get());
   }
   if (fsync(fd_.get()) != 0) {
-    FailWithErrno(target_, "cannot be written", errno);
+    Fail("cannot be written", errno);
   }
   const int error =
       existing ? publication_->Replace(fd_) : publication_->Add(fd_);
-  if (error == EEXIST) FailExistsNow(target_);
-  if (error != 0) FailWithErrno(target_, "cannot be put in place", error);
+  if (error == EEXIST) FailExistsNow();
+  if (error != 0) Fail("cannot be put in place", error);
   // Whatever was there at that very moment can still be put back.
   if (const auto replaced = StatEntry(publication_->kept())) {
-    CheckReplaceable(target_, *replaced, force_, input_);
+    CheckReplaceable(target_, option_, *replaced, force_, input_);
   }
 }
 
@@ -250,14 +280,15 @@ void OutputFile::SyncFolder() const {
   // A folder that may be written but not read can't be synced; nor can those
   // of file systems that answer EINVAL.
   if (!folder.valid() || fsync(folder.get()) == 0 || errno == EINVAL) return;
-  FailWithErrno(target_, "cannot be kept safe from a power failure", errno);
+  Fail("cannot be kept safe from a power failure", errno);
 }
 
 void OutputFile::CopyToStandardOutput(uint64_t size) const {
   try {
     Copy(fd_.get(), size, STDOUT_FILENO);
   } catch (const std::system_error& error) {
-    FailWithErrno("standard output", "cannot be written", error.code().value());
+    FailWithErrno("standard output", option_, "cannot be written",
+                  error.code().value());
   }
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "kit/host/process/file_descriptor.h"
 #include "kit/host/process/publication.h"
@@ -29,12 +30,16 @@ class OutputFile {
   // the same folder, so that nothing stays behind whatever ends the program.
   // Where the file system knows no such files, memory takes the output and a
   // temporary file is created by Commit. An existing target needs `force`, and
-  // is never `input`.
+  // is never `input`. `option` is the one that named it, for messages.
   static OutputFile ForFile(const std::string& target, bool force,
-                            const std::optional<struct stat>& input);
+                            const std::optional<struct stat>& input,
+                            const char* option = "-o");
   static OutputFile ForStandardOutput();
 
   int fd() const { return fd_.get(); }
+
+  // Replaces all that it holds, before Commit.
+  void SetContent(std::string_view text) const;
 
   // Puts it in its place; returns the size in bytes. Until Confirm it is taken
   // back by TakeBack, the destructor and every signal that ends the program.
@@ -45,8 +50,10 @@ class OutputFile {
   std::string TakeBack();
 
  private:
-  explicit OutputFile(FileDescriptor fd);
+  OutputFile(FileDescriptor fd, const char* option);
 
+  [[noreturn]] void Fail(const char* what, int error) const;
+  [[noreturn]] void FailExistsNow() const;
   void Publish(uint64_t size);
   void CopyToTemporary(uint64_t size);
   void PutInPlace();
@@ -57,6 +64,7 @@ class OutputFile {
   bool in_memory_ = false;
   std::unique_ptr<Publication> publication_;  // null: to standard output
   std::filesystem::path target_;
+  const char* option_;
   bool force_ = false;
   std::optional<struct stat> input_;
 };
