@@ -14,7 +14,7 @@ SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "scripts"
 
 EVERYWHERE = ("g++ cmake ninja-build pkg-config libpcre2-dev libcli11-dev "
               "libfmt-dev nlohmann-json3-dev libgtest-dev libgmock-dev "
-              "python3 binutils").split()
+              "libssl-dev python3 binutils").split()
 DEBIAN_12 = EVERYWHERE + ["libyang2-dev", "libyang2-tools", "clang-format-14"]
 DEBIAN_13 = EVERYWHERE + ["libyang-dev", "libyang3-tools"]
 
