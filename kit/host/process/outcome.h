@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/digest.h"
 #include "kit/host/events.h"
 #include "kit/host/failure.h"
 #include "kit/host/finding.h"
@@ -19,6 +20,7 @@ namespace kit::host {
 struct Outcome {
   std::string config;
   std::string plugin;
+  Digest input_digest;  // if it was asked for
   // Of update; none when it did not return.
   std::optional<int> result;
   uint64_t calls = 0;

@@ -12,6 +12,9 @@ namespace {
 
 auto Fields(PhaseMessage& m) { return std::tie(m.phase); }
 auto Fields(InputMessage& m) { return std::tie(m.format); }
+auto Fields(DigestMessage& m) {
+  return std::tie(m.digest.sha256, m.digest.bytes);
+}
 auto Fields(LogMessage& m) {
   return std::tie(m.record.call, m.record.pass, m.record.text);
 }

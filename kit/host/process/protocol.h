@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kit/confd/control/control.h"
+#include "kit/host/digest.h"
 #include "kit/host/events.h"
 #include "kit/host/failure.h"
 #include "kit/host/finding.h"
@@ -23,6 +24,10 @@ struct PhaseMessage {
 };
 struct InputMessage {
   control::Format format;
+};
+// Of the configuration as it was read.
+struct DigestMessage {
+  Digest digest;
 };
 struct LogMessage {
   LogRecord record;
@@ -98,7 +103,8 @@ using Message =
                  ResultMessage, LossMessage, ViolationMessage, ValidatedMessage,
                  ListMessage, EntryMessage, FailureMessage, DoneMessage,
                  SchemasMessage, PassMessage, RekeyedMessage, DeviceMessage,
-                 FindingMessage, ChangeMessage, SecretsMessage, CarriedMessage>;
+                 FindingMessage, ChangeMessage, SecretsMessage, CarriedMessage,
+                 DigestMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

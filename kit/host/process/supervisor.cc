@@ -98,8 +98,8 @@ enum class Speaker { kReader, kPlugin, kFinisher };
 bool MaySay(Speaker speaker, const Message& message) {
   switch (speaker) {
     case Speaker::kReader:
-      return IsAnyOf<PhaseMessage, InputMessage, CarriedMessage, LossMessage,
-                     DeviceMessage, SecretsMessage, FindingMessage,
+      return IsAnyOf<PhaseMessage, InputMessage, DigestMessage, CarriedMessage,
+                     LossMessage, DeviceMessage, SecretsMessage, FindingMessage,
                      FailureMessage>(message);
     case Speaker::kPlugin:
       return IsAnyOf<PhaseMessage, LogMessage, CallMessage, ChangeMessage,
@@ -388,6 +388,9 @@ class Supervisor {
   }
   void On(const InputMessage& message) {
     outcome_.format = task_.format.value_or(message.format);
+  }
+  void On(DigestMessage& message) {
+    outcome_.input_digest = std::move(message.digest);
   }
   void On(LogMessage& message) {
     has_logged_ = true;

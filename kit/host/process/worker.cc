@@ -23,6 +23,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "kit/host/digest.h"
 #include "kit/host/failure.h"
 #include "kit/host/process/channel.h"
 #include "kit/host/process/finisher.h"
@@ -236,6 +237,7 @@ class Worker {
   control::Database Read() {
     Enter(Phase::kReading);
     std::string text = ReadConfig(task_.config, task_.max_size_mib);
+    if (task_.tell_digest) channel_.Send(DigestMessage{DigestOf(text)});
     Enter(Phase::kParsing);
     control::Database database = OpenDatabase(task_, std::move(text));
     TellCarried(database);

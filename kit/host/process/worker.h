@@ -41,6 +41,7 @@ struct WorkerTask {
   Recording recording;
   bool count_changes = false;  // of the result against its start
   bool send_entries = false;
+  bool tell_digest = false;  // of the configuration's file
 };
 
 // How messages name the configuration.
