@@ -1,0 +1,12 @@
+// The files of this folder, as the build embeds them.
+#ifndef KIT_HOST_REPORT_PAGE_PAGE_FILES_H_
+#define KIT_HOST_REPORT_PAGE_PAGE_FILES_H_
+
+namespace kit::host {
+
+extern const char kPageHtml[];
+extern const char kPageCss[];
+
+}  // namespace kit::host
+
+#endif  // KIT_HOST_REPORT_PAGE_PAGE_FILES_H_
