@@ -6,6 +6,9 @@ namespace kit::host {
 
 extern const char kPageHtml[];
 extern const char kPageCss[];
+extern const char kPageJs[];
+extern const char kPartsJs[];
+extern const char kStartJs[];
 
 }  // namespace kit::host
 
