@@ -253,6 +253,7 @@ std::string RenderJsonEnd(const Report& report) {
       {"outcome", Name(report.exit_code())},
       {"error", FailureJson(report.failure)},
       {"output", OrNull(report.output)},
+      {"page", OrNull(report.page)},
       {"format", report.format ? Json(Name(*report.format)) : Json()}};
   return "," + Dump(json).substr(std::strlen("{")) + "\n";
 }

@@ -31,6 +31,8 @@ struct Report : Outcome {
   std::optional<std::string> output;  // where the result was written
   bool partly_written = false;        // to standard output
   uint64_t output_size = 0;
+  std::optional<std::string> page;  // where the page of it was written
+  uint64_t page_size = 0;
 };
 
 struct ReportView {
@@ -43,6 +45,12 @@ struct ReportView {
 
 // What changed, by list: the comparison's, and the moves that passes made.
 std::vector<ListTotals> ListsOf(const Report& report);
+
+// "2 re-keyed, 1 created"; "" for no changes.
+std::string PassSummary(const PassTotals& pass);
+
+// What became of the entries, in a sentence; "" for no changes.
+std::string ChangesSentence(const std::vector<ListTotals>& lists);
 
 // A report has two parts: what is known before the output is put in its place,
 // and what came of that. So the first can be delivered while a failure still

@@ -63,29 +63,6 @@ void AppendHeadline(const Report& report, const Screen& screen,
       "\n";
 }
 
-std::string PassSummary(const PassTotals& pass) {
-  ListTotals sum;
-  for (const ListTotals& list : pass.lists) {
-    sum.created += list.created;
-    sum.rekeyed += list.rekeyed;
-    sum.changed += list.changed;
-    sum.deleted += list.deleted;
-    sum.moved += list.moved;
-  }
-  std::string text;
-  const auto add = [&text](uint64_t count, const char* what) {
-    if (count == 0) return;
-    if (!text.empty()) text += ", ";
-    text += fmt::format("{} {}", count, what);
-  };
-  add(sum.rekeyed, "re-keyed");
-  add(sum.created, "created");
-  add(sum.changed, "changed");
-  add(sum.deleted, "deleted");
-  add(sum.moved, "moved");
-  return text;
-}
-
 // Passes that changed something.
 void AppendPasses(const Report& report, const Screen& screen,
                   std::string& text) {
@@ -143,31 +120,6 @@ void AppendCalls(const Report& report, const ReportView& view,
   if (!report.result && report.last_call) {
     text += fmt::format("Last ConfD call: {}\n", OneLine(*report.last_call));
   }
-}
-
-// What became of the entries, in a sentence.
-std::string ChangesSentence(const std::vector<ListTotals>& lists) {
-  ListTotals sum;
-  for (const ListTotals& list : lists) {
-    sum.created += list.created;
-    sum.rekeyed += list.rekeyed;
-    sum.changed += list.changed;
-    sum.deleted += list.deleted;
-    sum.moved += list.moved;
-  }
-  std::string text;
-  const auto add = [&text](uint64_t count, const char* one, const char* many) {
-    if (count == 0) return;
-    text += text.empty() ? Counted(count, "entry ", "entries ")
-                         : fmt::format(", {} ", count);
-    text += count == 1 ? one : many;
-  };
-  add(sum.rekeyed, "got another key", "got another key");
-  add(sum.created, "is new", "are new");
-  add(sum.changed, "changed", "changed");
-  add(sum.deleted, "is gone", "are gone");
-  add(sum.moved, "moved", "moved");
-  return text;
 }
 
 // A path in so many columns; a longer one loses its middle.
@@ -277,6 +229,53 @@ std::vector<ListTotals> ListsOf(const Report& report) {
     }
   }
   return lists;
+}
+
+std::string PassSummary(const PassTotals& pass) {
+  ListTotals sum;
+  for (const ListTotals& list : pass.lists) {
+    sum.created += list.created;
+    sum.rekeyed += list.rekeyed;
+    sum.changed += list.changed;
+    sum.deleted += list.deleted;
+    sum.moved += list.moved;
+  }
+  std::string text;
+  const auto add = [&text](uint64_t count, const char* what) {
+    if (count == 0) return;
+    if (!text.empty()) text += ", ";
+    text += fmt::format("{} {}", count, what);
+  };
+  add(sum.rekeyed, "re-keyed");
+  add(sum.created, "created");
+  add(sum.changed, "changed");
+  add(sum.deleted, "deleted");
+  add(sum.moved, "moved");
+  return text;
+}
+
+std::string ChangesSentence(const std::vector<ListTotals>& lists) {
+  ListTotals sum;
+  for (const ListTotals& list : lists) {
+    sum.created += list.created;
+    sum.rekeyed += list.rekeyed;
+    sum.changed += list.changed;
+    sum.deleted += list.deleted;
+    sum.moved += list.moved;
+  }
+  std::string text;
+  const auto add = [&text](uint64_t count, const char* one, const char* many) {
+    if (count == 0) return;
+    text += text.empty() ? Counted(count, "entry ", "entries ")
+                         : fmt::format(", {} ", count);
+    text += count == 1 ? one : many;
+  };
+  add(sum.rekeyed, "got another key", "got another key");
+  add(sum.created, "is new", "are new");
+  add(sum.changed, "changed", "changed");
+  add(sum.deleted, "is gone", "are gone");
+  add(sum.moved, "moved", "moved");
+  return text;
 }
 
 std::string RenderFailure(const Failure& failure) {
@@ -433,7 +432,9 @@ std::string RenderText(const Report& report, const ReportView& view) {
   return text;
 }
 
-std::string RenderTextEnd(const Report& report) {
+namespace {
+
+std::string OutputLine(const Report& report) {
   if (report.output) {
     return fmt::format("Written: {} ({}, {})\n", OneLine(*report.output),
                        report.format == control::Format::kJson ? "JSON" : "XML",
@@ -442,8 +443,22 @@ std::string RenderTextEnd(const Report& report) {
   if (report.partly_written) {
     return "Not written as a whole: standard output may have a part of it.\n";
   }
-  if (report.failure) return "Nothing was written.\n";
-  return "Nothing was written: -o FILE keeps the upgraded configuration.\n";
+  const char* nothing =
+      report.page ? "No configuration was written" : "Nothing was written";
+  return fmt::format(
+      "{}{}.\n", nothing,
+      report.failure ? "" : ": -o FILE keeps the upgraded configuration");
+}
+
+}  // namespace
+
+std::string RenderTextEnd(const Report& report) {
+  std::string text;
+  if (report.page) {
+    text = fmt::format("Page: {} (HTML, {})\n", OneLine(*report.page),
+                       Counted(report.page_size, "byte", "bytes"));
+  }
+  return text + OutputLine(report);
 }
 
 }  // namespace kit::host
