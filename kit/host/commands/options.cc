@@ -57,7 +57,7 @@ constexpr char kJsonKeys[] =
     "reason), schemas\n"
     "(loaded, matter, otherwise: what comes of the run the other way),\n"
     "plugin_output, exit_code, outcome, error (reason, details, advice, file,\n"
-    "line, path), output, format; null is what does not apply or is not "
+    "line, path), output, page, format; null is what does not apply or is not "
     "known.\n"
     "With --diff also entries (change, pass, list, path, old_path, leaves:\n"
     "leaf, before, after, and the default that holds where one is null), with\n"
@@ -114,6 +114,10 @@ std::string CheckTimeout(const std::string& text) {
 
 std::string CheckNotEmpty(const std::string& text) {
   return text.empty() ? "an empty name names no file" : "";
+}
+
+std::string CheckPage(const std::string& text) {
+  return text == "-" ? "a page needs a file of its own" : CheckNotEmpty(text);
 }
 
 // Shows how the values of options are given that may do without.
@@ -308,7 +312,7 @@ class RunParser {
         ->check(CheckNotEmpty);
     command_.add_flag(
         "--force", options_.force,
-        "Replace the FILE of -o or --log if it exists; the new output "
+        "Replace the FILE of -o, --log or --report if it exists; the new one "
         "gets its owner, group and permissions");
     command_
         .add_option("--format", format_,
@@ -324,6 +328,12 @@ class RunParser {
         std::string("--log{") + kShowLog + "}", log_,
         "Show the plug-in's log; --log=FILE writes it to FILE, one record per "
         "line, as they come");
+    command_
+        .add_option("--report", options_.page,
+                    "Write all about the run to FILE, one page for a browser, "
+                    "whatever comes of the upgrade")
+        ->type_name("FILE")
+        ->check(CheckPage);
     CLI::Option* trace = command_.add_flag(
         "--trace", options_.trace,
         "Print every ConfD call, what it changed, and every log "

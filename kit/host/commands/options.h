@@ -43,6 +43,7 @@ struct RunOptions : UpgradeOptions {
   bool force = false;
   std::optional<control::Format> format;  // none: the input's
   std::optional<std::string> log;         // file that takes the records
+  std::optional<std::string> page;        // file that takes all as HTML
   bool strict = false;                    // what needs a look is a failure
   // What is shown besides the first screen.
   bool quiet = false;

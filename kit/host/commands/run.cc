@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -16,6 +17,7 @@
 #include "kit/host/commands/releases.h"
 #include "kit/host/commands/run_files.h"
 #include "kit/host/commands/run_listener.h"
+#include "kit/host/commands/run_page.h"
 #include "kit/host/failure.h"
 #include "kit/host/journal/pass_differences.h"
 #include "kit/host/process/interrupt.h"
@@ -152,6 +154,7 @@ void CommitOutput(const RunOptions& options, OutputFile& output,
 struct Rehearsal {
   Report report;
   std::optional<OutputFile> output;
+  std::unique_ptr<RunPage> page;
 };
 
 void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
@@ -160,8 +163,12 @@ void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
   WorkerTask task = TaskOf(options, upgrade);
   rehearsal.report.plugin = task.plugin;
   const auto input = StatInput(options);
+  std::unique_ptr<RunPage> page;
+  if (options.page) page = std::make_unique<RunPage>(options, input);
   std::optional<LogFile> log = OpenLog(options, input);
   rehearsal.output = PrepareOutput(options, input);
+  rehearsal.page = std::move(page);
+  if (rehearsal.page) rehearsal.page->Ask(task);
   task.has_output = rehearsal.output.has_value();
   Journal journal;
   Secrets secrets(options.show_secrets ? std::vector<std::string>()
@@ -175,6 +182,9 @@ void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
   }
   listening.show_status = !options.quiet && !options.trace;
   if (options.diff_by_pass) listening.views.push_back(&by_pass);
+  if (rehearsal.page) {
+    listening.views.push_back(&rehearsal.page->differences());
+  }
   {
     RunListener listener(journal, secrets, listening);
     rehearsal.report =
@@ -257,6 +267,34 @@ Failure ReportFailure() {
           "make room where the report goes"};
 }
 
+std::string TakeBack(Rehearsal& rehearsal) {
+  rehearsal.report.output.reset();
+  return rehearsal.output ? rehearsal.output->TakeBack() : "";
+}
+
+// A page that can't be written fails a run that did not fail before.
+void PublishPage(Rehearsal& rehearsal) {
+  Report& report = rehearsal.report;
+  try {
+    rehearsal.page->Publish(report,
+                            rehearsal.output ? &*rehearsal.output : nullptr);
+  } catch (const FailureError& error) {
+    if (report.failure) {
+      std::fputs(RenderFailure(error.failure()).c_str(), stderr);
+      return;
+    }
+    report.failure = error.failure();
+    const std::string left = TakeBack(rehearsal);
+    if (!left.empty()) report.failure->details.push_back(left);
+  }
+}
+
+// Says what is left over of a file that has been replaced.
+void SayLeft(const std::string& left) {
+  if (left.empty()) return;
+  std::fputs(("ospf-upgrade: " + OneLine(left) + "\n").c_str(), stderr);
+}
+
 // The output is put in its place between the two parts of the report, so that
 // the report never says so too early, and taken back when the second part can't
 // be delivered.
@@ -267,20 +305,21 @@ void Conclude(const RunOptions& options, Rehearsal& rehearsal) {
   if (!printed && !report.failure) report.failure = ReportFailure();
   if (!report.failure && rehearsal.output)
     CommitOutput(options, *rehearsal.output, report);
+  if (rehearsal.page) PublishPage(rehearsal);
   printed = printed && printer.PrintEnd();
   if (!printed && !report.failure) {
     report.failure = ReportFailure();
-    const std::string left =
-        rehearsal.output ? rehearsal.output->TakeBack() : "";
+    std::string left = TakeBack(rehearsal);
     if (!left.empty()) report.failure->details.push_back(left);
+    // It says that all went well.
+    left = rehearsal.page ? rehearsal.page->TakeBack() : "";
+    if (!left.empty()) report.failure->details.push_back(left);
+    report.page.reset();
   }
+  if (!report.failure) HoldInterrupts();
+  if (report.page) SayLeft(rehearsal.page->Confirm());
   if (!report.failure) {
-    HoldInterrupts();
-    const std::string left =
-        rehearsal.output ? rehearsal.output->Confirm() : "";
-    if (!left.empty()) {
-      std::fputs(("ospf-upgrade: " + OneLine(left) + "\n").c_str(), stderr);
-    }
+    if (rehearsal.output) SayLeft(rehearsal.output->Confirm());
     return;
   }
   std::fputs(RenderFailure(*report.failure).c_str(), stderr);

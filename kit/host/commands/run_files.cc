@@ -63,6 +63,24 @@ std::optional<OutputFile> PrepareOutput(
   return OutputFile::ForFile(*options.output, options.force, input);
 }
 
+OutputFile PreparePage(const RunOptions& options,
+                       const std::optional<struct stat>& input) {
+  const std::string& page = *options.page;
+  const auto fail = [&page](const char* reason) {
+    throw FailureError({ExitCode::kOutputFailed, reason,
+                        "name another file with --report", page});
+  };
+  if (IsPrintedTo(page)) fail("is the file that the report in words goes to");
+  if (options.output && *options.output != "-" &&
+      SameName(page, *options.output)) {
+    fail("cannot be both the page and the output");
+  }
+  if (options.log && SameName(page, *options.log)) {
+    fail("cannot be both the page and the log");
+  }
+  return OutputFile::ForFile(page, options.force, input, "--report");
+}
+
 std::optional<LogFile> OpenLog(const RunOptions& options,
                                const std::optional<struct stat>& input) {
   if (!options.log) return std::nullopt;

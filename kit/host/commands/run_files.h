@@ -19,6 +19,10 @@ std::optional<struct stat> StatInput(const RunOptions& options);
 std::optional<OutputFile> PrepareOutput(
     const RunOptions& options, const std::optional<struct stat>& input);
 
+// Of --report, which has to be given. Throws FailureError (kOutputFailed).
+OutputFile PreparePage(const RunOptions& options,
+                       const std::optional<struct stat>& input);
+
 // Of --log=FILE. Throws FailureError (kOutputFailed).
 std::optional<LogFile> OpenLog(const RunOptions& options,
                                const std::optional<struct stat>& input);
