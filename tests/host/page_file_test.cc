@@ -95,5 +95,98 @@ TEST_F(PageFileTest, TellsOfAConfigurationThatCannotBeRead) {
   EXPECT_THAT(Read("page.html"), HasSubstr("not rehearsed to its end"));
 }
 
+TEST_F(PageFileTest, NeverHasMarkupOfOthers) {
+  std::string config(kDemoXml);
+  const std::string label = "&lt;/script>&lt;img src=x onerror='x()'>\u202e";
+  config.replace(config.find(">one<") + 1, 3, label);
+  const std::string name = Path("<u>&.xml");
+  fs::rename(Write("demo.xml", config), name);
+  RunDemo("logs_markup", {name, "--report", Path("page.html")});
+  const std::string page = Read("page.html");
+  EXPECT_THAT(page, AllOf(HasSubstr("&lt;u&gt;&amp;.xml"),
+                          HasSubstr(R"(a\\u202eb\\u2066c\\x1b[31m)"),
+                          Not(HasSubstr("<u>")), Not(HasSubstr("<img"))));
+  size_t ends = 0;
+  for (size_t at = 0; (at = page.find("</script>", at)) != std::string::npos;
+       ++at) {
+    ++ends;
+  }
+  EXPECT_EQ(ends, 2U);
+}
+
+TEST_F(PageFileTest, ReplacesNothingWithoutForce) {
+  const std::string page = Write("page.html", "mine");
+  const Outcome outcome = RunDemo("well_behaved", {Config(), "--report", page});
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.err,
+              AllOf(HasSubstr("exists already"), HasSubstr("with --report")));
+  EXPECT_EQ(Read("page.html"), "mine");
+  EXPECT_EQ(RunDemo("well_behaved", {Config(), "--report", page, "--force"})
+                .exit_code,
+            0);
+  EXPECT_THAT(Read("page.html"), StartsWith("<!DOCTYPE html>"));
+}
+
+TEST_F(PageFileTest, IsNoOtherFileOfTheRun) {
+  const std::string page = Path("page.html");
+  const std::string config = Config();
+  for (const std::vector<std::string>& args :
+       std::vector<std::vector<std::string>>{
+           {"--report", config},
+           {"--report", page, "-o", page},
+           {"--report", page, "--log=" + page}}) {
+    std::vector<std::string> all = {config, "--force"};
+    all.insert(all.end(), args.begin(), args.end());
+    const Outcome outcome = RunDemo("well_behaved", all);
+    EXPECT_EQ(outcome.exit_code, 6) << outcome;
+    EXPECT_THAT(outcome.err, HasSubstr("name another file with --report"));
+    EXPECT_THAT(NewFiles(), IsEmpty());
+  }
+  EXPECT_EQ(Read("demo.xml"), kDemoXml);
+}
+
+TEST_F(PageFileTest, NeedsAFolderThatCanBeWritten) {
+  const std::string config = Config();
+  fs::permissions(fs::path(Path("")).parent_path().parent_path(),
+                  fs::perms::all);
+  Launch launch;
+  if (geteuid() == 0) launch.user = 1234;
+  fs::permissions(Path(""), fs::perms(0555));
+  const Outcome outcome = RunDemo(
+      "hangs", {config, "--report", "page.html", "--timeout", "1"}, launch);
+  fs::permissions(Path(""), fs::perms::all);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.err,
+              AllOf(HasSubstr("page.html: cannot be created in its folder"),
+                    HasSubstr("with --report")));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+TEST_F(PageFileTest, WithoutRoomForItThereIsNoOutputEither) {
+  Launch launch;
+  launch.max_file_size = 5'000;  // more than the output takes
+  const Outcome outcome = RunDemo(
+      "well_behaved",
+      {Config(), "-o", Path("out"), "--report", Path("page.html")}, launch);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("page.html: cannot be written"),
+                                 HasSubstr("with --report")));
+  EXPECT_THAT(outcome.out, Not(HasSubstr("Written:")));
+  EXPECT_THAT(NewFiles(), IsEmpty());
+}
+
+TEST_F(PageFileTest, IsNotLeftWhereTheReportInWordsIsNotDelivered) {
+  Launch launch;
+  launch.stdout_path = "/dev/full";
+  const Outcome outcome = RunDemo(
+      "well_behaved",
+      {Config(), "-o", Path("out"), "--report", Path("page.html")}, launch);
+  EXPECT_EQ(outcome.exit_code, 6) << outcome;
+  EXPECT_THAT(NewFiles(), Not(testing::Contains("out")));
+  if (Exists("page.html")) {
+    EXPECT_THAT(Read("page.html"), HasSubstr("cannot be written"));
+  }
+}
+
 }  // namespace
 }  // namespace host_test
