@@ -38,10 +38,18 @@ std::string PrintIpv4(uint32_t address) {
 }
 
 void AppendIpv4(std::string* out, uint32_t address) {
+  // Keys are addresses more often than not, and one piece is appended faster
+  // than seven.
+  char text[] = "255.255.255.255";
+  char* end = text;
   for (int shift = 24; shift >= 0; shift -= 8) {
-    if (shift < 24) out->push_back('.');
-    AppendNumber(out, address >> shift & 0xff);
+    const uint32_t part = address >> shift & 0xff;
+    if (part >= 100) *end++ = static_cast<char>('0' + part / 100);
+    if (part >= 10) *end++ = static_cast<char>('0' + part / 10 % 10);
+    *end++ = static_cast<char>('0' + part % 10);
+    *end++ = '.';
   }
+  out->append(text, static_cast<size_t>(end - 1 - text));
 }
 
 std::optional<std::string> ParseIpv6(std::string_view text) {

@@ -10,6 +10,9 @@ TEST(Ipv4, RoundTripsDottedQuads) {
   EXPECT_EQ(ParseIpv4("255.255.255.255"), 0xffffffffu);
   EXPECT_EQ(PrintIpv4(0x0a000001), "10.0.0.1");
   EXPECT_EQ(PrintIpv4(0), "0.0.0.0");
+  EXPECT_EQ(PrintIpv4(0x090a6364), "9.10.99.100");
+  EXPECT_EQ(PrintIpv4(0x656d6ec8), "101.109.110.200");
+  EXPECT_EQ(PrintIpv4(0xffffffff), "255.255.255.255");
   for (const char* text : {"", "10", "10.0.0", "10.0.0.0.1", "256.0.0.1",
                            "10.0.0.1%eth0", " 10.0.0.1", "10.0.0.1/8",
                            "a.b.c.d", "10.0.0.-1", "1111.1111.1111.1111"}) {
