@@ -126,8 +126,17 @@ inline void FreeValues(std::vector<confd_value_t>& values) {
 // The address as a dotted quad.
 inline std::string AddressText(const in_addr& address) {
   const uint32_t bits = ntohl(address.s_addr);
-  const auto byte = [bits](int at) { return std::to_string(bits >> at & 255); };
-  return byte(24) + '.' + byte(16) + '.' + byte(8) + '.' + byte(0);
+  // Written out by hand: the passes need one for nearly every path.
+  char text[] = "255.255.255.255";
+  char* end = text;
+  for (int at = 24; at >= 0; at -= 8) {
+    const uint32_t byte = bits >> at & 255;
+    if (byte >= 100) *end++ = static_cast<char>('0' + byte / 100);
+    if (byte >= 10) *end++ = static_cast<char>('0' + byte / 10 % 10);
+    *end++ = static_cast<char>('0' + byte % 10);
+    *end++ = '.';
+  }
+  return std::string(text, end - 1);  // without the last dot
 }
 
 // The entry of an area list, keyed by an OSPF instance and an area.

@@ -90,7 +90,8 @@ TEST(DatabaseAccessTest, EverySlotIsReleasedByACallOfItsOwn) {
 }
 
 TEST(DatabaseAccessTest, AddressesAreDottedQuads) {
-  for (const char* text : {"0.0.0.0", "10.0.0.1", "255.255.255.255"}) {
+  for (const char* text :
+       {"0.0.0.0", "9.10.99.100", "101.109.110.200", "255.255.255.255"}) {
     EXPECT_EQ(AddressText(Address(text)), text);
   }
 }
