@@ -196,6 +196,26 @@ TEST_F(ConfdLibPagesObjects, WhatGetObjectGivesSetObjectTakes) {
             "C_UINT32 7" + std::string(kFullObject).substr(10));
 }
 
+TEST_F(ConfdLibPagesObjects, SetObjectKeepsNothingOfTheCallBefore) {
+  confd_value_t least[15];
+  confd_value_t full[15];
+  ASSERT_EQ(maapi_get_object(maapi_, th_, least, 15, "/object{1}"), 13);
+  ASSERT_EQ(maapi_get_object(maapi_, th_, full, 15, "/object{2}"), 15);
+  EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, full, 15, "/object{7}")),
+            "ok");
+  EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, least, 13, "/object{8}")),
+            "ok");
+  EXPECT_EQ(Outcome(maapi_set_object(maapi_, th_, full, 15, "/object{9}")),
+            "ok");
+  for (confd_value_t& value : full) confd_free_value(&value);
+  const auto of_number = [](int number, const char* object) {
+    return "C_UINT32 " + std::to_string(number) +
+           std::string(object).substr(std::strlen("C_UINT32 1"));
+  };
+  EXPECT_EQ(Object("/object{8}"), of_number(8, kLeastObject));
+  EXPECT_EQ(Object("/object{9}"), of_number(9, kFullObject));
+}
+
 TEST_F(ConfdLibPagesObjects,
        SetObjectRemovesPresenceContainersThatAreAbsentInIt) {
   confd_value_t values[13];

@@ -158,13 +158,13 @@ int maapi_vset_object(int sock, int thandle, const confd_value_t* values, int n,
         if (n > 0) RequirePointer(values, "the values");
         // Before the values are looked at: there may be fewer than it says.
         store::Data::RequireObjectSize(target, count);
-        std::vector<store::NewElement> elements(count);
+        // The gate lets in one call at a time.
+        static auto& elements = *new std::vector<store::NewElement>();
+        elements.resize(count);
         for (size_t i = 0; i < count; ++i) {
-          if (TypeNumber(values[i]) != C_NOEXISTS) {
-            elements[i] = ElementFromC(values[i], target.schema);
-          }
+          ElementFromC(values[i], target.schema, elements[i]);
         }
-        Transaction(scope).SetObject(target, std::move(elements));
+        Transaction(scope).SetObject(target, elements);
         return CONFD_OK;
       },
       [&](const Call& call, const Scope& scope) {

@@ -459,18 +459,28 @@ Value FromC(const confd_value_t& value, const store::SchemaNode* place) {
 NewElement ElementFromC(const confd_value_t& value,
                         const store::SchemaNode* place) {
   NewElement element;
-  if (TypeNumber(value) == C_XMLTAG) {
-    element.is_present = true;
-  } else if (TypeNumber(value) == C_LIST) {
-    element.items.emplace();
-    if (SizeOf(value.val.list) != value.val.list.size) FailForNull("C_LIST");
-    for (unsigned int i = 0; i < value.val.list.size; ++i) {
-      element.items->push_back(FromC(value.val.list.ptr[i], place));
-    }
-  } else if (TypeNumber(value) != C_NOEXISTS) {
-    element.value = FromC(value, place);
-  }
+  ElementFromC(value, place, element);
   return element;
+}
+
+void ElementFromC(const confd_value_t& value, const store::SchemaNode* place,
+                  NewElement& element) {
+  const int type = TypeNumber(value);
+  const bool is_single =
+      type != C_XMLTAG && type != C_LIST && type != C_NOEXISTS;
+  element.is_present = type == C_XMLTAG;
+  element.items.reset();
+  if (is_single) {
+    element.value = FromC(value, place);
+    return;
+  }
+  element.value.reset();
+  if (type != C_LIST) return;
+  element.items.emplace();
+  if (SizeOf(value.val.list) != value.val.list.size) FailForNull("C_LIST");
+  for (unsigned int i = 0; i < value.val.list.size; ++i) {
+    element.items->push_back(FromC(value.val.list.ptr[i], place));
+  }
 }
 
 }  // namespace kit::api

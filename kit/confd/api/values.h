@@ -31,9 +31,12 @@ uint64_t OwnedTexts();
 // a type that no leaf has.
 store::Value FromC(const confd_value_t& value,
                    const store::SchemaNode* place = nullptr);
-// C_NOEXISTS is the empty element.
+// C_NOEXISTS is the empty element. The second form makes one of an element that
+// held something else.
 store::NewElement ElementFromC(const confd_value_t& value,
                                const store::SchemaNode* place);
+void ElementFromC(const confd_value_t& value, const store::SchemaNode* place,
+                  store::NewElement& element);
 
 // The number of a namespace's or node's name in C_XMLTAG values.
 uint32_t TagOf(const store::SchemaNode& node);

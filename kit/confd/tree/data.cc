@@ -662,7 +662,7 @@ void Data::RequireObjectSize(const Target& target, size_t count) {
   }
 }
 
-void Data::SetObject(const Target& target, std::vector<NewElement> elements) {
+void Data::SetObject(const Target& target, std::vector<NewElement>& elements) {
   const SchemaNode& schema = *target.schema;
   RequireObjectSize(target, elements.size());
   RequireHolder(target);

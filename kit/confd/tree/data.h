@@ -189,7 +189,8 @@ class Data {
   enum class Where { kFirst, kBefore, kAfter, kLast };
   void MoveWithin(const Target& target, Where where,
                   const std::vector<Value>& keys);
-  void SetObject(const Target& target, std::vector<NewElement> elements);
+  // Leaves the elements as they were checked.
+  void SetObject(const Target& target, std::vector<NewElement>& elements);
   // Writes single nodes of an entry or container, which are created if they are
   // missing. Of a list as a whole `keys` pick the entry.
   void SetTagged(const Target& target, std::vector<Value> keys,
