@@ -205,7 +205,12 @@ class Formatter {
 
   void Run() {
     for (const Piece& piece : format_.pieces()) {
-      if (!piece.text.empty()) out_.append(piece.text);
+      // Between two values stands a blank.
+      if (piece.text.size() == 1) {
+        out_.push_back(piece.text.front());
+      } else if (!piece.text.empty()) {
+        out_.append(piece.text);
+      }
       directive_at_ = piece.at;
       Convert(piece);
     }
