@@ -65,7 +65,8 @@ ValueType TypeOfBase(const lysc_type* type) {
   }
 }
 
-std::optional<Value> ParseInteger(ValueType type, std::string_view text) {
+// As values hold it.
+std::optional<uint64_t> ParseInteger(ValueType type, std::string_view text) {
   const int sign = RowOf(type).bits - 1;
   if (IsSigned(type)) {
     auto number = text::ParseNumber<int64_t>(text);
@@ -73,11 +74,11 @@ std::optional<Value> ParseInteger(ValueType type, std::string_view text) {
     if (!number || (*number >> sign != 0 && *number >> sign != -1)) {
       return std::nullopt;
     }
-    return Value::Number(type, static_cast<uint64_t>(*number));
+    return static_cast<uint64_t>(*number);
   }
   auto number = text::ParseNumber<uint64_t>(text);
   if (!number || *number >> sign > 1) return std::nullopt;
-  return Value::Number(type, *number);
+  return number;
 }
 
 // Clear the bits behind the first `length` of an address.
@@ -605,16 +606,16 @@ Value LeafType::ParseKey(std::string_view text) const {
 
 bool LeafType::ParsePlainKey(std::string_view text, Value& value) const {
   if (!members_.empty()) return false;
-  std::optional<Value> parsed;
+  std::optional<uint64_t> bits;
   if (!unrestricted_) {
-    parsed = ParseInRange(text);
+    if (const auto number = ParseInRange(text)) bits = number->bits();
   } else if (text_form_ == TextForm::kNumber) {
-    parsed = ParseInteger(value_type_, text);
-  } else if (text_form_ == TextForm::kAddress) {
-    parsed = ParseAddress(value_type_, text);
+    bits = ParseInteger(value_type_, text);
+  } else if (RowOf(value_type_).stored_as == StoredAs::kIpv4) {
+    bits = text::ParseIpv4(text);
   }
-  if (!parsed) return false;
-  value = *std::move(parsed);
+  if (!bits) return false;
+  value = Value::Number(value_type_, *bits);
   return true;
 }
 
@@ -622,7 +623,9 @@ Value LeafType::ParseCanonical(std::string_view text) const {
   std::optional<Value> value;
   switch (text_form_) {
     case TextForm::kNumber:
-      value = ParseInteger(value_type_, text);
+      if (const auto bits = ParseInteger(value_type_, text)) {
+        value = Value::Number(value_type_, *bits);
+      }
       break;
     case TextForm::kBool:
       if (text == "true" || text == "false") {
