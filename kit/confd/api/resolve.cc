@@ -227,11 +227,12 @@ class Resolver {
     if (is_value) {
       const PathDraft::Slot& slot = draft_.values[next_slot_++];
       at_ = slot.end;
-      Value value = FromC(*slot.value);
+      Value& value = target_.keys.emplace_back(FromC(*slot.value));
+      if (type.HasPlainly(value)) return true;
       // One of another type may still be written as the key is. Among those of
       // a union the value counts with its type.
       if (type.value_type() && type.value_type() != value.type()) return false;
-      target_.keys.push_back(type.Check(std::move(value)));
+      value = type.Check(std::move(value));
       return true;
     }
     const std::string_view key = Take(kPlainKey);

@@ -911,7 +911,15 @@ Value LeafType::ParseToStore(std::string_view text) const {
   return Parse(*hash);
 }
 
+bool LeafType::HasPlainly(const Value& value) const {
+  if (!members_.empty() || value.type() != value_type_) return false;
+  if (value_type_ == ValueType::kBuf) return false;  // bytes may be no text
+  if (unrestricted_ && value_type_ != ValueType::kEnum) return true;
+  return IsInRange(value);
+}
+
 Value LeafType::Check(Value value) const {
+  if (HasPlainly(value)) return value;
   if (!members_.empty()) return CheckMember(value);
   if (value.type() != value_type_) {
     throw Error(ErrorCode::kBadType,
@@ -924,10 +932,7 @@ Value LeafType::Check(Value value) const {
   }
   bool is_named = value_type_ == ValueType::kEnum;
   if (unrestricted_ && !is_named) return value;
-  if (IsInRange(value) || HasLength(value.text()) ||
-      IsKnownString(value.text())) {
-    return value;
-  }
+  if (HasLength(value.text()) || IsKnownString(value.text())) return value;
   std::string text = Print(WithFractionDigits(value));
   return is_named ? value : Parse(text);
 }

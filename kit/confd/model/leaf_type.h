@@ -63,6 +63,10 @@ class LeafType {
   // Throws Error with kBadType for one of another type or out of its limits.
   Value Check(Value value) const;
 
+  // Whether Check would give the value back as it is; a quick answer, which is
+  // no where it would take more than looking at a number.
+  bool HasPlainly(const Value& value) const;
+
   // The canonical text as libyang knows it. The value must be of the type.
   std::string Print(const Value& value) const;
 

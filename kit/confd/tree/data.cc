@@ -212,7 +212,7 @@ void CheckElement(const SchemaNode& child, NewElement& element,
         ErrorCode::kBadType,
         PlaceInArray(number) + " does not fit the node \"" + child.name + "\"");
   }
-  if (element.value) {
+  if (element.value && !child.type->HasPlainly(*element.value)) {
     *element.value = Checked(child, *std::move(element.value));
   }
   if (element.items) element.items = Checked(child, *element.items);

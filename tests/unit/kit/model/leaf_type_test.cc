@@ -250,6 +250,24 @@ TEST(LeafType, ChecksValuesByTypeAndLimits) {
   }
 }
 
+TEST(LeafType, HasPlainlyWhatALookAtTheNumberTells) {
+  const auto has = [](const char* leaf, ValueType type, uint64_t bits) {
+    return TypeOf(leaf).HasPlainly(Value::Number(type, bits));
+  };
+  EXPECT_TRUE(has("u8", ValueType::kUint8, 255));
+  EXPECT_FALSE(has("u8", ValueType::kUint16, 1));
+  EXPECT_TRUE(has("small", ValueType::kUint8, 20));
+  EXPECT_FALSE(has("small", ValueType::kUint8, 21));
+  EXPECT_TRUE(has("gate", ValueType::kIpv4, 0x0a000001));
+  // What needs another look, or is not the whole value.
+  EXPECT_FALSE(has("local-gate", ValueType::kIpv4, 0x0a000001));
+  EXPECT_FALSE(has("mixed", ValueType::kIpv4, 0x0a000001));
+  EXPECT_FALSE(has("enum", ValueType::kEnum, 2));
+  EXPECT_FALSE(has("dec", ValueType::kDecimal64, 15));
+  EXPECT_FALSE(TypeOf("str").HasPlainly(
+      Value::Text(ValueType::kBuf, std::string("a\0b", 3))));
+}
+
 // Ranges are looked at here, all other restrictions by libyang.
 TEST(LeafType, EndsOfRangesBelongToThem) {
   const LeafType& type = *NodeAt(Zoo(), "/zoo:values/small").type;
