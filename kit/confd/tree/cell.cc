@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kit/confd/model/schema.h"
+
 namespace kit::store {
 namespace {
 
@@ -252,10 +254,12 @@ void KeyPrefixBuilder::Add(const LeafType& type, const Value& key) {
     case StoredAs::kBool:
     case StoredAs::kUnsigned:
     case StoredAs::kIpv4:
-      return AddNumber(key.bits(), bytes);
+      AddNumber(key.bits(), bytes);
+      break;
     case StoredAs::kSigned:
       // With the sign flipped they order as unsigned numbers do.
-      return AddNumber(key.bits() ^ uint64_t{1} << (row.bits - 1), bytes);
+      AddNumber(key.bits() ^ uint64_t{1} << (row.bits - 1), bytes);
+      break;
     case StoredAs::kBytes:
       for (size_t at = 0; at < key.text().size() && used_ < kSize; at += 8) {
         uint64_t word = 0;
@@ -269,6 +273,15 @@ void KeyPrefixBuilder::Add(const LeafType& type, const Value& key) {
     default:
       is_whole_ = false;
   }
+  if (is_whole_) ++whole_keys_;
+}
+
+KeyPrefixBuilder PrefixOf(const SchemaNode& list, KeyView keys) {
+  KeyPrefixBuilder builder;
+  for (size_t i = 0; i < keys.size; ++i) {
+    builder.Add(*list.children[i]->type, keys.data[i]);
+  }
+  return builder;
 }
 
 }  // namespace kit::store

@@ -13,6 +13,8 @@
 
 namespace kit::store {
 
+struct SchemaNode;
+
 // What stands in a record for one leaf. What it means the leaf's type says:
 // the number itself, a short text, or where the value stands in the arena.
 using Cell = uint64_t;
@@ -53,6 +55,9 @@ class KeyPrefixBuilder {
   KeyPrefix prefix() const { return {words_[0], words_[1]}; }
   // Whether nothing of the keys is missing in it.
   bool is_whole() const { return is_whole_; }
+  // How many of the keys, from the first, are in it as a whole: entries with
+  // the same prefix have the same ones.
+  size_t whole_keys() const { return whole_keys_; }
 
  private:
   static constexpr size_t kSize = 16;
@@ -61,7 +66,10 @@ class KeyPrefixBuilder {
   uint64_t words_[2] = {0, 0};
   size_t used_ = 0;
   bool is_whole_ = true;
+  size_t whole_keys_ = 0;
 };
+
+KeyPrefixBuilder PrefixOf(const SchemaNode& list, KeyView keys);
 
 }  // namespace kit::store
 

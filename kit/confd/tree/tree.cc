@@ -29,14 +29,6 @@ size_t BitCount(uint64_t word) {
   return static_cast<size_t>(word * 0x0101010101010101 >> 56);
 }
 
-KeyPrefixBuilder PrefixOf(const SchemaNode& list, KeyView keys) {
-  KeyPrefixBuilder builder;
-  for (size_t i = 0; i < keys.size; ++i) {
-    builder.Add(*list.children[i]->type, keys.data[i]);
-  }
-  return builder;
-}
-
 // Whether the cell itself says something, and not only what it leads to.
 bool HoldsValue(const SchemaNode& child) {
   return child.kind == NodeKind::kLeaf || child.kind == NodeKind::kLeafList ||
@@ -400,12 +392,13 @@ List::Found List::Search(KeyView keys) const {
   const bool decides = is_full && builder.is_whole();
   // Programs make several calls on one entry.
   Node* const last = is_full ? by_key_.AtLast(builder.prefix()) : nullptr;
-  if (last != nullptr && (decides || HasKeys(*last, keys))) {
+  if (last != nullptr &&
+      (decides || HasKeys(*last, keys, builder.whole_keys()))) {
     return {by_key_.Last(), builder.prefix(), last};
   }
   auto compare = [&](const Node& node) {
     if (decides) return 0;
-    for (size_t i = 0; i < keys.size; ++i) {
+    for (size_t i = builder.whole_keys(); i < keys.size; ++i) {
       const int order =
           Compare(*schema_->children[i]->type, node.cells()[i], keys.data[i]);
       if (order != 0) return order;
@@ -420,14 +413,14 @@ List::Found List::Search(KeyView keys) const {
   }
   Node* node = by_key_.At(found.position);
   if (node == nullptr || !is_full) return found;
-  if (HasKeys(*node, keys)) found.node = node;
+  if (HasKeys(*node, keys, 0)) found.node = node;
   return found;
 }
 
-bool List::HasKeys(const Node& entry, KeyView keys) const {
+bool List::HasKeys(const Node& entry, KeyView keys, size_t known) const {
   const Cell* const cells = entry.cells();
   // Neighbours differ in their last keys.
-  for (size_t i = keys.size; i-- > 0;) {
+  for (size_t i = keys.size; i-- > known;) {
     if (!Holds(*schema_->children[i]->type, cells[i], keys.data[i])) {
       return false;
     }

@@ -254,8 +254,8 @@ class List {
     Node* node;  // null if there is no such entry
   };
   Found Search(KeyView keys) const;
-  // Whether the entry has all these keys.
-  bool HasKeys(const Node& entry, KeyView keys) const;
+  // Whether the entry has all these keys, the first `known` of which it has.
+  bool HasKeys(const Node& entry, KeyView keys, size_t known) const;
   EntryIndex::Position PositionOf(const Node& entry) const;
   EntryIndex::Position PositionOfPlace(uint64_t place) const;
 

@@ -96,11 +96,16 @@ TEST(KeyPrefix, SaysWhetherItHoldsTheKeysWhole) {
   KeyPrefixBuilder builder;
   for (int i = 0; i < 4; ++i) builder.Add(number, number.Parse("7"));
   EXPECT_TRUE(builder.is_whole());
+  EXPECT_EQ(builder.whole_keys(), 4u);
   builder.Add(number, number.Parse("7"));
   EXPECT_FALSE(builder.is_whole());
+  EXPECT_EQ(builder.whole_keys(), 4u);
   KeyPrefixBuilder of_text;
+  of_text.Add(number, number.Parse("7"));
   of_text.Add(text, text.Parse("a"));
+  of_text.Add(number, number.Parse("7"));
   EXPECT_FALSE(of_text.is_whole());
+  EXPECT_EQ(of_text.whole_keys(), 1u);
 }
 
 // Its bytes would look like those of a key.

@@ -92,6 +92,44 @@ TEST_P(ListTest, AWalkMeetsWhatIsInsertedAheadOfItAndNotWhatIsErased) {
 
 INSTANTIATE_TEST_SUITE_P(Orders, ListTest, testing::Values("by-int", "queue"));
 
+// The first of their bytes are compared at once.
+TEST(Tree, KeysThatBeginAlikeAreToldApart) {
+  const Schema schema(ModelDirectory("growth/before"), {});
+  const SchemaNode& node = NodeAt(schema, "/growth:g/empty-keys");
+  Data data(schema);
+  List& list = data.root().MakeContainer(*node.parent).MakeList(node);
+  const auto keys = [](bool flag, const char* text) {
+    return std::vector<Value>{Value::Number(ValueType::kBool, flag),
+                              Value::Text(ValueType::kBuf, text),
+                              Value::Number(ValueType::kEmpty, 0)};
+  };
+  for (const bool flag : {true, false}) {
+    for (const char* text : {"fifteen letters, b", "fifteen letters, ",
+                             "fifteen letters, bc", "short"}) {
+      const auto one = keys(flag, text);
+      const auto [entry, is_new] = list.Insert({one.data(), one.size()});
+      EXPECT_TRUE(is_new) << flag << text;
+      EXPECT_EQ(entry->Keys(), one);
+    }
+    for (const char* text : {"fifteen letters, a", "fifteen letters, ba",
+                             "fifteen letters, bd", "shor"}) {
+      const auto one = keys(flag, text);
+      EXPECT_EQ(list.Find({one.data(), one.size()}), nullptr) << flag << text;
+    }
+  }
+  std::vector<std::string> order;
+  for (const Node& entry : list) {
+    const auto own = entry.Keys();
+    EXPECT_EQ(list.Find({own.data(), own.size()}), &entry);
+    order.push_back((own[0].bits() != 0 ? "+" : "-") + own[1].text());
+  }
+  EXPECT_EQ(order,
+            (std::vector<std::string>{
+                "-fifteen letters, ", "-fifteen letters, b",
+                "-fifteen letters, bc", "-short", "+fifteen letters, ",
+                "+fifteen letters, b", "+fifteen letters, bc", "+short"}));
+}
+
 TEST(Tree, ListsAreInTheirOrder) {
   Data data(Zoo());
   for (const char* key : {"{5}", "{1}", "{9}"}) {
