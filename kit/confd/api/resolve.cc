@@ -68,6 +68,9 @@ struct LastEntry {
   std::string path;  // with its braces
   const SchemaNode* list = nullptr;
   std::vector<Value> keys;
+  // Where it was found.
+  store::Arena::Version version{};
+  store::Node* entry = nullptr;
 };
 
 LastEntry& TheLastEntry() {
@@ -149,12 +152,14 @@ class Resolver {
     last.path = text_.substr(0, at_);
     last.list = target_.schema;
     last.keys = target_.keys;
+    last.version = data_.version();
+    last.entry = target_.entry;
     last.schema = data_.schema().serial();
     return true;
   }
 
   bool TakeLastEntry() {
-    const LastEntry& last = TheLastEntry();
+    LastEntry& last = TheLastEntry();
     const size_t size = last.path.size();
     const bool is_same = last.schema == data_.schema().serial() &&
                          last.selected == rules_.selected &&
@@ -164,10 +169,17 @@ class Resolver {
         (!draft_.values.empty() && draft_.values.front().begin < size)) {
       return false;
     }
+    at_ = size;
+    if (last.entry != nullptr && last.version == data_.version()) {
+      target_.keys = last.keys;
+      walk_.EnterEntry(*last.entry);
+      return true;
+    }
     walk_.EnterFromRoot(*last.list);
     target_.keys = last.keys;
     walk_.ChooseByKeys();
-    at_ = size;
+    last.version = data_.version();
+    last.entry = target_.entry;
     return true;
   }
 

@@ -1,6 +1,7 @@
 #include "kit/confd/tree/arena.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -35,6 +36,11 @@ size_t SizeOf(size_t bytes) {
 }
 
 }  // namespace
+
+Arena::Arena() {
+  static std::atomic<uint64_t> last{0};
+  version_ = {++last, 0};
+}
 
 Arena::~Arena() {
   while (chunks_ != nullptr) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
 namespace kit::store {
@@ -15,7 +16,7 @@ class TreeWatcher;
 // which any of them leads back to. Not thread-safe.
 class Arena {
  public:
-  Arena() = default;
+  Arena();
   ~Arena();
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
@@ -34,6 +35,16 @@ class Arena {
   // Who is told of changes to the tree, or null. Not owned.
   TreeWatcher* watcher() const { return watcher_; }
   void SetWatcher(TreeWatcher* watcher) { watcher_ = watcher; }
+
+  // While both stay the same, a node of the tree that was found by its keys is
+  // still there and has these keys.
+  struct Version {
+    uint64_t arena;  // its serial number: addresses come again
+    uint64_t losses;
+  };
+  Version version() const { return version_; }
+  // A node goes or gets other keys.
+  void NoteLoss() { ++version_.losses; }
 
   // Whether `piece` is this arena's alone.
   bool MayChange(const void* piece) const {
@@ -59,8 +70,13 @@ class Arena {
   char* end_ = nullptr;
   bool frozen_ = false;
   TreeWatcher* watcher_ = nullptr;
+  Version version_;
   std::array<FreePiece*, kLargestSmall / kAlignment + 1> free_{};
 };
+
+inline bool operator==(Arena::Version a, Arena::Version b) {
+  return a.arena == b.arena && a.losses == b.losses;
+}
 
 // A growing array in an arena. T is trivial: nothing is destroyed.
 template <typename T>

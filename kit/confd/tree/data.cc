@@ -305,6 +305,12 @@ void PathWalk::EnterFromRoot(const SchemaNode& node) {
   Enter(node);
 }
 
+void PathWalk::EnterEntry(Node& entry) {
+  target_.schema = entry.schema;
+  target_.holder = entry.parent;
+  Choose(&entry);
+}
+
 // The root or a container, while the walk stands at the root; null where one on
 // the way is not there.
 Node* PathWalk::Reach(const SchemaNode& container) {

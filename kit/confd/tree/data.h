@@ -100,6 +100,8 @@ class PathWalk {
   void Enter(const SchemaNode& child);
   // From the root to a node below containers alone.
   void EnterFromRoot(const SchemaNode& node);
+  // From the root to an entry, which has the target's keys.
+  void EnterEntry(Node& entry);
   // To an entry of the list just entered: by the target's keys, by position.
   void ChooseByKeys();
   void ChooseByPosition(uint64_t position);
@@ -202,6 +204,8 @@ class Data {
   // The list that a path without keys names; null when it has no entries.
   // kBadPath: not a list.
   static List* ListOf(const Target& target);
+
+  Arena::Version version() const { return arenas_.front()->version(); }
 
  private:
   friend class PathWalk;

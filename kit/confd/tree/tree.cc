@@ -69,6 +69,7 @@ Node* Node::Make(Arena& arena, const SchemaNode& schema, Node* parent,
 
 void Node::Destroy(Node* node, bool tell_values) {
   Arena& arena = node->arena();
+  arena.NoteLoss();
   TreeWatcher* const watcher = arena.watcher();
   if (watcher != nullptr && node->is_entry()) {
     watcher->OnDeleted(*node);
@@ -476,6 +477,7 @@ bool List::Erase(KeyView keys) {
 void List::Rename(Node& entry, KeyView keys) {
   Arena& own = arena();
   const std::vector<Value> before = entry.Keys();
+  own.NoteLoss();
   by_key_.Erase(own, Search({before.data(), before.size()}).position);
   for (size_t i = 0; i < keys.size; ++i) {
     const SchemaNode& key = *schema_->children[i];

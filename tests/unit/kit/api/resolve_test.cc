@@ -113,6 +113,22 @@ TEST(ResolveDraft, KeysLeadWhereTheyDoNow) {
   find(second, "/zoo:lists/triple{1 2 33}");
   second.Delete(store::At(second, entry));
   find(second, entry);
+  // An entry that was found twice is remembered too.
+  second.Create(store::At(second, entry));
+  find(second, entry);
+  find(second, entry);
+  find(first, entry);
+  find(second, entry);
+  second.Delete(store::At(second, entry));
+  find(second, entry);
+  second.Create(store::At(second, "/zoo:lists/triple{4 5 6}"));
+  second.Create(store::At(second, entry));
+  find(second, entry);
+  find(second, entry);
+  second.Move(store::At(second, entry),
+              store::At(second, "/zoo:lists/triple{7 8 9}").keys);
+  find(second, entry);
+  find(second, "/zoo:lists/triple{7 8 9}");
   find(first, "/zoo:object{1}/part{2}/note");
   find(first, "/zoo:object{1}/part{2}");
   find(first, "/zoo:object{1}");
