@@ -678,7 +678,9 @@ void Data::SetObject(const Target& target, std::vector<NewElement>& elements) {
     writer.Write(target.holder->MakeContainer(schema));
     return;
   }
-  std::vector<Value> keys = target.keys;
+  std::vector<Value> keys;
+  KeyView view{target.keys.data(), target.keys.size()};
+  Node* entry = target.entry;
   if (!target.is_entry) {
     keys.reserve(schema.key_count);
     for (size_t i = 0; i < schema.key_count; ++i) {
@@ -689,13 +691,15 @@ void Data::SetObject(const Target& target, std::vector<NewElement>& elements) {
       }
       keys.push_back(Checked(*schema.children[i], *elements[i].value));
     }
+    view = {keys.data(), keys.size()};
+    const List* list = target.holder->ListAt(schema);
+    entry = list == nullptr ? nullptr : list->Find(view);
   }
-  List* existing = target.holder->ListAt(schema);
-  writer.Check(schema, existing == nullptr
-                           ? nullptr
-                           : existing->Find({keys.data(), keys.size()}));
-  List& list = target.holder->MakeList(schema);
-  writer.Write(*list.Insert({keys.data(), keys.size()}).first);
+  writer.Check(schema, entry);
+  if (entry == nullptr) {
+    entry = target.holder->MakeList(schema).Insert(view).first;
+  }
+  writer.Write(*entry);
 }
 
 void Data::SetTagged(const Target& target, std::vector<Value> keys,
