@@ -72,6 +72,15 @@ void Secrets::AddValue(const std::string& value) {
   beginnings_.set(HashOf(value));
 }
 
+bool Secrets::IsLeafIn(std::string_view line) const {
+  for (const std::string& path : paths_) {
+    const std::string_view name =
+        std::string_view(path).substr(path.rfind('/') + 1);
+    if (line.find(name) != std::string_view::npos) return true;
+  }
+  return false;
+}
+
 std::string Secrets::Masked(std::string text) const {
   if (values_.empty()) return text;
   std::string masked;

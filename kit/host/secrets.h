@@ -43,6 +43,8 @@ class Secrets {
   }
   // Whether a text speaks of such a leaf, with keys or without.
   bool IsNamedIn(std::string_view text) const;
+  // Whether a line of a configuration has such a leaf, by its name alone.
+  bool IsLeafIn(std::string_view line) const;
   // A text with each known value masked, wherever it stands.
   std::string Masked(std::string text) const;
   // The value of a leaf, or a text that quotes it.
