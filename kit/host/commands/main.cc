@@ -7,6 +7,7 @@
 #include <iostream>
 #include <variant>
 
+#include "kit/host/commands/compare.h"
 #include "kit/host/commands/fleet.h"
 #include "kit/host/commands/options.h"
 #include "kit/host/commands/run.h"
@@ -28,6 +29,7 @@ void OccupyStandardDescriptors() {
 
 ExitCode Start(const RunOptions& options) { return Run(options); }
 ExitCode Start(const FleetOptions& options) { return RunFleet(options); }
+ExitCode Start(const CompareOptions& options) { return RunCompare(options); }
 
 ExitCode Main(int argc, char** argv) {
   OccupyStandardDescriptors();

@@ -153,6 +153,12 @@ class UpgradeParser {
 
   void AddTo(CLI::App& command) {
     AddPlugin(command);
+    AddAllButPlugin(command);
+  }
+
+  // For a command that runs several.
+  void AddAllButPlugin(CLI::App& command) {
+    AddRules(command);
     AddModels(command);
     AddLimits(command);
   }
@@ -186,6 +192,9 @@ class UpgradeParser {
                     "loaded by default")
         ->type_name("loaded|none")
         ->check(CLI::IsMember({"loaded", "none"}).description(""));
+  }
+
+  void AddRules(CLI::App& command) {
     command
         .add_option(
             "--rules", options_.rules,
@@ -502,6 +511,73 @@ class FleetParser {
   std::vector<std::string> only_;
 };
 
+class CompareParser {
+ public:
+  explicit CompareParser(CLI::App& app)
+      : command_(*app.add_subcommand(
+            "compare", "Show what differs between two ways to upgrade")),
+        upgrade_(options_) {
+    command_.footer(
+        "What to compare is one of --plugin A --plugin B, --schemas, "
+        "--before.\n"
+        "Only what differs is printed: verdict, findings, log, calls, result.\n"
+        "The exit code is 0 where nothing differs, and 1 where something does; "
+        "others\nare those of run.");
+    command_.add_option("CONFIG", options_.configs, "Configurations")
+        ->required()
+        ->type_name("FILE")
+        ->check(CheckNotEmpty);
+    AddWays();
+    command_.add_flag("--json", options_.json,
+                      "Print a line of JSON for each configuration");
+    upgrade_.AddAllButPlugin(command_);
+  }
+
+  bool is_wanted() const { return command_.parsed(); }
+
+  // Throws CLI::ValidationError.
+  CompareOptions Take() {
+    upgrade_.Finish();
+    const bool has_plugins = !options_.plugins.empty();
+    if (has_plugins + options_.schemas + options_.before.has_value() != 1) {
+      throw CLI::ValidationError(
+          "one of --plugin A --plugin B, --schemas and --before FILE says what "
+          "to compare");
+    }
+    if (has_plugins && options_.plugins.size() != 2) {
+      throw CLI::ValidationError("--plugin: two are compared, not " +
+                                 std::to_string(options_.plugins.size()));
+    }
+    if (options_.before && options_.configs.size() != 1) {
+      throw CLI::ValidationError(
+          "--before: a saved result is of one configuration");
+    }
+    return std::move(options_);
+  }
+
+ private:
+  void AddWays() {
+    command_
+        .add_option("--plugin", options_.plugins,
+                    "Two plug-ins, in two options")
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->check(CheckNotEmpty);
+    command_.add_flag("--schemas", options_.schemas,
+                      "With ConfD's schemas loaded, and without");
+    command_
+        .add_option("--before", options_.before,
+                    "A result that -o of a run has saved, and what the upgrade "
+                    "makes of its configuration now")
+        ->type_name("FILE")
+        ->check(CheckNotEmpty);
+  }
+
+  CompareOptions options_;
+  CLI::App& command_;
+  UpgradeParser upgrade_;
+};
+
 // Whether a word that is no option follows --log, which would be its file if
 // --log alone did not mean something else.
 bool HasDetachedLogFile(int argc, const char* const* argv) {
@@ -531,6 +607,7 @@ std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
 
   RunParser run(app);
   FleetParser fleet(app);
+  CompareParser compare(app);
 
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return OneLine(error.what()) + "\nRun with --help for more information.\n";
@@ -548,7 +625,15 @@ std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
   }
   if (run.is_wanted()) return run.Take();
   if (fleet.is_wanted()) return fleet.Take();
-  err << "A subcommand is required: run or fleet\n"
+  if (compare.is_wanted()) {
+    try {
+      return compare.Take();
+    } catch (const CLI::ParseError& error) {
+      app.exit(error, out, err);
+      return ExitCode::kBadInput;
+    }
+  }
+  err << "A subcommand is required: run, fleet or compare\n"
          "Run with --help for more information.\n";
   return ExitCode::kBadInput;
 }

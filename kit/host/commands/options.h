@@ -71,8 +71,16 @@ struct FleetOptions : UpgradeOptions {
   std::vector<RouterVerdict> only;  // lines of these; none: of all
 };
 
+struct CompareOptions : UpgradeOptions {
+  std::vector<std::string> configs;
+  std::vector<std::string> plugins;   // two, or
+  bool schemas = false;               // loaded against not loaded, or
+  std::optional<std::string> before;  // a saved result, of one configuration
+  bool json = false;
+};
+
 // The options of one command.
-using CommandOptions = std::variant<RunOptions, FleetOptions>;
+using CommandOptions = std::variant<RunOptions, FleetOptions, CompareOptions>;
 
 // What to do; or the code to exit with at once, after help, version
 // or a usage error was printed to `out` or `err`.

@@ -155,6 +155,7 @@ struct Rehearsal {
   Report report;
   std::optional<OutputFile> output;
   std::unique_ptr<RunPage> page;
+  Secrets secrets;  // that it masks
 };
 
 void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
@@ -171,8 +172,8 @@ void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
   if (rehearsal.page) rehearsal.page->Ask(task);
   task.has_output = rehearsal.output.has_value();
   Journal journal;
-  Secrets secrets(options.show_secrets ? std::vector<std::string>()
-                                       : catalogue.secrets);
+  Secrets& secrets = rehearsal.secrets;
+  if (!options.show_secrets) secrets = Secrets(catalogue.secrets);
   PassDifferences by_pass;
   RunListening listening;
   listening.log = log ? &*log : nullptr;
@@ -352,6 +353,20 @@ Report RunQuietly(const RunOptions& options, const PreparedUpgrade& upgrade) {
   HoldInterrupts();
   rehearsal.output->Confirm();
   return std::move(report);
+}
+
+ComparedRun RunInMemory(RunOptions options, const PreparedUpgrade& upgrade) {
+  options.output = "-";  // which stays in memory until it is committed
+  options.diff = true;
+  options.trace = true;
+  options.json = true;  // so that nothing is printed on the way
+  Rehearsal rehearsal = Rehearse(options, &upgrade);
+  ComparedRun run{std::move(rehearsal.report), "",
+                  std::move(rehearsal.secrets)};
+  if (!run.report.failure && rehearsal.output) {
+    run.result = ReadAll(rehearsal.output->fd());
+  }
+  return run;
 }
 
 ExitCode Run(const RunOptions& options) {

@@ -6,6 +6,7 @@
 #include "kit/host/exit_code.h"
 #include "kit/host/findings/rule.h"
 #include "kit/host/process/worker.h"
+#include "kit/host/report/comparison.h"
 #include "kit/host/report/report.h"
 
 namespace kit::host {
@@ -37,6 +38,10 @@ ExitCode Run(const RunOptions& options);
 
 // Runs without printing anything, and puts the output in its place.
 Report RunQuietly(const RunOptions& options, const PreparedUpgrade& upgrade);
+
+// Runs without printing or writing anything, and keeps the calls, the changes
+// of the whole run and the upgraded configuration.
+ComparedRun RunInMemory(RunOptions options, const PreparedUpgrade& upgrade);
 
 }  // namespace kit::host
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <system_error>
 
@@ -30,6 +31,21 @@ void CloseAllBut(std::vector<int> kept) {
     first = std::max(first, next + 1);
   }
   close_range(first, ~0U, 0);
+}
+
+std::string ReadAll(int fd) {
+  std::string text;
+  std::array<char, 1 << 16> chunk;
+  for (;;) {
+    const ssize_t got =
+        pread(fd, chunk.data(), chunk.size(), static_cast<off_t>(text.size()));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      throw std::system_error(errno, std::generic_category(), "pread");
+    }
+    if (got == 0) return text;
+    text.append(chunk.data(), static_cast<size_t>(got));
+  }
 }
 
 void WriteAll(int fd, std::string_view bytes) {

@@ -39,6 +39,9 @@ Pipe MakePipe();
 // Closes all descriptors but the standard ones and these.
 void CloseAllBut(std::vector<int> kept);
 
+// All that a file holds, from its beginning. Throws std::system_error.
+std::string ReadAll(int fd);
+
 // Writes all of it. Throws std::system_error.
 void WriteAll(int fd, std::string_view bytes);
 
