@@ -12,6 +12,9 @@ import sys
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "tests/support"))
+from examples import examples  # noqa: E402
+
 HOST = sys.argv.pop(1)
 
 
@@ -23,8 +26,10 @@ def run(config, diff, *options):
 
 
 def configurations():
-    yield from sorted((ROOT / "examples").glob("*.xml"))
-    yield from sorted((ROOT / "tests/cases").glob("*/before.xml"))
+    """Of each the file and the options that it is run with."""
+    yield from examples()
+    for file in sorted((ROOT / "tests/cases").glob("*/before.xml")):
+        yield file, []
 
 
 class Entry:
@@ -70,12 +75,12 @@ def compose(entries):
 class DifferencesTest(unittest.TestCase):
     def test_those_of_the_passes_add_up_to_those_of_the_run(self):
         compared = 0
-        for config in configurations():
+        for config, options in configurations():
             with self.subTest(config=str(config.relative_to(ROOT))):
-                whole = run(config, "--diff")
+                whole = run(config, "--diff", *options)
                 if whole["exit_code"] != 0:
                     continue
-                by_pass = run(config, "--diff=pass")
+                by_pass = run(config, "--diff=pass", *options)
                 passes = [entry["pass"] for entry in by_pass["entries"]]
                 self.assertEqual(passes, sorted(passes))
                 self.assertEqual(compose(by_pass["entries"]),
