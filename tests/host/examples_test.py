@@ -63,6 +63,18 @@ class ExamplesTest(unittest.TestCase):
                 rules = sorted({found["rule"] for found in findings})
                 self.assertEqual(" ".join(rules) or "nothing", row["findings"])
 
+    def test_one_of_another_release_is_told_from_those_of_before(self):
+        told = 0
+        for file, options in examples():
+            if not options:
+                continue
+            with self.subTest(example=file.name):
+                done = run(str(file))
+                self.assertEqual(done.returncode, 3)
+                self.assertIn("use " + shlex.join(options), done.stderr)
+                told += 1
+        self.assertGreater(told, 0)
+
 
 if __name__ == "__main__":
     unittest.main()
