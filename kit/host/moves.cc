@@ -15,9 +15,12 @@ uint32_t Hash(std::string_view text) {
   return static_cast<uint32_t>(std::hash<std::string_view>()(text));
 }
 
+const std::string& ValueOf(const control::LeafChange& leaf) {
+  return leaf.before ? *leaf.before : *leaf.after;
+}
+
 uint32_t HashOf(const control::LeafChange& leaf) {
-  const std::string& value = leaf.before ? *leaf.before : *leaf.after;
-  return Hash(leaf.leaf) * 31 + Hash(value);
+  return Hash(leaf.leaf) * 31 + Hash(ValueOf(leaf));
 }
 
 }  // namespace
@@ -57,12 +60,18 @@ std::vector<std::string_view> KeysOf(std::string_view path) {
 
 void MoveFinder::Add(const control::EntryChange& entry, uint64_t id) {
   const std::vector<std::string_view> keys = KeysOf(entry.path);
-  Entry kept{id, hashes_.size(), static_cast<uint32_t>(keys.size()), 0};
+  Entry kept{id, hashes_.size(), static_cast<uint32_t>(keys.size()), 0, 0};
   for (const std::string_view key : keys) hashes_.push_back(Hash(key));
   for (const control::LeafChange& leaf : entry.leaves) {
     if (leaf.before || leaf.after) hashes_.push_back(HashOf(leaf));
   }
   kept.leaves = static_cast<uint32_t>(hashes_.size() - kept.first - kept.keys);
+  for (const control::LeafChange& leaf : entry.leaves) {
+    if (keys.empty() || !(leaf.before || leaf.after)) continue;
+    if (ValueOf(leaf) != keys.front()) continue;
+    hashes_.push_back(Hash(leaf.leaf));
+    ++kept.repeats;
+  }
   (entry.kind == control::ChangeKind::kCreated ? created_ : deleted_)
       .push_back(kept);
 }
@@ -113,19 +122,30 @@ class MoveFinder::Matching {
     return hash;
   }
 
-  // Leaves come in the order of the model on both sides.
-  size_t SameLeaves(const Entry& a, const Entry& b) const {
-    const uint32_t* const hashes = finder_.hashes_.data();
-    const uint32_t* const a_leaf = hashes + a.first + a.keys;
-    const uint32_t* const b_leaf = hashes + b.first + b.keys;
+  // How many hashes are in both, in the same order.
+  static size_t InCommon(const uint32_t* a, size_t a_size, const uint32_t* b,
+                         size_t b_size) {
+    const uint32_t* const end = b + b_size;
     size_t same = 0;
-    size_t next = 0;
-    for (size_t i = 0; i < a.leaves; ++i) {
-      const uint32_t* const end = b_leaf + b.leaves;
-      const uint32_t* const found = std::find(b_leaf + next, end, a_leaf[i]);
+    for (size_t i = 0; i < a_size; ++i) {
+      const uint32_t* const found = std::find(b, end, a[i]);
       if (found == end) continue;
       ++same;
-      next = static_cast<size_t>(found - b_leaf) + 1;
+      b = found + 1;
+    }
+    return same;
+  }
+
+  // Leaves come in the order of the model on both sides. Those that repeat the
+  // same first key have the same value, and are counted already.
+  size_t SameLeaves(const Entry& a, const Entry& b) const {
+    const uint32_t* const a_hash = finder_.hashes_.data() + a.first;
+    const uint32_t* const b_hash = finder_.hashes_.data() + b.first;
+    size_t same =
+        InCommon(a_hash + a.keys, a.leaves, b_hash + b.keys, b.leaves);
+    if (a.repeats > 0 && b.repeats > 0 && *a_hash != *b_hash) {
+      same += InCommon(a_hash + a.keys + a.leaves, a.repeats,
+                       b_hash + b.keys + b.leaves, b.repeats);
     }
     return same;
   }

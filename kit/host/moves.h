@@ -28,15 +28,18 @@ class MoveFinder {
   // Deleted and created; each entry is in at most one. First those that differ
   // in one key, the first of the keys before the others, then those whose
   // content is the same, then those that are left in the same order. At least
-  // half of the leaves of a pair have the same values.
+  // half of the leaves of a pair have the same values; where both repeat the
+  // first key of their entry, these count as the same.
   std::vector<std::pair<uint64_t, uint64_t>> Pairs() const;
 
  private:
   struct Entry {
     uint64_t id;
-    size_t first;  // in hashes_: of the keys, then of the leaves in order
+    size_t first;  // in hashes_: of the keys, then of the leaves in order,
+                   // then of the names of those that repeat the first key
     uint32_t keys;
     uint32_t leaves;
+    uint32_t repeats;
   };
 
   class Matching;

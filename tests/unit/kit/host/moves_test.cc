@@ -103,6 +103,24 @@ TEST_F(MoveFinderTest, WhatIsLeftIsTakenInItsOrder) {
   EXPECT_THAT(finder_.Pairs(), UnorderedElementsAre(Pair(3, 1), Pair(4, 2)));
 }
 
+TEST_F(MoveFinderTest, LeavesThatRepeatTheFirstKeyFollowIt) {
+  Created("1", "1234", 1);
+  Deleted("7", "7", 2);
+  EXPECT_THAT(finder_.Pairs(), ElementsAre(Pair(2, 1)));
+}
+
+TEST_F(MoveFinderTest, ALeafThatHappensToRepeatTheFirstKeyIsCompared) {
+  Created("1 x", "7", 1);
+  Deleted("7 x", "7", 2);
+  EXPECT_THAT(finder_.Pairs(), ElementsAre(Pair(2, 1)));
+}
+
+TEST_F(MoveFinderTest, LeavesOfDifferentNamesThatRepeatTheKeyAreNotTheSame) {
+  Created("1", "-134", 1);
+  Deleted("7", "7", 2);
+  EXPECT_THAT(finder_.Pairs(), IsEmpty());
+}
+
 TEST_F(MoveFinderTest, EntriesOfKeysAloneMoveWithOneOtherKeyOnly) {
   Created("1 x", "", 1);
   Created("3 z", "", 2);
