@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <string_view>
 #include <unordered_map>
@@ -65,8 +66,14 @@ class MissedInterface {
             : "its name is that of no L3 interface or loopback, and ";
     const auto known = loopbacks_.find(std::to_string(number));
     if (known == loopbacks_.end()) return odd + "there is no " + loopback;
-    const std::string reason =
-        ReasonOfAddress(loopback, known->second, address);
+    const std::vector<std::string>& addresses = known->second;
+    const std::string first = addresses.empty() ? "" : addresses.front();
+    if (first != address &&
+        std::count(addresses.begin(), addresses.end(), address) > 0) {
+      return odd + "it is not the first address of " + loopback +
+             ", which alone gets one";
+    }
+    const std::string reason = ReasonOfAddress(loopback, first, address);
     return reason.empty() ? "" : odd + reason;
   }
 
@@ -84,14 +91,13 @@ class MissedInterface {
                  {"name", "ipv4/address/ip"}, [this](const TableRow& row) {
                    l3_.emplace(Text(row, 0), WithoutLength(Text(row, 1)));
                  });
+    tables_.Read(Side::kInput, "/config/interface/loopback", {"id"},
+                 [this](const TableRow& row) { loopbacks_[Text(row, 0)]; });
     tables_.Read(
-        Side::kInput, "/config/interface/loopback", {"id"},
-        [this](const TableRow& row) { loopbacks_.emplace(Text(row, 0), ""); });
-    tables_.Read(Side::kInput, "/config/interface/loopback/ipv4/address",
-                 {"../../id", "ip"}, [this](const TableRow& row) {
-                   std::string& first = loopbacks_[Text(row, 0)];
-                   if (first.empty()) first = WithoutLength(Text(row, 1));
-                 });
+        Side::kInput, "/config/interface/loopback/ipv4/address",
+        {"../../id", "ip"}, [this](const TableRow& row) {
+          loopbacks_[Text(row, 0)].push_back(WithoutLength(Text(row, 1)));
+        });
     interfaces_ = tables_.ReadPairs(Side::kResult, kPmInterfaces,
                                     {"ospfPmIfApplIndex", "ospfPmIfIpAddress"});
     metrics_ = tables_.ReadPairs(
@@ -101,9 +107,9 @@ class MissedInterface {
 
   const OspfTables& tables_;
   bool is_read_ = false;
-  // Configured addresses by name and by number, "" without one.
+  // Configured addresses: by name, "" without one; by number.
   std::unordered_map<std::string, std::string> l3_;
-  std::unordered_map<std::string, std::string> loopbacks_;
+  std::unordered_map<std::string, std::vector<std::string>> loopbacks_;
   OspfTables::Keys interfaces_;
   OspfTables::Keys metrics_;
 };

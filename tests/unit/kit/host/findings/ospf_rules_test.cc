@@ -148,6 +148,32 @@ TEST(OspfRules, ForeignEntriesAreSeenInEachList) {
   }
 }
 
+// What is said of loopback 0, which has these addresses.
+std::string ReasonOfLoopback(const std::string& address,
+                             const std::vector<std::string>& addresses) {
+  const Catalogue catalogue = ReadCatalogue(
+      R"({"rules": [{"id": "X", "severity": "look", "advice": "Look.",
+          "in": "code", "code": "ospfv2-missed-interfaces",
+          "message": "{reason}"}]})",
+      "x.json", true);
+  ConfigBuilder config;
+  config.Entity(7)
+      .Interface(7, "0.0.0.0", "loopback-0", address)
+      .Loopback(0, addresses);
+  const Database database = OpenOspf(config);
+  return FindInResult(catalogue, database).at(0).message;
+}
+
+TEST(OspfRules, ALaterAddressOfALoopbackIsToldFromAForeignOne) {
+  EXPECT_EQ(ReasonOfLoopback("192.0.2.2", {"192.0.2.1/32", "192.0.2.2/32"}),
+            "it is not the first address of loopback 0, which alone gets one");
+  EXPECT_EQ(ReasonOfLoopback("192.0.2.3", {"192.0.2.1/32", "192.0.2.2/32"}),
+            "loopback 0 has 192.0.2.1");
+  EXPECT_EQ(ReasonOfLoopback("192.0.2.3", {}), "loopback 0 has no address");
+  EXPECT_EQ(ReasonOfLoopback("192.0.2.1", {"192.0.2.1/32", "192.0.2.2/32"}),
+            "the pass did not come to it");
+}
+
 TEST(OspfRules, InternalAreasOfOspfv3InstancesAreNotForeign) {
   ConfigBuilder config;
   config.Entity(7).V3Entity(5).InternalArea(5, "0.0.0.0").NmEntity(3);
