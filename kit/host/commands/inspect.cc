@@ -112,7 +112,8 @@ void CompleteFindings(const Catalogue& catalogue, Report& report) {
   Append(LossFindings(report.losses), findings);
   Append(ViolationFindings(report.violations), findings);
   if (report.result == 0) {
-    Append(FailedCallFindings(failed), findings);
+    Append(FailedCallFindings(Unexplained(catalogue, findings, failed)),
+           findings);
     Append(CursorFindings(report.open_cursors), findings);
     Append(UnreleasedValueFindings(report.unreleased_values), findings);
   }

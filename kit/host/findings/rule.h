@@ -47,6 +47,10 @@ struct Rule {
   CallCondition calls;               // kCalls
   const CodeRule* code = nullptr;    // kCode
 
+  // Calls that fail where the rule finds something, and need no explanation of
+  // their own.
+  std::optional<CallCondition> explains;
+
   Sentence message;
   std::string one;  // of what is counted, "" to leave the count out
   std::string many;

@@ -66,8 +66,8 @@ class RuleReader {
 
   Rule Run() {
     rule_.where = json_["in"].OneOf(Places());
-    Keys keys = {"id",   "severity", "in",     "message",
-                 "unit", "advice",   "section"};
+    Keys keys = {"id",   "severity", "in",      "message",
+                 "unit", "advice",   "section", "explains"};
     const Keys& more = KeysOf(rule_.where);
     keys.insert(keys.end(), more.begin(), more.end());
     json_.RequireKeys(keys);
@@ -77,6 +77,10 @@ class RuleReader {
     if (json_.Has("section")) rule_.section = json_["section"].Text();
     if (json_.Has("unit")) ReadUnit(json_["unit"]);
     ReadCondition();
+    if (json_.Has("explains")) {
+      json_["explains"].RequireKeys(KeysOf(Where::kCalls));
+      rule_.explains = ReadCalls(json_["explains"]);
+    }
     ReadMessage(json_["message"]);
     return std::move(rule_);
   }
@@ -102,11 +106,7 @@ class RuleReader {
         rule_.pattern = ReadPattern(json_["pattern"]);
         return;
       case Where::kCalls:
-        if (json_.Has("function")) {
-          rule_.calls.function = json_["function"].Text();
-        }
-        if (json_.Has("path")) rule_.calls.path = ReadPattern(json_["path"]);
-        if (json_.Has("error")) rule_.calls.error = json_["error"].Number();
+        rule_.calls = ReadCalls(json_);
         return;
       case Where::kCode:
         return ReadCode(json_["code"]);
@@ -142,6 +142,14 @@ class RuleReader {
     if (needs_value || json.Has("value")) {
       query.texts.push_back(ReadExpression(json["value"]));
     }
+  }
+
+  static CallCondition ReadCalls(const CheckedValue& json) {
+    CallCondition calls;
+    if (json.Has("function")) calls.function = json["function"].Text();
+    if (json.Has("path")) calls.path = ReadPattern(json["path"]);
+    if (json.Has("error")) calls.error = json["error"].Number();
+    return calls;
   }
 
   static std::shared_ptr<Pattern> ReadPattern(const CheckedValue& json) {

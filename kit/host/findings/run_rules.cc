@@ -1,5 +1,6 @@
 #include "kit/host/findings/run_rules.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "kit/host/text.h"
@@ -13,6 +14,15 @@ bool Fits(const CallCondition& condition, const FailedCall& call) {
   }
   if (condition.error && *condition.error != call.error) return false;
   return condition.path == nullptr || condition.path->Matches(call.path);
+}
+
+bool Explains(const Rule& rule, const std::vector<Finding>& findings,
+              const FailedCall& call) {
+  if (!rule.explains || !Fits(*rule.explains, call)) return false;
+  return std::any_of(
+      findings.begin(), findings.end(), [&](const Finding& finding) {
+        return finding.rule == rule.id && finding.count >= call.count;
+      });
 }
 
 std::string PlaceText(const FailedCall& call, const std::string& name) {
@@ -74,6 +84,19 @@ std::vector<Finding> FindInCalls(const Catalogue& catalogue,
     }
   }
   return findings;
+}
+
+std::vector<FailedCall> Unexplained(const Catalogue& catalogue,
+                                    const std::vector<Finding>& findings,
+                                    std::vector<FailedCall> calls) {
+  const auto is_explained = [&](const FailedCall& call) {
+    return std::any_of(
+        catalogue.rules.begin(), catalogue.rules.end(),
+        [&](const Rule& rule) { return Explains(rule, findings, call); });
+  };
+  calls.erase(std::remove_if(calls.begin(), calls.end(), is_explained),
+              calls.end());
+  return calls;
 }
 
 }  // namespace kit::host

@@ -45,6 +45,12 @@ struct FailedCall {
 std::vector<Finding> FindInCalls(const Catalogue& catalogue,
                                  const std::vector<FailedCall>& calls);
 
+// Those that no rule explains which has found as many places as calls failed,
+// or more.
+std::vector<FailedCall> Unexplained(const Catalogue& catalogue,
+                                    const std::vector<Finding>& findings,
+                                    std::vector<FailedCall> calls);
+
 }  // namespace kit::host
 
 #endif  // KIT_HOST_FINDINGS_RUN_RULES_H_

@@ -93,7 +93,11 @@ TEST(RuleReader, NamesLineAndColumnOfWhatIsWrong) {
        "own.json:2:41: it is empty"},
       {OneRule("\"in\": \"log\", \"select\": \"/x\""),
        "own.json:2:14: \"select\" is not known here; known are id, severity, "
-       "in, message, unit, advice, section, pattern"},
+       "in, message, unit, advice, section, explains, pattern"},
+      {OneRule("\"in\": \"log\", \"pattern\": \"x\", \"message\": \"m\", "
+               "\"explains\": {\"pass\": 4}"),
+       "own.json:2:59: \"pass\" is not known here; known are function, path, "
+       "error"},
       {OneRule("\"in\": \"log\", \"pattern\": \"\\n(x\", \"message\": \"m\""),
        "own.json:2:30: the pattern: missing closing parenthesis"},
       {OneRule("\"in\": \"log\", \"pattern\": \"x\", \"message\": \"a {n}\""),

@@ -83,5 +83,27 @@ TEST(CallRules, FitByFunctionPathAndError) {
   EXPECT_EQ(finds("\"error\": 7, "), Lines());
 }
 
+TEST(CallRules, AreExplainedWhereARuleHasFoundAsManyPlaces) {
+  const Catalogue catalogue = Rules(
+      R"("in": "log", "pattern": "x", "message": "m",
+         "explains": {"function": "maapi_delete", "path": "^/a/"})");
+  Finding found;
+  found.rule = "X";
+  const auto unexplained = [&](uint64_t places) {
+    found.count = places;
+    Lines lines;
+    for (const FailedCall& call : Unexplained(catalogue, {found}, Calls())) {
+      lines.push_back(call.function + " " + call.path);
+    }
+    return lines;
+  };
+  EXPECT_EQ(unexplained(3), Lines({"maapi_create /a/b{1}", "maapi_delete /c"}));
+  EXPECT_EQ(unexplained(4), unexplained(3));
+  EXPECT_EQ(unexplained(2), Lines({"maapi_delete /a/b{1}",
+                                   "maapi_create /a/b{1}", "maapi_delete /c"}));
+  found.rule = "Y";
+  EXPECT_EQ(unexplained(3).size(), 3u);
+}
+
 }  // namespace
 }  // namespace kit::host
