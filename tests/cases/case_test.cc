@@ -293,7 +293,7 @@ TEST(UpgradeCasesTest, TheRulesInTheDocumentationAreTaken) {
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].rule, "SITE-1");
   EXPECT_EQ(findings[0].message,
-            "10.110.0.1 in area 0.0.0.10 does not authenticate");
+            "10.110.0.1 in area 0.0.0.10 has no authentication of its own");
 }
 
 TEST(UpgradeCasesTest, AFaultyCaseIsAFailureOfThatCaseAlone) {
