@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "kit/host/report/names.h"
 #include "kit/host/text.h"
@@ -28,21 +29,25 @@ Color ColorOf(RouterVerdict verdict) {
   return Color::kDim;
 }
 
-std::string WhatFailed(const RouterResult& result) {
-  std::string text;
-  if (!result.pass.empty()) text = result.pass + ": ";
-  if (result.failure->line > 0) {
-    text += fmt::format("line {}: ", result.failure->line);
-  }
-  return text + result.failure->reason;
-}
-
+// Each rule once; one may find several things.
 std::string WhatWasFound(const RouterResult& result) {
-  std::string text;
+  std::vector<std::pair<std::string, uint64_t>> rules;
   for (const Finding& finding : result.findings) {
     if (finding.severity == Severity::kNote) continue;
-    text += (text.empty() ? "" : ", ") + finding.rule;
-    if (finding.count > 1) text += fmt::format(" ({})", finding.count);
+    const uint64_t count = std::max<uint64_t>(finding.count, 1);
+    const auto known = std::find_if(
+        rules.begin(), rules.end(),
+        [&](const auto& rule) { return rule.first == finding.rule; });
+    if (known != rules.end()) {
+      known->second += count;
+    } else {
+      rules.emplace_back(finding.rule, count);
+    }
+  }
+  std::string text;
+  for (const auto& [rule, count] : rules) {
+    text += (text.empty() ? "" : ", ") + rule;
+    if (count > 1) text += fmt::format(" ({})", count);
   }
   return text;
 }
@@ -70,31 +75,58 @@ void FleetSummary::Add(const RouterResult& result) {
   }
 }
 
-std::string FleetSummary::Render(const Screen& screen) const {
-  std::string text = fmt::format("{}: {} fine, {} to look at, {} failing\n",
-                                 Counted(routers(), "router", "routers"), fine_,
-                                 looks_, fails_);
-  const auto line = [&text, &screen](Color color, const char* word,
-                                     const std::string& name,
-                                     const Group& group) {
-    text += fmt::format(" {}  {:<44} {:>9}   first: {}\n",
-                        screen.Painted(color, word), OneLine(name),
-                        Counted(group.routers, "router", "routers"),
-                        OneLine(group.first));
-  };
+std::string FleetSummary::Headline() const {
+  return fmt::format("{}: {} fine, {} to look at, {} failing",
+                     Counted(routers(), "router", "routers"), fine_, looks_,
+                     fails_);
+}
+
+std::vector<FleetSummary::Kind> FleetSummary::Failures() const {
+  std::vector<Kind> kinds;
   for (const auto& [key, group] : failures_) {
     const auto& [code, pass] = key;
-    line(
-        Color::kRed, "fail",
-        Name(static_cast<ExitCode>(code)) + (pass.empty() ? "" : " in " + pass),
-        group);
+    kinds.push_back({Name(static_cast<ExitCode>(code)) +
+                         (pass.empty() ? "" : " in " + pass),
+                     Severity::kStop, group.routers, group.first});
   }
+  return kinds;
+}
+
+std::vector<FleetSummary::Kind> FleetSummary::Rules() const {
+  std::vector<Kind> kinds;
   for (const auto& [key, group] : rules_) {
     const auto& [severity, rule] = key;
-    line(severity == 0 ? Color::kDim : Color::kYellow,
-         Name(static_cast<Severity>(-severity)), rule, group);
+    kinds.push_back(
+        {rule, static_cast<Severity>(-severity), group.routers, group.first});
+  }
+  return kinds;
+}
+
+std::string FleetSummary::Render(const Screen& screen) const {
+  std::string text = Headline() + "\n";
+  const auto line = [&text, &screen](Color color, const char* word,
+                                     const Kind& kind) {
+    text += fmt::format(" {}  {:<44} {:>9}   first: {}\n",
+                        screen.Painted(color, word), OneLine(kind.name),
+                        Counted(kind.routers, "router", "routers"),
+                        OneLine(kind.first));
+  };
+  for (const Kind& kind : Failures()) line(Color::kRed, "fail", kind);
+  for (const Kind& kind : Rules()) {
+    line(kind.severity == Severity::kNote ? Color::kDim : Color::kYellow,
+         Name(kind.severity), kind);
   }
   return text;
+}
+
+std::string WhatFailed(const RouterResult& result) {
+  if (!result.failure) return "";
+  std::string text;
+  if (!result.pass.empty()) text = result.pass + ": ";
+  if (result.failure->line > 0) {
+    text += fmt::format("line {}: ", result.failure->line);
+  }
+  return text + result.failure->reason;
 }
 
 std::string RenderRouter(const RouterResult& result, const Screen& screen) {

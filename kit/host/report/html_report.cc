@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
 #include <string_view>
 
 #include "kit/host/report/names.h"
@@ -15,21 +14,6 @@
 
 namespace kit::host {
 namespace {
-
-// A template with {{name}} in the places of values, which are not looked
-// through.
-std::string Filled(std::string_view page,
-                   const std::map<std::string_view, std::string>& values) {
-  std::string text;
-  for (;;) {
-    const size_t begin = page.find("{{");
-    text += page.substr(0, begin);
-    if (begin == std::string_view::npos) return text;
-    const size_t end = page.find("}}", begin);
-    text += values.at(page.substr(begin + 2, end - begin - 2));
-    page.remove_prefix(end + 2);
-  }
-}
 
 const char* Tone(const Report& report) {
   const auto has = [&](Severity severity) {

@@ -45,6 +45,19 @@ std::string Html(std::string_view text) {
   return html;
 }
 
+std::string Filled(std::string_view page,
+                   const std::map<std::string_view, std::string>& values) {
+  std::string text;
+  for (;;) {
+    const size_t begin = page.find("{{");
+    text += page.substr(0, begin);
+    if (begin == std::string_view::npos) return text;
+    const size_t end = page.find("}}", begin);
+    text += values.at(page.substr(begin + 2, end - begin - 2));
+    page.remove_prefix(end + 2);
+  }
+}
+
 void PageJson::Separate() {
   if (needs_comma_) out_ += ',';
   needs_comma_ = true;

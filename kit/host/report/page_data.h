@@ -4,6 +4,7 @@
 #define KIT_HOST_REPORT_PAGE_DATA_H_
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,11 @@ namespace kit::host {
 // One line of a page: what can't be seen is shown as OneLine does it, and
 // nothing is taken for markup.
 std::string Html(std::string_view text);
+
+// A template with {{name}} in the places of values, which are not looked
+// through.
+std::string Filled(std::string_view page,
+                   const std::map<std::string_view, std::string>& values);
 
 // JSON, piece by piece. Texts become OneLine, and nothing ends the element that
 // holds it.

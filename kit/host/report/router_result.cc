@@ -85,6 +85,7 @@ RouterResult ToRouterResult(const Report& report) {
   result.exit_code = report.exit_code();
   result.findings = report.findings;
   result.output = report.output;
+  result.page = report.page;
   if (report.failure) {
     result.failure = ToFailed(*report.failure);
     const ExitCode code = report.failure->code;
@@ -126,7 +127,8 @@ std::string ToLine(const RouterResult& result) {
                      {"pass", result.pass},
                      {"findings", std::move(findings)},
                      {"error", std::move(failure)},
-                     {"output", result.output ? Json(*result.output) : Json()}};
+                     {"output", result.output ? Json(*result.output) : Json()},
+                     {"page", result.page ? Json(*result.page) : Json()}};
   constexpr bool kAsciiOnly = true;
   return json.dump(-1, ' ', kAsciiOnly, Json::error_handler_t::replace);
 }
@@ -150,6 +152,8 @@ RouterResult ParseLine(const std::string& line) {
     if (!failure.is_null()) result.failure = ToFailed(failure);
     const Json& output = json.at("output");
     if (!output.is_null()) result.output = output.get<std::string>();
+    const Json& page = json.at("page");
+    if (!page.is_null()) result.page = page.get<std::string>();
     return result;
   } catch (const Json::exception& error) {
     throw LineError(error.what());

@@ -42,6 +42,7 @@ struct RouterResult {
   std::vector<Finding> findings;
   std::optional<Failed> failure;
   std::optional<std::string> output;
+  std::optional<std::string> page;
 };
 
 RouterResult ToRouterResult(const Report& report);

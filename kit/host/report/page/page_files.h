@@ -9,6 +9,9 @@ extern const char kPageCss[];
 extern const char kPageJs[];
 extern const char kPartsJs[];
 extern const char kStartJs[];
+extern const char kFleetHtml[];
+extern const char kFleetCss[];
+extern const char kFleetJs[];
 
 }  // namespace kit::host
 

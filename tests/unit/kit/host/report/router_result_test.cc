@@ -113,11 +113,11 @@ TEST(RouterLine, SaysWhatFailedOrWhatToLookAt) {
   Report report = MakeReport("a.xml");
   EXPECT_EQ(RenderRouter(ToRouterResult(report), {}),
             "fine  router r1 (a.xml)\n");
-  report.findings = {MakeFinding("L", Severity::kLook, 3),
-                     MakeFinding("N", Severity::kNote),
-                     MakeFinding("M", Severity::kLook)};
+  report.findings = {
+      MakeFinding("L", Severity::kLook, 3), MakeFinding("N", Severity::kNote),
+      MakeFinding("M", Severity::kLook), MakeFinding("L", Severity::kLook)};
   EXPECT_EQ(RenderRouter(ToRouterResult(report), {}),
-            "look  router r1 (a.xml): L (3), M\n");
+            "look  router r1 (a.xml): L (4), M\n");
   EXPECT_EQ(RenderRouter(Failed(ExitCode::kPluginFailed, "pass 3, x"), {}),
             "fail  f.xml: pass 3, x: line 7: it <broke>\n");
 }
