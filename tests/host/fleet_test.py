@@ -14,6 +14,7 @@ import sys
 import tempfile
 import time
 import unittest
+import urllib.parse
 import xml.etree.ElementTree
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
@@ -129,6 +130,30 @@ class FleetTest(unittest.TestCase):
         self.assertEqual([case.get("name") for case in suite],
                          [f"r{i}.xml" for i in range(6)])
         self.assertEqual(suite[3][0].get("type"), "bad-input")
+
+    def test_the_page_links_to_a_page_of_each_router(self):
+        self.put_some(routers=3, broken=1)
+        self.put("<script>alert(1)<!--\u202e.xml")
+        page = self.folder / "a fleet.html"
+        done = fleet(self.inputs, "--report", page, "--json", self.json)
+        self.assertEqual(done.returncode, 3, done.stderr)
+        text = page.read_text()
+        begin = text.index('id="data">') + len('id="data">')
+        content = text[begin:text.index("</script>", begin)]
+        for mark in ("<", "\u202e"):
+            self.assertNotIn(mark, content)
+        data = json.loads(content)
+        self.assertEqual(len(data["routers"]), 4)
+        for router, line in zip(data["routers"], lines_of(self.json)[1:]):
+            link = self.folder / urllib.parse.unquote(router[4])
+            self.assertEqual(str(link), line["page"])
+            self.assertIn("<!DOCTYPE html>", link.read_text())
+        self.assertEqual([router[2] for router in data["routers"]],
+                         [1, 1, 2, 1])
+        self.assertEqual(data["failures"], [["bad-input", 1]])
+        again = fleet(self.inputs, "--report", page)
+        self.assert_fails(again, 6, "exists already", "--report")
+        self.assertEqual(page.read_text(), text)
 
     def test_findings_fail_where_strict(self):
         self.put("a.xml")

@@ -1,5 +1,6 @@
 #include "kit/host/commands/fleet.h"
 
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -7,8 +8,10 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -23,10 +26,16 @@
 #include "kit/host/process/file_descriptor.h"
 #include "kit/host/process/job_pool.h"
 #include "kit/host/process/output_file.h"
+#include "kit/host/process/publication.h"
+#include "kit/host/report/fleet_page.h"
 #include "kit/host/report/fleet_summary.h"
 #include "kit/host/report/junit.h"
 #include "kit/host/report/report.h"
 #include "kit/host/report/screen.h"
+
+#ifndef KIT_VERSION
+#define KIT_VERSION "0.0.0"
+#endif
 
 namespace kit::host {
 namespace {
@@ -60,11 +69,11 @@ std::string FingerprintOf(const FleetOptions& options, const WorkerTask& task) {
   }
   for (const std::string& file : options.rules) add_file(file);
   if (options.passes) add_file(*options.passes);
-  checksum.Add(
-      fmt::format("{} {} {} {} {} {}", options.schemas_loaded, options.strict,
-                  static_cast<int>(options.unknown_modules), options.timeout_s,
-                  options.format ? static_cast<int>(*options.format) : -1,
-                  options.output.value_or("")));
+  checksum.Add(fmt::format(
+      "{} {} {} {} {} {}", options.schemas_loaded, options.strict,
+      static_cast<int>(options.unknown_modules), options.timeout_s,
+      options.format ? static_cast<int>(*options.format) : -1,
+      options.output.value_or("") + " " + options.page.value_or("")));
   for (const auto& [module, hash] : options.namespace_hashes) {
     checksum.Add(fmt::format("{}={} ", module, hash));
   }
@@ -109,19 +118,49 @@ class FleetPrinter {
   ProgressLine progress_;
 };
 
+using ForEachResult = std::function<void(const ResultSink&)>;
+
 // What is made of all results once they are there.
 class FleetEnd {
  public:
   explicit FleetEnd(const FleetOptions& options) : options_(options) {
     // Whether it can be written is said before hours of work.
-    if (options.junit) {
-      OutputFile::ForFile(*options.junit, options.force, std::nullopt);
-    }
+    if (options.junit) Open(*options.junit, "--junit");
+    if (options.page) Open(*options.page, "--report");
   }
 
-  template <typename ForEach>
-  void Write(const ForEach& for_each) const {
-    if (!options_.junit) return;
+  void Write(const FleetSummary& summary, const ForEachResult& for_each) const {
+    if (options_.junit) WriteJUnit(for_each);
+    if (options_.page) WritePage(summary, for_each);
+  }
+
+ private:
+  using Sink = std::function<void(std::string_view)>;
+
+  OutputFile Open(const std::string& name, const char* option) const {
+    return OutputFile::ForFile(name, options_.force || options_.resume,
+                               std::nullopt, option);
+  }
+
+  void WriteFile(const std::string& name, const char* option,
+                 const std::function<void(const Sink&)>& write) const {
+    OutputFile file = Open(name, option);
+    write([&](std::string_view text) {
+      try {
+        WriteAll(file.fd(), text);
+      } catch (const std::system_error& error) {
+        throw FailureError(
+            {ExitCode::kOutputFailed,
+             "cannot be written: " + error.code().message(),
+             fmt::format("make room, or name another file with {}", option),
+             name});
+      }
+    });
+    file.Commit();
+    file.Confirm();
+  }
+
+  void WriteJUnit(const ForEachResult& for_each) const {
     size_t routers = 0;
     size_t failures = 0;
     size_t errors = 0;
@@ -129,27 +168,32 @@ class FleetEnd {
       ++routers;
       if (result.failure) ++(IsJUnitError(result) ? errors : failures);
     });
-    OutputFile file =
-        OutputFile::ForFile(*options_.junit, options_.force, std::nullopt);
-    const auto write = [&file, this](const std::string& text) {
-      try {
-        WriteAll(file.fd(), text);
-      } catch (const std::system_error& error) {
-        throw FailureError({ExitCode::kOutputFailed,
-                            "cannot be written: " + error.code().message(),
-                            "make room, or name another file with --junit",
-                            *options_.junit});
-      }
-    };
-    write(JUnitBegin(routers, failures, errors));
-    for_each([&](const RouterResult& result) { write(JUnitCase(result)); });
-    write(JUnitEnd());
-    file.Commit();
-    file.Confirm();
+    WriteFile(*options_.junit, "--junit", [&](const Sink& write) {
+      write(JUnitBegin(routers, failures, errors));
+      for_each([&](const RouterResult& result) { write(JUnitCase(result)); });
+      write(JUnitEnd());
+    });
   }
 
- private:
+  void WritePage(const FleetSummary& summary,
+                 const ForEachResult& for_each) const {
+    const auto now = Clock::now();
+    FleetPageFacts facts;
+    facts.version = KIT_VERSION;
+    facts.folder = FolderOf(*options_.page).string();
+    const std::chrono::duration<double> took = now - started_;
+    facts.times =
+        fmt::format("Made on {:%Y-%m-%d at %H:%M:%S} UTC; it took {:.0f} s.",
+                    fmt::gmtime(Clock::to_time_t(now)), took.count());
+    WriteFile(*options_.page, "--report", [&](const Sink& write) {
+      WriteFleetPage(summary, facts, for_each, write);
+    });
+  }
+
+  using Clock = std::chrono::system_clock;
+
   const FleetOptions& options_;
+  const Clock::time_point started_ = Clock::now();
 };
 
 class Fleet {
@@ -172,7 +216,7 @@ class Fleet {
              [this](size_t job, JobEnd end) { Take(job, std::move(end)); },
              [this](size_t done) { printer_.progress().Show(done); }});
     results_.Finish();
-    end_.Write([this](const auto& sink) {
+    end_.Write(summary_, [this](const ResultSink& sink) {
       results_.ForEach(
           [&sink](size_t, const RouterResult& result) { sink(result); });
     });
@@ -215,6 +259,15 @@ class Fleet {
     return options_.shard.number - 1 + router * options_.shard.of;
   }
 
+  // In a folder beside the fleet's, so that shards may share it.
+  std::string PageOf(size_t router) const {
+    fs::path folder(*options_.page);
+    folder.replace_filename(folder.stem().string() + "-routers");
+    std::error_code error;  // said by what can't be created in it
+    fs::create_directories(folder, error);
+    return (folder / fmt::format("{:06}.html", IndexOf(router) + 1)).string();
+  }
+
   // In a process of its own.
   std::string Rehearse(size_t job) const {
     const FleetInput& input = inputs_[work_[job]];
@@ -230,6 +283,7 @@ class Fleet {
       fs::create_directories(fs::path(input.output).parent_path(), error);
       run.output = input.output;
     }
+    if (options_.page) run.page = PageOf(work_[job]);
     RouterResult result = ToRouterResult(RunQuietly(run, upgrade_));
     result.index = IndexOf(work_[job]);
     return ToLine(result);
@@ -282,7 +336,8 @@ ExitCode Merge(const FleetOptions& options) {
     // What they are was said by the shards.
     if (!options.only.empty()) printer.Print(result);
   });
-  end.Write([&merged](const auto& sink) { merged.ForEach(sink); });
+  end.Write(summary,
+            [&merged](const ResultSink& sink) { merged.ForEach(sink); });
   printer.Summarize(summary);
   const std::vector<std::string> missing = merged.Missing();
   if (missing.empty()) return summary.exit_code();

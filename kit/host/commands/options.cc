@@ -492,6 +492,13 @@ class FleetParser {
                     "Write the results to FILE as test cases (JUnit's XML)")
         ->type_name("FILE")
         ->check(CheckNotEmpty);
+    command_
+        .add_option("--report", options_.page,
+                    "Write the results to FILE, one page for a browser, and a "
+                    "page of each router to a folder beside it that is named "
+                    "after it")
+        ->type_name("FILE")
+        ->check(CheckPage);
     CLI::Option* quiet =
         command_.add_flag("--quiet", options_.quiet, "Print errors only");
     command_

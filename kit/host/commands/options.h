@@ -67,6 +67,7 @@ struct FleetOptions : UpgradeOptions {
   bool merge = false;               // the configs are files of results
   std::optional<std::string> json;  // file of results
   std::optional<std::string> junit;
+  std::optional<std::string> page;  // which those of the routers are beside
   bool quiet = false;
   std::vector<RouterVerdict> only;  // lines of these; none: of all
 };

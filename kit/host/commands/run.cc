@@ -347,11 +347,13 @@ void PreparedUpgrade::LoadModels() {
 Report RunQuietly(const RunOptions& options, const PreparedUpgrade& upgrade) {
   Rehearsal rehearsal = Rehearse(options, &upgrade);
   Report& report = rehearsal.report;
-  if (report.failure || !rehearsal.output) return std::move(report);
-  CommitOutput(options, *rehearsal.output, report);
-  if (report.failure) return std::move(report);
+  if (!report.failure && rehearsal.output) {
+    CommitOutput(options, *rehearsal.output, report);
+  }
+  if (rehearsal.page) PublishPage(rehearsal);
   HoldInterrupts();
-  rehearsal.output->Confirm();
+  if (report.page) rehearsal.page->Confirm();
+  if (report.output) rehearsal.output->Confirm();
   return std::move(report);
 }
 
