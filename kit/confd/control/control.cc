@@ -19,6 +19,7 @@
 #include "kit/confd/upgrade/database.h"
 #include "kit/confd/upgrade/difference.h"
 #include "kit/confd/upgrade/moved_defaults.h"
+#include "kit/confd/upgrade/place.h"
 
 namespace kit::control {
 namespace {
@@ -60,6 +61,37 @@ store::Query ToQuery(const Query& query) {
 
 MovedDefault::Places ToPlaces(store::MovedDefault::Places& places) {
   return {places.count, std::move(places.examples)};
+}
+
+Place::State StateOf(store::FoundPlace::State state) {
+  switch (state) {
+    case store::FoundPlace::State::kThere:
+      return Place::State::kThere;
+    case store::FoundPlace::State::kNotSet:
+      return Place::State::kNotSet;
+    case store::FoundPlace::State::kNoEntry:
+      return Place::State::kNoEntry;
+    case store::FoundPlace::State::kNotInModel:
+      break;
+  }
+  return Place::State::kNotInModel;
+}
+
+Place ToPlace(store::FoundPlace found) {
+  Place place{StateOf(found.state),
+              std::move(found.path),
+              std::move(found.list),
+              std::move(found.entry),
+              std::move(found.leaf),
+              found.is_leaf,
+              {},
+              std::move(found.reason),
+              std::move(found.near)};
+  for (store::PlaceLeaf& leaf : found.leaves) {
+    place.leaves.push_back(
+        {std::move(leaf.name), std::move(leaf.value), leaf.by_default});
+  }
+  return place;
 }
 
 std::vector<InputFault> ToFaults(const store::DocumentError& error) {
@@ -295,6 +327,16 @@ bool Database::ReadTable(
   });
   store::RequireMemory();
   return true;
+}
+
+Place Database::LookAt(Side side, const std::string& path) const {
+  try {
+    Place place = ToPlace(store::LookAt(impl_->data(side), path));
+    store::RequireMemory();
+    return place;
+  } catch (const keypath::SyntaxError& error) {
+    throw PathError(error.what());
+  }
 }
 
 std::string Database::LackOf(Side side, const Query& query) const {

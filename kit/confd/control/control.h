@@ -184,6 +184,39 @@ class KIT_CONTROL_EXPORT QueryError : public std::runtime_error {
   std::string expression_;
 };
 
+// A text is no key path: what() says where and what was expected.
+class KIT_CONTROL_EXPORT PathError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// What stands at a key path.
+struct Place {
+  enum class State {
+    kThere,
+    kNotSet,     // its entry is there, but no value and no default
+    kNoEntry,    // an entry on the way is missing
+    kNotInModel  // the path does not fit the models
+  };
+  struct Leaf {
+    std::string name;   // relative to the entry
+    std::string value;  // set or by default
+    bool by_default = false;
+  };
+  State state = State::kNotInModel;
+  // "" where the path does not fit the models:
+  std::string path;   // as the C API prints paths; "/" for the root
+  std::string list;   // as in EntryChange, of the entry
+  std::string entry;  // key path of the entry that it is or stands in
+  std::string leaf;   // relative to the entry; "" for the entry itself
+  bool is_leaf = false;
+  // The leaf, or what stands in the entry or container, its lists aside.
+  std::vector<Leaf> leaves;
+  // Where it is not there: why, and names or keys that look alike.
+  std::string reason;
+  std::vector<std::string> near;
+};
+
 // A leaf of both models whose default is another one, or is there on one side
 // alone, and the places under the same keys where the new one holds.
 struct MovedDefault {
@@ -280,6 +313,10 @@ class KIT_CONTROL_EXPORT Database {
   bool ReadTable(Side side, const std::string& list,
                  const std::vector<std::string>& leaves,
                  const std::function<void(const TableRow&)>& sink) const;
+
+  // What stands at a path. Keys with blanks need no quotes where one entry
+  // alone reads like that; a slash at the end does not count. Throws PathError.
+  Place LookAt(Side side, const std::string& path) const;
 
   // What the models lack of the nodes that a query names, in words; "" for
   // nothing. Throws QueryError.
