@@ -49,6 +49,18 @@ struct ChangeRecord {
   std::optional<std::string> default_value = {};
 };
 
+// What stands in a place that somebody asked for.
+struct PlaceRecord {
+  enum class When {
+    kInput,   // in the configuration
+    kStart,   // in the transaction, as the automatic upgrade left it
+    kResult,  // in the transaction after a success
+  };
+  When when = When::kInput;
+  uint32_t number = 0;  // of the place, from 0, in the order asked for
+  control::Place place;
+};
+
 // How many entries of one list (outside of any, "/") differ after a pass or a
 // run.
 struct ListTotals {

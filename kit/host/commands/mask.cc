@@ -73,6 +73,14 @@ void Mask(const Secrets& secrets, ChangeRecord& change) {
   MaskLeaves(secrets, change.path, change.leaves);
 }
 
+void Mask(const Secrets& secrets, PlaceRecord& record) {
+  control::Place& place = record.place;
+  for (control::Place::Leaf& leaf : place.leaves) {
+    leaf.value =
+        secrets.MaskedAt(place.entry + "/" + leaf.name, std::move(leaf.value));
+  }
+}
+
 void Mask(const Secrets& secrets, PassTotals& totals) {
   for (FailedCalls& calls : totals.failures) {
     MaskText(secrets, calls.path);

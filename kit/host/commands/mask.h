@@ -12,6 +12,7 @@ namespace kit::host {
 void Mask(const Secrets& secrets, LogRecord& record);
 void Mask(const Secrets& secrets, CallRecord& call);
 void Mask(const Secrets& secrets, ChangeRecord& change);
+void Mask(const Secrets& secrets, PlaceRecord& record);
 void Mask(const Secrets& secrets, PassTotals& totals);
 void Mask(const Secrets& secrets, Failure& failure);
 // All but the journal and the differences by pass, which are made of what was

@@ -56,6 +56,11 @@ void RunListener::OnPass(PassTotals totals) {
   journal_.Add(totals);
 }
 
+void RunListener::OnPlace(PlaceRecord record) {
+  Mask(secrets_, record);
+  for (JournalView* view : listening_.views) view->Add(record);
+}
+
 void RunListener::OnRekeyed(const RekeyedEntries& entries) {
   journal_.Add(entries);
 }

@@ -38,6 +38,7 @@ class RunListener : public Listener {
   void OnCall(CallRecord call) override;
   void OnChange(ChangeRecord change) override;
   void OnPass(PassTotals totals) override;
+  void OnPlace(PlaceRecord record) override;
   void OnRekeyed(const RekeyedEntries& entries) override;
   void OnTick(Phase phase, uint64_t calls) override;
 

@@ -15,6 +15,8 @@ class JournalView {
   virtual void Add(const LogRecord&) {}
   virtual void Add(const CallRecord&) {}
   virtual void Add(const ChangeRecord&) {}
+  // Where a run is told of places: of each before the plug-in runs, and after.
+  virtual void Add(const PlaceRecord&) {}
 };
 
 }  // namespace kit::host

@@ -107,6 +107,7 @@ class Finisher {
       if (valid) JudgeTrial();
       if (task_.count_changes || task_.send_entries) Compare();
       Inspect();
+      TellPlaces();
       if (valid && output_ >= 0) Save();
       channel_.Send(DoneMessage{written_});
     } catch (const FailureError& error) {
@@ -188,6 +189,15 @@ class Finisher {
     if (!task_.inspection.result) return;
     for (Finding& finding : task_.inspection.result(database_)) {
       channel_.Send(FindingMessage{std::move(finding)});
+    }
+  }
+
+  void TellPlaces() {
+    for (const std::string& path : task_.places) {
+      const auto number = static_cast<uint32_t>(&path - &task_.places[0]);
+      channel_.Send(
+          PlaceMessage{{PlaceRecord::When::kResult, number,
+                        database_.LookAt(control::Side::kResult, path)}});
     }
   }
 

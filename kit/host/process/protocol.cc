@@ -45,6 +45,14 @@ auto Fields(EntryMessage& m) {
 auto Fields(CarriedMessage& m) {
   return std::tie(m.module.name, m.module.leaves);
 }
+auto Fields(PlaceMessage& m) {
+  control::Place& p = m.record.place;
+  return std::tie(m.record.when, m.record.number, p.state, p.path, p.list,
+                  p.entry, p.leaf, p.is_leaf, p.leaves, p.reason, p.near);
+}
+auto Fields(control::Place::Leaf& leaf) {
+  return std::tie(leaf.name, leaf.value, leaf.by_default);
+}
 auto Fields(FailureMessage& m) {
   return std::tie(m.failure.code, m.failure.reason, m.failure.advice,
                   m.failure.file, m.failure.line, m.failure.path,
@@ -132,6 +140,12 @@ constexpr control::ChangeKind Last(control::ChangeKind) {
 }
 constexpr control::Change::Kind Last(control::Change::Kind) {
   return control::Change::Kind::kValue;
+}
+constexpr PlaceRecord::When Last(PlaceRecord::When) {
+  return PlaceRecord::When::kResult;
+}
+constexpr control::Place::State Last(control::Place::State) {
+  return control::Place::State::kNotInModel;
 }
 constexpr SchemaEffect Last(SchemaEffect) { return SchemaEffect::kOtherResult; }
 constexpr Severity Last(Severity) { return Severity::kStop; }

@@ -78,6 +78,9 @@ struct RekeyedMessage {
 struct EntryMessage {
   control::EntryChange entry;
 };
+struct PlaceMessage {
+  PlaceRecord record;
+};
 struct CarriedMessage {
   control::CarriedModule module;
 };
@@ -104,7 +107,7 @@ using Message =
                  ListMessage, EntryMessage, FailureMessage, DoneMessage,
                  SchemasMessage, PassMessage, RekeyedMessage, DeviceMessage,
                  FindingMessage, ChangeMessage, SecretsMessage, CarriedMessage,
-                 DigestMessage>;
+                 DigestMessage, PlaceMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

@@ -100,14 +100,15 @@ bool MaySay(Speaker speaker, const Message& message) {
     case Speaker::kReader:
       return IsAnyOf<PhaseMessage, InputMessage, DigestMessage, CarriedMessage,
                      LossMessage, DeviceMessage, SecretsMessage, FindingMessage,
-                     FailureMessage>(message);
+                     PlaceMessage, FailureMessage>(message);
     case Speaker::kPlugin:
       return IsAnyOf<PhaseMessage, LogMessage, CallMessage, ChangeMessage,
                      PassMessage, ResultMessage, FailureMessage>(message);
     case Speaker::kFinisher:
       return IsAnyOf<PhaseMessage, ViolationMessage, ValidatedMessage,
                      SchemasMessage, ListMessage, RekeyedMessage, EntryMessage,
-                     FindingMessage, FailureMessage, DoneMessage>(message);
+                     FindingMessage, PlaceMessage, FailureMessage, DoneMessage>(
+          message);
   }
   return false;
 }
@@ -467,6 +468,10 @@ class Supervisor {
   void On(DeviceMessage& message) { outcome_.device = std::move(message.name); }
   void On(const SecretsMessage& message) {
     listener_.OnSecrets(message.values);
+  }
+  void On(PlaceMessage& message) {
+    if (message.record.number >= task_.places.size()) RejectMessage();
+    listener_.OnPlace(std::move(message.record));
   }
   void On(FindingMessage& message) {
     outcome_.findings.push_back(std::move(message.finding));

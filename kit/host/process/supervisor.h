@@ -25,6 +25,8 @@ class Listener {
   virtual void OnCall(CallRecord call) = 0;
   virtual void OnChange(ChangeRecord change) = 0;
   virtual void OnPass(PassTotals totals) = 0;
+  // Of the places that the task asks for.
+  virtual void OnPlace(PlaceRecord) {}
   // Told of after a success, when all passes have been.
   virtual void OnRekeyed(const RekeyedEntries& entries) = 0;
   // Several times a second.

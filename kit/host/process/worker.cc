@@ -117,6 +117,50 @@ control::Database OpenDatabase(const WorkerTask& task, std::string text) {
   }
 }
 
+control::Place LookAt(const control::Database& database, control::Side side,
+                      const std::string& path) {
+  try {
+    return database.LookAt(side, path);
+  } catch (const control::PathError& error) {
+    throw FailureError(
+        {ExitCode::kBadInput,
+         fmt::format("this is no key path: {}", error.what()),
+         "write it as --diff prints paths, such as /a/b{1 \"x y\"}/c"});
+  }
+}
+
+void AddNear(const control::Place& place, std::vector<std::string>& near) {
+  for (const std::string& one : place.near) {
+    if (std::find(near.begin(), near.end(), one) == near.end()) {
+      near.push_back(one);
+    }
+  }
+}
+
+// A path that fits neither side's models is a mistake.
+void RequireKnown(const std::string& path, const control::Place& input,
+                  const control::Place& start) {
+  using State = control::Place::State;
+  if (input.state != State::kNotInModel || start.state != State::kNotInModel) {
+    return;
+  }
+  std::vector<std::string> near;
+  AddNear(start, near);
+  AddNear(input, near);
+  std::string advice = "see --diff for paths";
+  for (const std::string& one : near) {
+    advice += (&one == &near.front() ? "; near it: " : ", ") + one;
+  }
+  Failure failure{ExitCode::kBadInput,
+                  "neither side's models have such a path: " + start.reason,
+                  std::move(advice)};
+  failure.path = Shortened(path, kMaxQuote);
+  if (input.reason != start.reason) {
+    failure.reason += " after the upgrade, and before it " + input.reason;
+  }
+  throw FailureError(std::move(failure));
+}
+
 std::string LastDlError() {
   const char* text = dlerror();
   return text == nullptr ? "unknown reason" : text;
@@ -246,7 +290,21 @@ class Worker {
       channel_.Send(LossMessage{loss});
     }
     Inspect(database);
+    TellPlaces(database);
     return database;
+  }
+
+  // Before a program writes to it, the transaction is as it started.
+  void TellPlaces(const control::Database& database) const {
+    using When = PlaceRecord::When;
+    for (const std::string& path : task_.places) {
+      const auto number = static_cast<uint32_t>(&path - &task_.places[0]);
+      control::Place input = LookAt(database, control::Side::kInput, path);
+      control::Place start = LookAt(database, control::Side::kResult, path);
+      RequireKnown(path, input, start);
+      channel_.Send(PlaceMessage{{When::kInput, number, std::move(input)}});
+      channel_.Send(PlaceMessage{{When::kStart, number, std::move(start)}});
+    }
   }
 
   void Inspect(const control::Database& database) {

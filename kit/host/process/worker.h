@@ -39,7 +39,8 @@ struct WorkerTask {
   Inspection inspection;
   PassTable passes;
   Recording recording;
-  bool count_changes = false;  // of the result against its start
+  std::vector<std::string> places;  // key paths of what is to be told of
+  bool count_changes = false;       // of the result against its start
   bool send_entries = false;
   bool tell_digest = false;  // of the configuration's file
 };

@@ -52,6 +52,35 @@ TEST(ProtocolTest, ViolationsAndTotalsComeThrough) {
   EXPECT_EQ(totals.moved, 6U);
 }
 
+TEST(ProtocolTest, PlacesComeThrough) {
+  using State = control::Place::State;
+  const auto record = RoundTrip(PlaceMessage{{PlaceRecord::When::kStart,
+                                              3,
+                                              {State::kNoEntry,
+                                               "/l{1}/a",
+                                               "/l",
+                                               "/l{1}",
+                                               "a",
+                                               true,
+                                               {{"a", "x", true}},
+                                               "why",
+                                               {"{2}", "{3}"}}}})
+                          .record;
+  EXPECT_EQ(record.when, PlaceRecord::When::kStart);
+  EXPECT_EQ(record.number, 3U);
+  EXPECT_EQ(record.place.state, State::kNoEntry);
+  EXPECT_EQ(record.place.path, "/l{1}/a");
+  EXPECT_EQ(record.place.list, "/l");
+  EXPECT_EQ(record.place.entry, "/l{1}");
+  EXPECT_EQ(record.place.leaf, "a");
+  EXPECT_TRUE(record.place.is_leaf);
+  ASSERT_EQ(record.place.leaves.size(), 1U);
+  EXPECT_EQ(record.place.leaves[0].value, "x");
+  EXPECT_TRUE(record.place.leaves[0].by_default);
+  EXPECT_EQ(record.place.reason, "why");
+  EXPECT_EQ(record.place.near, (std::vector<std::string>{"{2}", "{3}"}));
+}
+
 TEST(ProtocolTest, CallsComeThrough) {
   const auto call =
       RoundTrip(CallMessage{{7, 3, "f", "/p", "in", "out", -1, 13, "why", 99}})
