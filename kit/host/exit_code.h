@@ -13,6 +13,7 @@ enum class ExitCode {
   kPluginDied = 5,     // it aborted, crashed, hung or broke the run
   kOutputFailed = 6,   // output, log or report could not be written
   kNeedsALook = 7,     // with --strict, there is something to look at
+  kNotFound = 8,       // what was asked for is nowhere
   kInternal = 70,      // the kit itself failed, or ran out of something
 };
 

@@ -20,6 +20,8 @@ const char* Name(ExitCode code) {
       return "output-failed";
     case ExitCode::kNeedsALook:
       return "needs-a-look";
+    case ExitCode::kNotFound:
+      return "not-found";
     case ExitCode::kInternal:
       return "internal-error";
   }

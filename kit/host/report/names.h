@@ -14,7 +14,8 @@ namespace kit::host {
 inline constexpr std::array kExitCodes = {
     ExitCode::kSuccess,      ExitCode::kPluginFailed, ExitCode::kInvalidResult,
     ExitCode::kBadInput,     ExitCode::kNotLoaded,    ExitCode::kPluginDied,
-    ExitCode::kOutputFailed, ExitCode::kNeedsALook,   ExitCode::kInternal};
+    ExitCode::kOutputFailed, ExitCode::kNeedsALook,   ExitCode::kNotFound,
+    ExitCode::kInternal};
 
 const char* Name(ExitCode code);
 const char* Name(Severity severity);
