@@ -371,6 +371,33 @@ ComparedRun RunInMemory(RunOptions options, const PreparedUpgrade& upgrade) {
   return run;
 }
 
+Report RunForView(const UpgradeOptions& options, const std::string& config,
+                  std::vector<std::string> places,
+                  const PreparedUpgrade& upgrade, JournalView& view) {
+  WorkerTask task = upgrade.task();
+  task.config = config;
+  task.places = std::move(places);
+  task.recording = {true, true, true};
+  task.count_changes = true;
+  if (options.show_secrets) task.inspection.secrets = nullptr;
+  Secrets secrets(options.show_secrets ? std::vector<std::string>()
+                                       : upgrade.catalogue().secrets);
+  RunListening listening;
+  listening.show_status = true;
+  listening.views.push_back(&view);
+  Journal journal;
+  Report report;
+  {
+    RunListener listener(journal, secrets, listening);
+    report = Report(Supervise(task, {options.timeout_s, false, -1}, listener));
+  }
+  report.journal = std::move(journal);
+  report.passes = task.passes;
+  Mask(secrets, report);
+  AddContext(report);
+  return report;
+}
+
 ExitCode Run(const RunOptions& options) {
   Rehearsal rehearsal = Rehearse(options);
   Conclude(options, rehearsal);

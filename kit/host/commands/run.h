@@ -2,9 +2,13 @@
 #ifndef KIT_HOST_COMMANDS_RUN_H_
 #define KIT_HOST_COMMANDS_RUN_H_
 
+#include <string>
+#include <vector>
+
 #include "kit/host/commands/options.h"
 #include "kit/host/exit_code.h"
 #include "kit/host/findings/rule.h"
+#include "kit/host/journal/view.h"
 #include "kit/host/process/worker.h"
 #include "kit/host/report/comparison.h"
 #include "kit/host/report/report.h"
@@ -42,6 +46,12 @@ Report RunQuietly(const RunOptions& options, const PreparedUpgrade& upgrade);
 // Runs without printing or writing anything, and keeps the calls, the changes
 // of the whole run and the upgraded configuration.
 ComparedRun RunInMemory(RunOptions options, const PreparedUpgrade& upgrade);
+
+// Runs for what a view makes of it, and prints and writes nothing: the view is
+// told of all calls and changes, and of the places.
+Report RunForView(const UpgradeOptions& options, const std::string& config,
+                  std::vector<std::string> places,
+                  const PreparedUpgrade& upgrade, JournalView& view);
 
 }  // namespace kit::host
 
