@@ -14,11 +14,13 @@ using UsageTest = HostTest;
 
 TEST_F(UsageTest, HelpListsEveryExitCode) {
   for (const std::vector<std::string>& args :
-       std::vector<std::vector<std::string>>{{"--help"}, {"run", "--help"}}) {
+       std::vector<std::vector<std::string>>{
+           {"--help"}, {"run", "--help"}, {"explain", "--help"}}) {
     const Outcome outcome = Run(args);
     EXPECT_EQ(outcome.exit_code, 0) << outcome;
-    for (const char* code : {"\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ",
-                             "\n  5 ", "\n  6 ", "\n  70 ", "\n  128+N"}) {
+    for (const char* code :
+         {"\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  5 ", "\n  6 ",
+          "\n  8 ", "\n  70 ", "\n  128+N"}) {
       EXPECT_THAT(outcome.out, HasSubstr(code));
     }
   }

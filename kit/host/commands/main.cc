@@ -8,6 +8,7 @@
 #include <variant>
 
 #include "kit/host/commands/compare.h"
+#include "kit/host/commands/explain.h"
 #include "kit/host/commands/fleet.h"
 #include "kit/host/commands/options.h"
 #include "kit/host/commands/run.h"
@@ -30,6 +31,7 @@ void OccupyStandardDescriptors() {
 ExitCode Start(const RunOptions& options) { return Run(options); }
 ExitCode Start(const FleetOptions& options) { return RunFleet(options); }
 ExitCode Start(const CompareOptions& options) { return RunCompare(options); }
+ExitCode Start(const ExplainOptions& options) { return Explain(options); }
 
 ExitCode Main(int argc, char** argv) {
   OccupyStandardDescriptors();

@@ -38,6 +38,7 @@ constexpr char kExitCodes[] =
     "  5    the plug-in aborted, crashed, hung or broke what it runs in\n"
     "  6    the output, the log or the report could not be written\n"
     "  7    --strict, and there is something to look at\n"
+    "  8    explain: the path is neither in the input nor in the result\n"
     "  70   internal error of this program, or no more time, CPU time, "
     "memory,\n"
     "       processes or open files\n"
@@ -585,6 +586,41 @@ class CompareParser {
   UpgradeParser upgrade_;
 };
 
+class ExplainParser {
+ public:
+  explicit ExplainParser(CLI::App& app)
+      : command_(*app.add_subcommand(
+            "explain",
+            "Say where an entry or leaf of the result comes from, or where one "
+            "of the input went")),
+        upgrade_(options_) {
+    command_.footer(kExitCodes);
+    AddConfig(command_, options_.config);
+    command_
+        .add_option("PATH", options_.path,
+                    "Key path of an entry or leaf, as --diff prints it; keys "
+                    "need no quotes where they are clear without")
+        ->required()
+        ->type_name("PATH")
+        ->check(CheckNotEmpty);
+    command_.add_flag("--json", options_.json,
+                      "Print the explanation as one JSON object");
+    upgrade_.AddTo(command_);
+  }
+
+  bool is_wanted() const { return command_.parsed(); }
+
+  ExplainOptions Take() {
+    upgrade_.Finish();
+    return std::move(options_);
+  }
+
+ private:
+  ExplainOptions options_;
+  CLI::App& command_;
+  UpgradeParser upgrade_;
+};
+
 // Whether a word that is no option follows --log, which would be its file if
 // --log alone did not mean something else.
 bool HasDetachedLogFile(int argc, const char* const* argv) {
@@ -615,6 +651,7 @@ std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
   RunParser run(app);
   FleetParser fleet(app);
   CompareParser compare(app);
+  ExplainParser explain(app);
 
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return OneLine(error.what()) + "\nRun with --help for more information.\n";
@@ -640,7 +677,8 @@ std::variant<CommandOptions, ExitCode> ParseCommandLine(int argc,
       return ExitCode::kBadInput;
     }
   }
-  err << "A subcommand is required: run, fleet or compare\n"
+  if (explain.is_wanted()) return explain.Take();
+  err << "A subcommand is required: run, fleet, compare or explain\n"
          "Run with --help for more information.\n";
   return ExitCode::kBadInput;
 }

@@ -80,8 +80,15 @@ struct CompareOptions : UpgradeOptions {
   bool json = false;
 };
 
+struct ExplainOptions : UpgradeOptions {
+  std::string config;  // "-" is standard input
+  std::string path;    // of an entry or leaf
+  bool json = false;
+};
+
 // The options of one command.
-using CommandOptions = std::variant<RunOptions, FleetOptions, CompareOptions>;
+using CommandOptions =
+    std::variant<RunOptions, FleetOptions, CompareOptions, ExplainOptions>;
 
 // What to do; or the code to exit with at once, after help, version
 // or a usage error was printed to `out` or `err`.
