@@ -2,6 +2,8 @@
 # and log_sdk (the stand-ins, laid out as an SDK), host (the command line with
 # its models and examples).
 
+include(CMakePackageConfigHelpers)
+
 install(
   TARGETS quellix_ext_ospf_prot_update
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT plugin)
@@ -27,6 +29,22 @@ if(BUILD_KIT)
     DIRECTORY kit/confd/include/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     COMPONENT confd_sdk)
+
+  # CMake looks there whatever the libraries' folder is.
+  set(cmake_package_dir ${CMAKE_INSTALL_DATADIR}/cmake/ospf-upgrade-kit)
+  configure_package_config_file(
+    ${PROJECT_SOURCE_DIR}/cmake/ospf-upgrade-kit-config.cmake.in
+    ${PROJECT_BINARY_DIR}/ospf-upgrade-kit-config.cmake
+    INSTALL_DESTINATION ${cmake_package_dir}
+    PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
+  write_basic_package_version_file(
+    ${PROJECT_BINARY_DIR}/ospf-upgrade-kit-config-version.cmake
+    COMPATIBILITY SameMajorVersion)
+  install(
+    FILES ${PROJECT_BINARY_DIR}/ospf-upgrade-kit-config.cmake
+          ${PROJECT_BINARY_DIR}/ospf-upgrade-kit-config-version.cmake
+    DESTINATION ${cmake_package_dir}
+    COMPONENT host)
 
   install(TARGETS ospf-upgrade RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
                                        COMPONENT host)
