@@ -65,6 +65,13 @@ if(BUILD_KIT)
     DESTINATION share/ospf-upgrade/examples
     COMPONENT host
     PATTERN CMakeLists.txt EXCLUDE)
+  # As the build has made them.
+  foreach(folder man)
+    install(
+      DIRECTORY ${PROJECT_BINARY_DIR}/share/${folder}
+      DESTINATION ${CMAKE_INSTALL_DATADIR}
+      COMPONENT host)
+  endforeach()
   install(
     FILES README.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}

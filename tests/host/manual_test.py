@@ -1,0 +1,77 @@
+#!/usr/bin/env python3
+"""The manual pages say what --help does, and nothing else.
+
+manual_test.py PROGRAM SHARE: the program and the folder with what was made.
+"""
+
+import gzip
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+PROGRAM = sys.argv[1]
+SHARE = pathlib.Path(sys.argv[2])
+
+
+def text_of(*command):
+    return subprocess.run(command, capture_output=True, text=True,
+                          check=True).stdout
+
+
+def help_of(command):
+    return text_of(PROGRAM, *([command] if command else []), "--help")
+
+
+def commands_of_help():
+    listed = re.search(r"Subcommands:\n((?:  .*\n)+)", help_of("")).group(1)
+    return [line.split()[0] for line in listed.splitlines() if line[2] != " "]
+
+
+COMMANDS = commands_of_help()
+
+
+def options_of_help(command):
+    """All names of options, short ones too, of the list of options."""
+    entries = re.findall(r"^ {2,12}(-\S+(?:, +--\S+)?)", help_of(command), re.M)
+    return {re.sub(r"[\[=].*", "", name)
+            for entry in entries for name in re.split(", *", entry)}
+
+
+def page_of(command):
+    name = "ospf-upgrade" + (f"-{command}" if command else "")
+    with gzip.open(SHARE / f"man/man1/{name}.1.gz", "rt") as file:
+        return file.read().replace("\\-", "-").replace("\\&", "").replace(
+            "\\e", "\\")
+
+
+class PageTest(unittest.TestCase):
+
+    def test_there_is_one_for_each_command(self):
+        for command in ["", *COMMANDS]:
+            self.assertIn("\n.SH NAME\nospf-upgrade", page_of(command))
+        names = {path.name for path in (SHARE / "man/man1").iterdir()}
+        self.assertIn("run", COMMANDS)
+        self.assertEqual(names, {"ospf-upgrade.1.gz"} | {
+            f"ospf-upgrade-{command}.1.gz" for command in COMMANDS})
+
+    def test_has_all_options_and_no_others(self):
+        for command in ["", *COMMANDS]:
+            names = re.findall(r"^\.TP\n\.B (-.*)$", page_of(command), re.M)
+            options = {re.sub(r"[\[=].*", "", option) for name in names
+                       for option in name.split()[0].split(",")}
+            self.assertEqual(options, options_of_help(command), command)
+
+    def test_says_the_words_of_help(self):
+        for command in ["", *COMMANDS]:
+            page = re.sub(r"^\.(SH|TH) .*|^\.\w+ ?", "", page_of(command),
+                          flags=re.M).split()
+            spoken = re.sub(r"^(Usage|[A-Z][a-z ]+):", "", help_of(command),
+                            flags=re.M)
+            self.assertEqual([word for word in spoken.split()
+                              if word not in page], [], command)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
