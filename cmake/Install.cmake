@@ -66,7 +66,7 @@ if(BUILD_KIT)
     COMPONENT host
     PATTERN CMakeLists.txt EXCLUDE)
   # As the build has made them.
-  foreach(folder man)
+  foreach(folder man bash-completion fish zsh)
     install(
       DIRECTORY ${PROJECT_BINARY_DIR}/share/${folder}
       DESTINATION ${CMAKE_INSTALL_DATADIR}

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The manual pages say what --help does, and nothing else.
+"""The manual pages and completions say what --help does, and nothing else.
 
 manual_test.py PROGRAM SHARE: the program and the folder with what was made.
 """
@@ -71,6 +71,41 @@ class PageTest(unittest.TestCase):
                             flags=re.M)
             self.assertEqual([word for word in spoken.split()
                               if word not in page], [], command)
+
+
+class CompletionTest(unittest.TestCase):
+
+    def complete(self, *words):
+        script = ('. "$0"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); '
+                  '_ospf_upgrade; printf "%s\\n" "${COMPREPLY[@]}"')
+        file = SHARE / "bash-completion/completions/ospf-upgrade"
+        return set(text_of("bash", "-c", script, str(file), "ospf-upgrade",
+                           *words).split())
+
+    def test_bash_knows_all_options_and_no_others(self):
+        for command in COMMANDS:
+            self.assertEqual(self.complete(command, "-"),
+                             options_of_help(command))
+
+    def test_bash_knows_commands_and_values(self):
+        self.assertLessEqual({*COMMANDS, *options_of_help("")},
+                             self.complete(""))
+        self.assertEqual(self.complete("run", "--format", ""), {"xml", "json"})
+        self.assertEqual(self.complete("run", "--format", "x"), {"xml"})
+        self.assertEqual(self.complete("run", "--output", ""), set())
+
+    def test_fish_and_zsh_know_all_long_options(self):
+        fish = (SHARE / "fish/vendor_completions.d/ospf-upgrade.fish").read_text()
+        zsh = (SHARE / "zsh/vendor-completions/_ospf-upgrade").read_text()
+        for command in COMMANDS:
+            of_fish = {f"--{name}" for name in re.findall(
+                rf"_from {command}'.* -l (\S+)", fish)}
+            options = {name for name in options_of_help(command)
+                       if name.startswith("--")}
+            self.assertEqual(of_fish, options)
+            of_zsh = zsh.split(f"\n  {command})\n")[1].split(";;")[0]
+            self.assertEqual(
+                set(re.findall(r"'(?:\([^)]*\))?(--[\w-]+)", of_zsh)), options)
 
 
 if __name__ == "__main__":
