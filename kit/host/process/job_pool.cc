@@ -27,6 +27,7 @@ namespace kit::host {
 namespace {
 
 constexpr int kTickMs = 200;
+constexpr int kEndTries = 2000;  // a millisecond each
 // How far jobs may be ahead of the first one that is not done.
 constexpr size_t kMostAhead = 256;
 constexpr size_t kMostProcesses = 1024;
@@ -34,14 +35,33 @@ constexpr size_t kMostProcesses = 1024;
 // Read by the handler of signals; 0 is none.
 std::array<std::atomic<pid_t>, kMostProcesses> running_jobs{};
 
-// Each job ends what it has started itself.
-void EndJobs() {
+void SignalJobs(int signal) {
   for (const std::atomic<pid_t>& job : running_jobs) {
-    if (job > 0) kill(job, SIGTERM);
+    if (job > 0) kill(job, signal);
   }
+}
+
+// How many of them are still there.
+size_t ReapJobs() {
+  size_t left = 0;
   for (std::atomic<pid_t>& job : running_jobs) {
-    if (job > 0) waitpid(job, nullptr, 0);
-    job = 0;
+    if (job > 0 && waitpid(job, nullptr, WNOHANG) == 0) {
+      ++left;
+    } else {
+      job = 0;
+    }
+  }
+  return left;
+}
+
+// Each job ends what it has started itself. One that has decided on its result
+// takes no signal any more, and may wait for it to be read.
+void EndJobs() {
+  SignalJobs(SIGTERM);
+  for (int tries = 0; ReapJobs() > 0; ++tries) {
+    if (tries == kEndTries) SignalJobs(SIGKILL);
+    const timespec millisecond = {0, 1'000'000};
+    nanosleep(&millisecond, nullptr);
   }
 }
 

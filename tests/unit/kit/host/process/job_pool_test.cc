@@ -104,6 +104,23 @@ TEST(JobPool, WhatEndsItEndsItsJobs) {
   close(fds[0]);
 }
 
+TEST(JobPool, WhatEndsItEndsJobsThatTakeNoSignal) {
+  const auto run = [] {
+    RunJobs({2, 2,
+             [](size_t job) -> std::string {
+               if (job == 0) return "";
+               std::signal(SIGTERM, SIG_IGN);
+               return std::string(1'000'000, 'x');  // more than a pipe takes
+             },
+             [](size_t, JobEnd) {
+               SleepMs(100);  // until it waits
+               throw std::runtime_error("enough");
+             },
+             nullptr});
+  };
+  EXPECT_THROW(run(), std::runtime_error);
+}
+
 TEST(JobPool, ItsOwnDeathEndsItsJobs) {
   int fds[2];
   ASSERT_EQ(pipe(fds), 0);
