@@ -119,7 +119,8 @@ bool KeysStayApart(const SchemaNode& old_list, const SchemaNode& new_list) {
 
 class Carrier {
  public:
-  explicit Carrier(std::vector<Loss>* losses) : losses_(losses) {}
+  explicit Carrier(std::vector<Loss>* losses, CarryWatcher* watcher = nullptr)
+      : losses_(losses), watcher_(watcher) {}
 
   // Whether an entry of the old list may lend its leaves to the new one: the
   // same leaves, with the same values, in the same places.
@@ -145,6 +146,13 @@ class Carrier {
     return true;
   }
 
+  // The root, or what is an entry on one side.
+  void CarryOverEntry(const Node& from, Node& to) {
+    CarryOver(from, to);
+    if (watcher_ != nullptr) watcher_->OnCarried(from, to);
+  }
+
+ private:
   void CarryOver(const Node& from, Node& to) {
     // What a case of a choice was given, which a later one empties.
     std::vector<std::pair<const SchemaNode*, const SchemaNode*>> in_cases;
@@ -173,7 +181,6 @@ class Carrier {
     }
   }
 
- private:
   void Lose(const std::string& path, std::string value, std::string reason) {
     if (losses_ == nullptr) return;
     losses_->push_back({path, std::move(value), std::move(reason)});
@@ -181,6 +188,7 @@ class Carrier {
 
   void LoseNode(const Node& holder, const SchemaNode& node,
                 const std::string& reason) {
+    TellLostIn(holder, node);
     if (losses_ == nullptr) return;
     std::string value;
     if (node.kind == NodeKind::kLeaf) {
@@ -195,6 +203,29 @@ class Carrier {
       }
     }
     Lose(PathOf(holder, node), std::move(value), reason);
+  }
+
+  void TellLost(const Node& entry) {
+    if (watcher_ == nullptr) return;
+    watcher_->OnLost(entry);
+    TellLostBelow(entry);
+  }
+
+  void TellLostBelow(const Node& node) {
+    for (const auto& child : node.schema->children) TellLostIn(node, *child);
+  }
+
+  // The entries that go with a child.
+  void TellLostIn(const Node& holder, const SchemaNode& child) {
+    if (watcher_ == nullptr) return;
+    if (child.kind == NodeKind::kList) {
+      const List* const list = holder.ListAt(child);
+      if (list == nullptr) return;
+      for (const Node& entry : *list) TellLost(entry);
+    } else if (child.IsContainer()) {
+      const Node* const container = holder.FindContainer(child);
+      if (container != nullptr) TellLostBelow(*container);
+    }
   }
 
   static std::string PathOf(const Node& holder, const SchemaNode& child) {
@@ -278,8 +309,8 @@ class Carrier {
     const Node* container = SetContainer(from, old_container);
     if (container == nullptr) return;
     auto keys = ConvertKeys(*container, new_list);
-    if (!keys) return;
-    CarryOver(
+    if (!keys) return TellLost(*container);
+    CarryOverEntry(
         *container,
         *to.MakeList(new_list).Insert({keys->data(), keys->size()}).first);
   }
@@ -289,7 +320,7 @@ class Carrier {
     if (!from.IsSet(old_list)) return;
     const List& list = *from.ListAt(old_list);
     if (list.size() == 1) {
-      CarryOver(*list.First(), to.MakeContainer(new_container));
+      CarryOverEntry(*list.First(), to.MakeContainer(new_container));
     } else {
       LoseNode(from, old_list,
                "it has " + std::to_string(list.size()) +
@@ -414,15 +445,24 @@ class Carrier {
       }
     }
     const bool may_share = HaveSameLeaves(old_list, new_list);
+    const bool has_moved =
+        watcher_ != nullptr && PathOf(from, old_list) != PathOf(to, new_list);
     for (const Node& entry : *list) {
       auto keys = ConvertKeys(entry, new_list);
-      if (!keys) continue;
+      if (!keys) {
+        TellLost(entry);
+        continue;
+      }
       const bool shares = may_share && StaysAsItIs(entry, new_list);
       Node& node =
           *to.MakeList(new_list)
                .Insert({keys->data(), keys->size()}, shares ? &entry : nullptr)
                .first;
-      if (!shares) CarryOver(entry, node);
+      if (!shares) {
+        CarryOverEntry(entry, node);
+      } else if (has_moved) {
+        watcher_->OnCarried(entry, node);
+      }
     }
   }
 
@@ -442,15 +482,16 @@ class Carrier {
   }
 
   std::vector<Loss>* losses_;
+  CarryWatcher* watcher_;
 };
 
 }  // namespace
 
 Data UpgradeAutomatically(const Data& old_data, const Schema& new_schema,
-                          std::vector<Loss>* losses) {
+                          std::vector<Loss>* losses, CarryWatcher* watcher) {
   Data data(new_schema);
   old_data.ShareWith(data);
-  Carrier(losses).CarryOver(old_data.root(), data.root());
+  Carrier(losses, watcher).CarryOverEntry(old_data.root(), data.root());
   return data;
 }
 
