@@ -15,11 +15,13 @@
 #include "kit/confd/session/call_hooks.h"
 #include "kit/confd/session/loaded_schemas.h"
 #include "kit/confd/session/session.h"
+#include "kit/confd/tree/leaf_count.h"
 #include "kit/confd/tree/table.h"
 #include "kit/confd/upgrade/database.h"
 #include "kit/confd/upgrade/difference.h"
 #include "kit/confd/upgrade/moved_defaults.h"
 #include "kit/confd/upgrade/place.h"
+#include "kit/confd/upgrade/start_changes.h"
 
 namespace kit::control {
 namespace {
@@ -42,6 +44,31 @@ uint64_t NumberOf(const void* thing) {
   return reinterpret_cast<uintptr_t>(thing);
 }
 
+LeafChange ToChange(const store::LeafDifference& leaf) {
+  return {leaf.leaf, leaf.before, leaf.after, leaf.default_value};
+}
+
+Change::Kind KindOf(store::StartChange::Kind kind) {
+  switch (kind) {
+    case store::StartChange::Kind::kLost:
+      return Change::Kind::kDeleted;
+    case store::StartChange::Kind::kRenamed:
+      return Change::Kind::kRenamed;
+    case store::StartChange::Kind::kValue:
+      break;
+  }
+  return Change::Kind::kValue;
+}
+
+StartChange ToChange(const store::StartChange& change) {
+  StartChange told{KindOf(change.kind), change.list->Path(),    change.path,
+                   change.old_path,     ToChange(change.value), {}};
+  for (const store::LeafDifference& leaf : change.leaves) {
+    told.leaves.push_back(ToChange(leaf));
+  }
+  return told;
+}
+
 EntryChange ToChange(const store::EntryDifference& difference) {
   EntryChange change{KindOf(difference.kind),
                      difference.list->Path(),
@@ -49,8 +76,7 @@ EntryChange ToChange(const store::EntryDifference& difference) {
                      {},
                      NumberOf(difference.after)};
   for (const store::LeafDifference& leaf : difference.leaves) {
-    change.leaves.push_back(
-        {leaf.leaf, leaf.before, leaf.after, leaf.default_value});
+    change.leaves.push_back(ToChange(leaf));
   }
   return change;
 }
@@ -240,6 +266,29 @@ std::vector<Loss> Database::Losses() const {
     losses.push_back({loss.path, loss.value, loss.reason});
   }
   return losses;
+}
+
+void Database::StartChanges(
+    const std::function<void(const StartChange&)>& sink) const {
+  store::FindStartChanges(
+      impl_->database.running(), impl_->database.transaction().schema(),
+      [&sink](const store::StartChange& change) { sink(ToChange(change)); });
+  store::RequireMemory();
+}
+
+std::vector<LeafCount> Database::CountLeaves(Side side) const {
+  std::vector<LeafCount> counts;
+  for (const store::LeafCount& one : store::CountLeaves(impl_->data(side))) {
+    LeafCount& count = counts.emplace_back();
+    count.list = one.list->Path();
+    for (size_t i = 0; i < one.list->key_count; ++i) {
+      count.keys.push_back(one.list->children[i]->PathName());
+    }
+    count.entries = one.entries;
+    count.leaves = one.leaves;
+  }
+  store::RequireMemory();
+  return counts;
 }
 
 Handles Database::Attach() {

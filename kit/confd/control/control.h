@@ -231,6 +231,17 @@ struct MovedDefault {
   Places set_to_default;  // it had been set to what was the default
 };
 
+// How much is set in the entries of a list; of "/", in what is in none.
+struct LeafCount {
+  std::string list;
+  std::vector<std::string> keys;  // their names
+  uint64_t entries = 0;
+  // Keys among them; leaf-lists and containers with presence count as one.
+  uint64_t leaves = 0;
+};
+
+struct StartChange;
+
 // A configuration under its old models (what CDB shows), and the upgrade
 // transaction under the new ones, filled as ConfD fills it at start-up.
 // Programs reach it through the C API once it is attached.
@@ -284,6 +295,13 @@ class KIT_CONTROL_EXPORT Database {
 
   // What the start of the transaction could not carry over into it.
   std::vector<Loss> Losses() const;
+
+  // Hands what the start of the transaction changed to `sink`, losses among it:
+  // what is not told of was carried over as it was. Takes as long as the start.
+  void StartChanges(const std::function<void(const StartChange&)>& sink) const;
+
+  // By list, those without entries left out.
+  std::vector<LeafCount> CountLeaves(Side side) const;
 
   // Opens the sockets and the transaction, once; the same handles after that.
   // From then on the process ignores SIGPIPE.
@@ -416,6 +434,19 @@ class KIT_CONTROL_EXPORT Change {
  protected:
   Change(Kind what, uint64_t list_number, uint64_t entry_number)
       : kind(what), list(list_number), entry(entry_number) {}
+};
+
+// What the automatic upgrade changed on the way into the transaction, with the
+// paths of the new models as far as there is one.
+struct StartChange {
+  // kDeleted of an entry, with its leaves as `before`; kRenamed of one that
+  // stands elsewhere or has other keys, with its leaves as both; kValue.
+  Change::Kind kind = Change::Kind::kValue;
+  std::string list;
+  std::string path;      // of the entry
+  std::string old_path;  // of kRenamed; of a leaf that was in another entry
+  LeafChange value;      // of kValue; its default is what holds after it
+  std::vector<LeafChange> leaves;
 };
 
 // Told of every call, one at a time, on the thread that made it. Must not make
