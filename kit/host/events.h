@@ -12,6 +12,10 @@
 
 namespace kit::host {
 
+// Stands for a pass where the automatic upgrade did something, before all of
+// them.
+inline constexpr uint32_t kAutomaticUpgrade = UINT32_MAX;
+
 // A line of the plug-in's log.
 struct LogRecord {
   uint64_t call = 0;  // the number of the last call before it, 0 for none

@@ -58,22 +58,27 @@ std::vector<std::string_view> KeysOf(std::string_view path) {
   return keys;
 }
 
-void MoveFinder::Add(const control::EntryChange& entry, uint64_t id) {
-  const std::vector<std::string_view> keys = KeysOf(entry.path);
-  Entry kept{id, hashes_.size(), static_cast<uint32_t>(keys.size()), 0, 0};
+MoveFinder::Entry& MoveFinder::Begin(control::ChangeKind kind,
+                                     const std::vector<std::string_view>& keys,
+                                     uint64_t id) {
+  auto& entries = kind == control::ChangeKind::kCreated ? created_ : deleted_;
+  entries.push_back(
+      {id, hashes_.size(), static_cast<uint32_t>(keys.size()), 0, 0});
   for (const std::string_view key : keys) hashes_.push_back(Hash(key));
-  for (const control::LeafChange& leaf : entry.leaves) {
-    if (leaf.before || leaf.after) hashes_.push_back(HashOf(leaf));
-  }
-  kept.leaves = static_cast<uint32_t>(hashes_.size() - kept.first - kept.keys);
-  for (const control::LeafChange& leaf : entry.leaves) {
-    if (keys.empty() || !(leaf.before || leaf.after)) continue;
-    if (ValueOf(leaf) != keys.front()) continue;
-    hashes_.push_back(Hash(leaf.leaf));
-    ++kept.repeats;
-  }
-  (entry.kind == control::ChangeKind::kCreated ? created_ : deleted_)
-      .push_back(kept);
+  return entries.back();
+}
+
+void MoveFinder::AddLeaf(const control::LeafChange& leaf, Entry& entry) {
+  if (!leaf.before && !leaf.after) return;
+  hashes_.push_back(HashOf(leaf));
+  ++entry.leaves;
+}
+
+void MoveFinder::AddRepeat(const control::LeafChange& leaf,
+                           std::string_view key, Entry& entry) {
+  if (!(leaf.before || leaf.after) || ValueOf(leaf) != key) return;
+  hashes_.push_back(Hash(leaf.leaf));
+  ++entry.repeats;
 }
 
 class MoveFinder::Matching {

@@ -22,8 +22,22 @@ std::vector<std::string_view> KeysOf(std::string_view path);
 // proportion to their number.
 class MoveFinder {
  public:
-  // `entry` was created or deleted. `id` stands for it in Pairs.
-  void Add(const control::EntryChange& entry, uint64_t id);
+  // An entry that was created or deleted, and what was set in it: a range of
+  // control::LeafChange. `id` stands for it in Pairs.
+  template <typename Leaves>
+  void Add(control::ChangeKind kind, std::string_view path,
+           const Leaves& leaves, uint64_t id) {
+    const std::vector<std::string_view> keys = KeysOf(path);
+    Entry& entry = Begin(kind, keys, id);
+    for (const control::LeafChange& leaf : leaves) AddLeaf(leaf, entry);
+    if (keys.empty()) return;
+    for (const control::LeafChange& leaf : leaves) {
+      AddRepeat(leaf, keys.front(), entry);
+    }
+  }
+  void Add(const control::EntryChange& entry, uint64_t id) {
+    Add(entry.kind, entry.path, entry.leaves, id);
+  }
 
   // Deleted and created; each entry is in at most one. First those that differ
   // in one key, the first of the keys before the others, then those whose
@@ -43,6 +57,12 @@ class MoveFinder {
   };
 
   class Matching;
+
+  Entry& Begin(control::ChangeKind kind,
+               const std::vector<std::string_view>& keys, uint64_t id);
+  void AddLeaf(const control::LeafChange& leaf, Entry& entry);
+  void AddRepeat(const control::LeafChange& leaf, std::string_view key,
+                 Entry& entry);
 
   std::vector<uint32_t> hashes_;
   std::vector<Entry> created_;

@@ -3,6 +3,7 @@
 #define KIT_HOST_JOURNAL_DIFFERENCES_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,6 +14,11 @@
 
 namespace kit::host {
 
+struct LeafDifference : control::LeafChange {
+  uint32_t pass = 0;  // that last changed it, kAutomaticUpgrade among them
+  std::string old_path = {};  // its own, where it was a leaf of another entry
+};
+
 // An entry (outside of any list, "/") that is not as it was.
 struct EntryDifference {
   enum class Kind { kCreated, kChanged, kDeleted, kRekeyed, kMoved };
@@ -21,7 +27,9 @@ struct EntryDifference {
   std::string path;
   std::string old_path;  // of a re-keyed one
   // Those that differ; of a created or deleted entry all that were set.
-  std::vector<control::LeafChange> leaves;
+  std::vector<LeafDifference> leaves = {};
+  uint32_t pass = 0;         // that last created, deleted, re-keyed or moved it
+  uint64_t same_leaves = 0;  // of a re-keyed one, those with the same values
 };
 
 // As the comparison of the start with the end has it.
@@ -46,9 +54,12 @@ class DifferenceBuilder {
     std::optional<std::string> before;
     std::optional<std::string> after;
     std::optional<std::string> default_value;
+    uint32_t pass = 0;
+    std::string old_path;
   };
   struct Entry {
     std::string list;
+    uint32_t pass = 0;
     bool was_there = true;
     bool is_there = true;
     bool has_moved = false;
@@ -56,15 +67,19 @@ class DifferenceBuilder {
     std::vector<std::string> order;  // of the leaves, as they came
     std::map<std::string, Leaf> leaves;
 
+    // `before`: its value in the change, before it.
     Leaf& LeafAt(const std::string& name,
                  const std::optional<std::string>& before,
-                 const std::optional<std::string>& default_value);
+                 const std::optional<std::string>& default_value,
+                 uint32_t pass);
   };
 
   Entry& EntryAt(const std::string& path, const std::string& list);
   void Create(const ChangeRecord& change);
   void Delete(const ChangeRecord& change);
   void Rename(const ChangeRecord& change);
+  void RenameBelow(const ChangeRecord& change);
+  void ChangeValue(const ChangeRecord& change);
   static std::optional<EntryDifference> DifferenceOf(const std::string& path,
                                                      const Entry& entry);
 

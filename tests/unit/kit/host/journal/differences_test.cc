@@ -76,6 +76,37 @@ TEST_F(DifferencesTest, AValueIsComparedFromTheFirstToTheLast) {
   EXPECT_THAT(Take(), ElementsAre("~ /l{1} a:1>3 b:->4"));
 }
 
+TEST_F(DifferencesTest, WhatStandsInARenamedEntryIsRenamedWithIt) {
+  Value("/l{1}/m{5}", "a", "1", "2");
+  Rename("/l{1}", "/l{2}");
+  Value("/l{2}/m{5}", "a", "2", "3");
+  EXPECT_THAT(Take(),
+              ElementsAre("> /l{2} /l{1}", "> /l{2}/m{5} /l{1}/m{5} a:1>3"));
+}
+
+TEST(Differences, TellWhoWasTheLastToChangeEachLeafAndEntry) {
+  DifferenceBuilder builder;
+  ChangeRecord change;
+  change.list = "/l";
+  change.path = "/l{1}";
+  change.leaf = "a";
+  change.before = "1";
+  for (const uint32_t pass : {2u, 3u}) {
+    change.pass = pass;
+    change.after = std::to_string(pass);
+    builder.Add(change);
+  }
+  change.kind = What::kDeleted;
+  change.path = "/l{2}";
+  change.leaves = {{"a", "1", std::nullopt}};
+  change.pass = 4;
+  builder.Add(change);
+  const std::vector<EntryDifference> differences = builder.Take();
+  ASSERT_EQ(differences.size(), 2u);
+  EXPECT_EQ(differences[0].leaves.at(0).pass, 3u);
+  EXPECT_EQ(differences[1].pass, 4u);
+}
+
 TEST_F(DifferencesTest, WhatComesBackIsNoDifference) {
   Value("/l{1}", "a", "1", "2");
   Value("/l{1}", "a", "2", "1");
