@@ -21,6 +21,12 @@ void RunListener::OnSecrets(const std::vector<std::string>& values) {
   for (const std::string& value : values) secrets_.AddValue(value);
 }
 
+void RunListener::OnStartChange(ChangeRecord change) {
+  for (JournalView* view : listening_.unmasked_views) view->AddStart(change);
+  Mask(secrets_, change);
+  for (JournalView* view : listening_.views) view->AddStart(change);
+}
+
 void RunListener::OnLog(LogRecord record) {
   Mask(secrets_, record);
   if (listening_.log != nullptr) listening_.log->Write(record.text);
@@ -43,6 +49,7 @@ void RunListener::OnChange(ChangeRecord change) {
   if (change.after && secrets_.Covers(change.path + "/" + change.leaf)) {
     secrets_.AddValue(*change.after);
   }
+  for (JournalView* view : listening_.unmasked_views) view->Add(change);
   Mask(secrets_, change);
   if (listening_.stream != nullptr) {
     Print(OneLine(RenderChange(change)) + "\n");

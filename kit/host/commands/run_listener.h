@@ -24,6 +24,8 @@ struct RunListening {
   bool keep_calls = false;  // in the journal
   bool show_status = false;
   std::vector<JournalView*> views;
+  // That are given changes as they are, to tell whether a secret changed.
+  std::vector<JournalView*> unmasked_views;
 };
 
 // Masks what comes in, keeps it and hands it on, and shows that something is
@@ -34,6 +36,7 @@ class RunListener : public Listener {
   RunListener(Journal& journal, Secrets& secrets, RunListening listening);
 
   void OnSecrets(const std::vector<std::string>& values) override;
+  void OnStartChange(ChangeRecord change) override;
   void OnLog(LogRecord record) override;
   void OnCall(CallRecord call) override;
   void OnChange(ChangeRecord change) override;

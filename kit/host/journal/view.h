@@ -12,6 +12,8 @@ class JournalView {
   virtual ~JournalView() = default;
   // In the order in which they happened; calls and changes only where the run
   // is told to record them.
+  // Of the automatic upgrade, before all others.
+  virtual void AddStart(const ChangeRecord&) {}
   virtual void Add(const LogRecord&) {}
   virtual void Add(const CallRecord&) {}
   virtual void Add(const ChangeRecord&) {}

@@ -106,6 +106,7 @@ class Finisher {
       const bool valid = Validate();
       if (valid) JudgeTrial();
       if (task_.count_changes || task_.send_entries) Compare();
+      if (task_.count_leaves) CountLeaves();
       Inspect();
       TellPlaces();
       if (valid && output_ >= 0) Save();
@@ -183,6 +184,11 @@ class Finisher {
     counter.ForEach([this](const ListTotals& totals) {
       channel_.Send(ListMessage{totals});
     });
+  }
+
+  void CountLeaves() {
+    constexpr control::Side kResult = control::Side::kResult;
+    channel_.Send(LeafCountsMessage{kResult, database_.CountLeaves(kResult)});
   }
 
   void Inspect() {

@@ -30,6 +30,9 @@ struct Outcome {
   uint64_t unreleased_values = 0;               // that have a text
   std::vector<control::CarriedModule> carried;  // past the plug-in
   std::vector<control::Loss> losses;            // before the plug-in ran
+  // By list, where they were to be counted; of the result none without one.
+  std::vector<control::LeafCount> input_leaves;
+  std::optional<std::vector<control::LeafCount>> result_leaves;
   std::string device;  // what it is called, "router r1"; "" if unknown
   std::vector<Finding> findings;
   bool schemas_loaded = true;

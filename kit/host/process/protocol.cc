@@ -61,10 +61,15 @@ auto Fields(FailureMessage& m) {
 auto Fields(DoneMessage& m) {
   return std::tie(m.written.bytes, m.written.sum, m.written.sum_of_sums);
 }
-auto Fields(ChangeMessage& m) {
-  ChangeRecord& c = m.change;
+auto Fields(ChangeRecord& c) {
   return std::tie(c.call, c.pass, c.kind, c.list, c.path, c.old_path, c.leaf,
                   c.before, c.after, c.leaves, c.default_value);
+}
+auto Fields(ChangeMessage& m) { return Fields(m.change); }
+auto Fields(StartChangeMessage& m) { return Fields(m.change); }
+auto Fields(LeafCountsMessage& m) { return std::tie(m.side, m.counts); }
+auto Fields(control::LeafCount& count) {
+  return std::tie(count.list, count.keys, count.entries, count.leaves);
 }
 auto Fields(DeviceMessage& m) { return std::tie(m.name); }
 auto Fields(SecretsMessage& m) { return std::tie(m.values); }
@@ -147,6 +152,7 @@ constexpr PlaceRecord::When Last(PlaceRecord::When) {
 constexpr control::Place::State Last(control::Place::State) {
   return control::Place::State::kNotInModel;
 }
+constexpr control::Side Last(control::Side) { return control::Side::kResult; }
 constexpr SchemaEffect Last(SchemaEffect) { return SchemaEffect::kOtherResult; }
 constexpr Severity Last(Severity) { return Severity::kStop; }
 constexpr ExitCode Last(ExitCode) { return ExitCode::kInternal; }

@@ -84,6 +84,15 @@ struct PlaceMessage {
 struct CarriedMessage {
   control::CarriedModule module;
 };
+// Of the automatic upgrade.
+struct StartChangeMessage {
+  ChangeRecord change;
+};
+// All of one side, by list.
+struct LeafCountsMessage {
+  control::Side side;
+  std::vector<control::LeafCount> counts;
+};
 struct FailureMessage {
   Failure failure;
 };
@@ -107,7 +116,8 @@ using Message =
                  ListMessage, EntryMessage, FailureMessage, DoneMessage,
                  SchemasMessage, PassMessage, RekeyedMessage, DeviceMessage,
                  FindingMessage, ChangeMessage, SecretsMessage, CarriedMessage,
-                 DigestMessage, PlaceMessage>;
+                 DigestMessage, PlaceMessage, StartChangeMessage,
+                 LeafCountsMessage>;
 
 class ProtocolError : public std::runtime_error {
  public:

@@ -100,15 +100,16 @@ bool MaySay(Speaker speaker, const Message& message) {
     case Speaker::kReader:
       return IsAnyOf<PhaseMessage, InputMessage, DigestMessage, CarriedMessage,
                      LossMessage, DeviceMessage, SecretsMessage, FindingMessage,
-                     PlaceMessage, FailureMessage>(message);
+                     PlaceMessage, StartChangeMessage, LeafCountsMessage,
+                     FailureMessage>(message);
     case Speaker::kPlugin:
       return IsAnyOf<PhaseMessage, LogMessage, CallMessage, ChangeMessage,
                      PassMessage, ResultMessage, FailureMessage>(message);
     case Speaker::kFinisher:
       return IsAnyOf<PhaseMessage, ViolationMessage, ValidatedMessage,
                      SchemasMessage, ListMessage, RekeyedMessage, EntryMessage,
-                     FindingMessage, PlaceMessage, FailureMessage, DoneMessage>(
-          message);
+                     FindingMessage, PlaceMessage, LeafCountsMessage,
+                     FailureMessage, DoneMessage>(message);
   }
   return false;
 }
@@ -481,6 +482,17 @@ class Supervisor {
   }
   void On(EntryMessage& message) {
     outcome_.entries.push_back(std::move(message.entry));
+  }
+  void On(StartChangeMessage& message) {
+    timer_.RunUncounted(
+        [&] { listener_.OnStartChange(std::move(message.change)); });
+  }
+  void On(LeafCountsMessage& message) {
+    if (message.side == control::Side::kInput) {
+      outcome_.input_leaves = std::move(message.counts);
+    } else {
+      outcome_.result_leaves = std::move(message.counts);
+    }
   }
   void On(FailureMessage& message) {
     if (!MayFailWith(phase_, message.failure.code)) RejectMessage();

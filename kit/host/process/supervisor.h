@@ -21,6 +21,8 @@ class Listener {
   virtual ~Listener() = default;
   // Values not to be shown, before anything that may have them.
   virtual void OnSecrets(const std::vector<std::string>& values) = 0;
+  // Of the automatic upgrade, before anything of the plug-in.
+  virtual void OnStartChange(ChangeRecord change) = 0;
   virtual void OnLog(LogRecord record) = 0;
   virtual void OnCall(CallRecord call) = 0;
   virtual void OnChange(ChangeRecord change) = 0;

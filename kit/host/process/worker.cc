@@ -291,6 +291,7 @@ class Worker {
     }
     Inspect(database);
     TellPlaces(database);
+    if (task_.count_leaves) TellLeaves(database);
     return database;
   }
 
@@ -305,6 +306,25 @@ class Worker {
       channel_.Send(PlaceMessage{{When::kInput, number, std::move(input)}});
       channel_.Send(PlaceMessage{{When::kStart, number, std::move(start)}});
     }
+  }
+
+  void TellLeaves(const control::Database& database) const {
+    constexpr control::Side kInput = control::Side::kInput;
+    channel_.Send(LeafCountsMessage{kInput, database.CountLeaves(kInput)});
+    database.StartChanges([this](const control::StartChange& change) {
+      ChangeRecord record;
+      record.pass = kAutomaticUpgrade;
+      record.kind = change.kind;
+      record.list = change.list;
+      record.path = change.path;
+      record.old_path = change.old_path;
+      record.leaf = change.value.leaf;
+      record.before = change.value.before;
+      record.after = change.value.after;
+      record.default_value = change.value.default_value;
+      record.leaves = change.leaves;
+      channel_.Send(StartChangeMessage{std::move(record)});
+    });
   }
 
   void Inspect(const control::Database& database) {

@@ -43,6 +43,9 @@ struct WorkerTask {
   bool count_changes = false;       // of the result against its start
   bool send_entries = false;
   bool tell_digest = false;  // of the configuration's file
+  // For a ledger: what the automatic upgrade changes, and the leaves on either
+  // side.
+  bool count_leaves = false;
 };
 
 // How messages name the configuration.
