@@ -221,6 +221,57 @@ Json EventsJson(const Report& report) {
   return events;
 }
 
+// Beside it stands the number of the pass.
+Json AgentJson(Agent agent) {
+  if (!agent) return nullptr;
+  return *agent == kAutomaticUpgrade ? "automatic-upgrade" : "plugin";
+}
+
+Json PassJson(Agent agent) {
+  return agent && *agent != kAutomaticUpgrade ? Json(*agent) : Json();
+}
+
+Json RowsJson(const std::vector<LedgerRow>& rows) {
+  Json all = Json::array();
+  for (const LedgerRow& row : rows) {
+    all.push_back({{"fate", Name(row.fate)},
+                   {"by", AgentJson(row.by)},
+                   {"pass", PassJson(row.by)},
+                   {"leaves", row.leaves},
+                   {"by_default", row.by_default}});
+  }
+  return all;
+}
+
+Json LedgerJson(const Report& report) {
+  if (!report.ledger) return nullptr;
+  const Ledger& ledger = *report.ledger;
+  Json lists = Json::array();
+  for (const LedgerList& list : ledger.lists) {
+    lists.push_back({{"list", list.list},
+                     {"input", list.input},
+                     {"fates", RowsJson(list.rows)},
+                     {"added", list.added},
+                     {"result", OrNull(list.result)}});
+  }
+  Json leaves = Json::array();
+  for (const LedgerLeaf& leaf : ledger.leaves) {
+    leaves.push_back({{"fate", Name(leaf.fate)},
+                      {"by", AgentJson(leaf.by)},
+                      {"pass", PassJson(leaf.by)},
+                      {"list", leaf.list},
+                      {"path", leaf.path},
+                      {"new_path", NullIfEmpty(leaf.new_path)},
+                      {"before", leaf.before},
+                      {"after", OrNull(leaf.after)},
+                      {"by_default", leaf.by_default}});
+  }
+  return {{"whole", ledger.is_whole},  {"balances", ledger.balances},
+          {"input", ledger.input},     {"fates", RowsJson(ledger.rows)},
+          {"added", ledger.added},     {"result", OrNull(ledger.result)},
+          {"lists", std::move(lists)}, {"leaves", std::move(leaves)}};
+}
+
 }  // namespace
 
 std::string RenderJson(const Report& report, const ReportView& view) {
@@ -241,6 +292,7 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"schemas", SchemasJson(report)},
       {"plugin_output", report.plugin_output}};
   if (view.diff) json["entries"] = EntriesJson(report);
+  if (view.ledger) json["ledger"] = LedgerJson(report);
   if (view.events) json["events"] = EventsJson(report);
   std::string text = Dump(json);
   text.resize(text.size() - std::strlen("\n}"));

@@ -56,6 +56,20 @@ const char* Name(EntryDifference::Kind kind) {
   return "unknown";
 }
 
+const char* Name(Fate fate) {
+  switch (fate) {
+    case Fate::kKept:
+      return "kept";
+    case Fate::kMoved:
+      return "moved";
+    case Fate::kChanged:
+      return "changed";
+    case Fate::kDropped:
+      return "dropped";
+  }
+  return "unknown";
+}
+
 const char* Name(control::Change::Kind kind) {
   using Kind = control::Change::Kind;
   switch (kind) {

@@ -8,6 +8,7 @@
 #include "kit/host/exit_code.h"
 #include "kit/host/finding.h"
 #include "kit/host/journal/differences.h"
+#include "kit/host/journal/ledger.h"
 
 namespace kit::host {
 
@@ -20,6 +21,7 @@ inline constexpr std::array kExitCodes = {
 const char* Name(ExitCode code);
 const char* Name(Severity severity);
 const char* Name(EntryDifference::Kind kind);
+const char* Name(Fate fate);
 const char* Name(control::Change::Kind kind);
 const char* Name(control::Format format);
 

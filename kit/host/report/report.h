@@ -13,6 +13,7 @@
 #include "kit/host/finding.h"
 #include "kit/host/journal/differences.h"
 #include "kit/host/journal/journal.h"
+#include "kit/host/journal/ledger.h"
 #include "kit/host/journal/pass_differences.h"
 #include "kit/host/passes.h"
 #include "kit/host/process/outcome.h"
@@ -27,6 +28,8 @@ struct Report : Outcome {
   Journal journal;
   // With --diff: of the whole run, or of each stretch of a pass in their order.
   std::vector<Differences> differences;
+  // Where it was asked for and the configuration could be read.
+  std::optional<Ledger> ledger;
   PassTable passes;                   // that the journal's numbers refer to
   std::optional<std::string> output;  // where the result was written
   bool partly_written = false;        // to standard output
@@ -39,7 +42,8 @@ struct ReportView {
   bool log = false;      // the records
   bool details = false;  // of findings; how often each call was made
   bool diff = false;     // each entry
-  bool events = false;   // log records and calls in their order (JSON)
+  bool ledger = false;
+  bool events = false;  // log records and calls in their order (JSON)
   Screen screen = {};
 };
 
@@ -72,6 +76,9 @@ std::string RenderCall(const CallRecord& call);
 
 // A change as one line, of any characters.
 std::string RenderChange(const ChangeRecord& change);
+
+// What became of the input's leaves.
+std::string RenderLedger(const Report& report);
 
 // One line for each constraint that the result breaks.
 std::string RenderViolations(const std::vector<control::Violation>& violations);

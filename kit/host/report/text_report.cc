@@ -425,6 +425,7 @@ std::string RenderText(const Report& report, const ReportView& view) {
   if (view.diff) {
     AppendDifferences(report, text);
   }
+  if (view.ledger) text += RenderLedger(report);
   AppendCarried(report, text);
   AppendLosses(report, view.diff, text);
   AppendValidation(report, text);

@@ -41,6 +41,13 @@ std::string PassTitle(const Report& report, uint32_t pass) {
                      OneLine(report.passes[pass - 1].name));
 }
 
+std::string AgentName(const Report& report, Agent agent) {
+  if (!agent) return "";
+  if (*agent == kAutomaticUpgrade) return "the automatic upgrade";
+  if (*agent == 0 || *agent > report.passes.size()) return "the plug-in";
+  return "p" + PassTitle(report, *agent).substr(1);
+}
+
 std::string LastPass(const Report& report) {
   uint32_t pass = 0;
   for (const Event& event : report.journal.events()) {
@@ -49,7 +56,7 @@ std::string LastPass(const Report& report) {
     }
   }
   if (pass == 0 || pass > report.passes.size()) return "";
-  return "p" + PassTitle(report, pass).substr(1);
+  return AgentName(report, pass);
 }
 
 std::string Verdict(const Report& report) {

@@ -15,6 +15,10 @@ std::string Verdict(const Report& report);
 // "Pass 3, compound index", or where no pass is.
 std::string PassTitle(const Report& report, uint32_t pass);
 
+// The same for who did something, "the automatic upgrade" among them; "" for
+// nobody.
+std::string AgentName(const Report& report, Agent agent);
+
 // "pass 3, compound index" for where the plug-in was last; "" if outside of
 // all.
 std::string LastPass(const Report& report);
