@@ -12,7 +12,7 @@ enum class ExitCode {
   kNotLoaded = 4,      // the plug-in could not be loaded
   kPluginDied = 5,     // it aborted, crashed, hung or broke the run
   kOutputFailed = 6,   // output, log or report could not be written
-  kNeedsALook = 7,     // with --strict, there is something to look at
+  kNeedsALook = 7,     // --strict or --fail-on-loss, and there is a reason
   kNotFound = 8,       // what was asked for is nowhere
   kInternal = 70,      // the kit itself failed, or ran out of something
 };

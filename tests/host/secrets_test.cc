@@ -23,7 +23,7 @@ const std::vector<std::vector<std::string>> kViews = {
     {"--diff"},
     {"--diff=pass"},
     {"--verbose"},
-    {"--json", "--trace", "--diff"},
+    {"--ledger", "--json", "--trace", "--diff"},
     {"--json", "--trace", "--diff=pass"},
 };
 

@@ -29,10 +29,11 @@ TEST_F(UsageTest, HelpListsEveryExitCode) {
 TEST_F(UsageTest, HelpOfRunListsEveryOption) {
   const Outcome outcome = Run({"run", "--help"});
   for (const char* option :
-       {"CONFIG",        "-o,",          "--force", "--format",  "--plugin",
-        "--yang-before", "--yang-after", "--from",  "--unknown", "--max-size",
-        "--namespace",   "--timeout",    "--log",   "--quiet",   "--verbose",
-        "--trace",       "--diff",       "--json",  "--strict",  "--passes"}) {
+       {"CONFIG",        "-o,",           "--force", "--format",  "--plugin",
+        "--yang-before", "--yang-after",  "--from",  "--unknown", "--max-size",
+        "--namespace",   "--timeout",     "--log",   "--quiet",   "--verbose",
+        "--trace",       "--diff",        "--json",  "--strict",  "--passes",
+        "--ledger",      "--fail-on-loss"}) {
     EXPECT_THAT(outcome.out, HasSubstr(option));
   }
 }

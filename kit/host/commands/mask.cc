@@ -100,6 +100,13 @@ void Mask(const Secrets& secrets, Failure& failure) {
   }
 }
 
+void Mask(const Secrets& secrets, Ledger& ledger) {
+  for (LedgerLeaf& leaf : ledger.leaves) {
+    leaf.before = secrets.MaskedAt(leaf.path, std::move(leaf.before));
+    MaskValue(secrets, leaf.path, leaf.after);
+  }
+}
+
 void Mask(const Secrets& secrets, Report& report) {
   if (report.failure) Mask(secrets, *report.failure);
   if (report.last_call) MaskText(secrets, *report.last_call);

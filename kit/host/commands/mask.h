@@ -15,8 +15,9 @@ void Mask(const Secrets& secrets, ChangeRecord& change);
 void Mask(const Secrets& secrets, PlaceRecord& record);
 void Mask(const Secrets& secrets, PassTotals& totals);
 void Mask(const Secrets& secrets, Failure& failure);
-// All but the journal and the differences by pass, which are made of what was
-// masked before.
+void Mask(const Secrets& secrets, Ledger& ledger);
+// All but the ledger, which comes later, and the journal and the differences by
+// pass, which are made of what was masked before.
 void Mask(const Secrets& secrets, Report& report);
 
 }  // namespace kit::host

@@ -37,7 +37,9 @@ constexpr char kExitCodes[] =
     "  4    the plug-in could not be loaded\n"
     "  5    the plug-in aborted, crashed, hung or broke what it runs in\n"
     "  6    the output, the log or the report could not be written\n"
-    "  7    --strict, and there is something to look at\n"
+    "  7    --strict, and there is something to look at; --fail-on-loss, and "
+    "a\n"
+    "       leaf of the input is dropped\n"
     "  8    explain: the path is neither in the input nor in the result\n"
     "  70   internal error of this program, or no more time, CPU time, "
     "memory,\n"
@@ -359,9 +361,17 @@ class RunParser {
                       "(-), changed (~), gave other keys (>) or another place "
                       "(^); --diff=pass pass by pass")
             ->check(CLI::IsMember({"run", "pass"}).description(""));
+    CLI::Option* ledger = command_.add_flag(
+        "--ledger", options_.ledger,
+        "Account for every leaf of the input: kept, moved (in an entry that "
+        "got other keys), changed or dropped, and by whom");
     CLI::Option* json = command_.add_flag(
         "--json", options_.json, "Print the report as one JSON object");
-    quiet->excludes(trace)->excludes(verbose)->excludes(diff)->excludes(json);
+    quiet->excludes(trace)
+        ->excludes(verbose)
+        ->excludes(diff)
+        ->excludes(ledger)
+        ->excludes(json);
   }
 
   void AddSeverity() {
@@ -369,6 +379,9 @@ class RunParser {
         "--strict", options_.strict,
         "Findings that ask for a look, or to stop, are a failure (exit "
         "code 7)");
+    command_.add_flag("--fail-on-loss", options_.fail_on_loss,
+                      "A leaf of the input that the automatic upgrade or the "
+                      "plug-in drops is a failure (exit code 7)");
   }
 
   RunOptions options_;

@@ -45,6 +45,7 @@ struct RunOptions : UpgradeOptions {
   std::optional<std::string> log;         // file that takes the records
   std::optional<std::string> page;        // file that takes all as HTML
   bool strict = false;                    // what needs a look is a failure
+  bool fail_on_loss = false;              // a dropped leaf is a failure
   // What is shown besides the first screen.
   bool quiet = false;
   bool show_log = false;
@@ -52,6 +53,7 @@ struct RunOptions : UpgradeOptions {
   bool details = false;
   bool diff = false;  // of the whole run
   bool diff_by_pass = false;
+  bool ledger = false;
   bool json = false;
 };
 

@@ -70,8 +70,10 @@ WorkerTask TaskOf(const RunOptions& options, const PreparedUpgrade& upgrade) {
   task.config = options.config;
   task.format = options.format;
   if (options.show_secrets) task.inspection.secrets = nullptr;
-  task.recording = {options.trace, !options.quiet,
-                    options.trace || options.diff_by_pass};
+  const bool with_ledger = options.ledger || options.fail_on_loss;
+  task.recording = {options.trace, !options.quiet || with_ledger,
+                    options.trace || options.diff_by_pass || with_ledger};
+  task.count_leaves = with_ledger;
   task.count_changes = !options.quiet;
   task.send_entries = options.diff;
   return task;
@@ -138,6 +140,49 @@ void RequireNothingToLookAt(Report& report) {
       report.config};
 }
 
+// Where the input could be counted.
+void FinishLedger(LedgerBuilder& builder, const Secrets& secrets,
+                  Report& report) {
+  if (report.input_leaves.empty()) return;
+  report.ledger =
+      builder.Take(report.input_leaves,
+                   report.result_leaves ? &*report.result_leaves : nullptr);
+  Mask(secrets, *report.ledger);
+  if (report.ledger->balances || report.failure) return;
+  report.failure = Failure{
+      ExitCode::kInternal,
+      "the ledger does not balance: what became of the leaves that the input "
+      "has does not come to those that the result has",
+      "report this together with the configuration", report.config};
+}
+
+// With --fail-on-loss.
+void RequireNoLoss(Report& report) {
+  constexpr size_t kShownLosses = 10;
+  if (report.failure || !report.ledger) return;
+  const uint64_t dropped = report.ledger->LeavesWith(Fate::kDropped);
+  if (dropped == 0) return;
+  Failure failure{
+      ExitCode::kNeedsALook,
+      fmt::format(
+          "{} dropped, and --fail-on-loss is given",
+          Counted(dropped, "leaf of the input is", "leaves of the input are")),
+      "see --ledger for what becomes of every leaf; put what must not be lost "
+      "where the new model has room for it",
+      report.config};
+  for (const LedgerLeaf& leaf : report.ledger->leaves) {
+    if (leaf.fate != Fate::kDropped) continue;
+    if (failure.details.size() == kShownLosses) {
+      failure.details.push_back(
+          fmt::format("... and {} more", dropped - kShownLosses));
+      break;
+    }
+    failure.details.push_back(
+        fmt::format("{} ({})", leaf.path, AgentName(report, leaf.by)));
+  }
+  report.failure = std::move(failure);
+}
+
 void CommitOutput(const RunOptions& options, OutputFile& output,
                   Report& report) {
   try {
@@ -175,6 +220,7 @@ void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
   Secrets& secrets = rehearsal.secrets;
   if (!options.show_secrets) secrets = Secrets(catalogue.secrets);
   PassDifferences by_pass;
+  LedgerBuilder ledger;
   RunListening listening;
   listening.log = log ? &*log : nullptr;
   listening.keep_calls = options.trace && options.json;
@@ -186,6 +232,7 @@ void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
   if (rehearsal.page) {
     listening.views.push_back(&rehearsal.page->differences());
   }
+  if (task.count_leaves) listening.unmasked_views.push_back(&ledger);
   {
     RunListener listener(journal, secrets, listening);
     rehearsal.report =
@@ -200,7 +247,11 @@ void Upgrade(const RunOptions& options, const PreparedUpgrade& upgrade,
   rehearsal.report.differences = by_pass.Take();
   if (options.diff)
     rehearsal.report.differences.push_back(TotalOf(rehearsal.report));
+  if (task.count_leaves) {
+    FinishLedger(ledger, secrets, rehearsal.report);
+  }
   CompleteFindings(catalogue, rehearsal.report);
+  if (options.fail_on_loss) RequireNoLoss(rehearsal.report);
   if (options.strict) RequireNothingToLookAt(rehearsal.report);
   AddContext(rehearsal.report);
   if (!rehearsal.report.failure && log)
@@ -241,6 +292,7 @@ class ReportPrinter {
     view.log = options_.show_log;
     view.details = options_.details;
     view.diff = options_.diff || options_.diff_by_pass;
+    view.ledger = options_.ledger;
     view.events = options_.trace;
     view.screen = Screen::Of(fileno(stream_));
     return Deliver(options_.json ? RenderJson(report_, view)
