@@ -1,6 +1,7 @@
 #include "kit/host/journal/differences.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "kit/host/moves.h"
@@ -38,6 +39,18 @@ void CompareMoved(const EntryDifference& deleted, EntryDifference& rekeyed) {
   rekeyed.leaves = std::move(leaves);
 }
 
+// In the same order on both sides of a move, whatever order they came in.
+std::vector<std::reference_wrapper<const LeafDifference>> ByName(
+    const std::vector<LeafDifference>& leaves) {
+  std::vector<std::reference_wrapper<const LeafDifference>> sorted(
+      leaves.begin(), leaves.end());
+  std::sort(sorted.begin(), sorted.end(),
+            [](const LeafDifference& a, const LeafDifference& b) {
+              return a.leaf < b.leaf;
+            });
+  return sorted;
+}
+
 }  // namespace
 
 EntryDifference ToDifference(control::EntryChange change) {
@@ -63,7 +76,7 @@ std::vector<EntryDifference> PairMoves(
     finders[d.list].Add(d.kind == Kind::kCreated
                             ? control::ChangeKind::kCreated
                             : control::ChangeKind::kDeleted,
-                        d.path, d.leaves, i);
+                        d.path, ByName(d.leaves), i);
   }
   std::vector<bool> is_gone(differences.size(), false);
   for (const auto& [list, finder] : finders) {

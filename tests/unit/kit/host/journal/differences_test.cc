@@ -76,6 +76,17 @@ TEST_F(DifferencesTest, AValueIsComparedFromTheFirstToTheLast) {
   EXPECT_THAT(Take(), ElementsAre("~ /l{1} a:1>3 b:->4"));
 }
 
+TEST_F(DifferencesTest, AMoveIsFoundWhateverTheOrderOfItsLeaves) {
+  Value("/l{1}", "c", "3", "4");
+  Value("/l{1}", "c", "4", "3");
+  Create("/l{2}");
+  for (const char* leaf : {"a", "b", "c"}) {
+    Value("/l{2}", leaf, kNone, "3");
+  }
+  Delete("/l{1}", {{"a", "3", kNone}, {"b", "3", kNone}, {"c", "3", kNone}});
+  EXPECT_THAT(Take(), ElementsAre("> /l{2} /l{1}"));
+}
+
 TEST_F(DifferencesTest, WhatStandsInARenamedEntryIsRenamedWithIt) {
   Value("/l{1}/m{5}", "a", "1", "2");
   Rename("/l{1}", "/l{2}");
