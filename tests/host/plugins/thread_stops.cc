@@ -2,14 +2,13 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <thread>
-
+#include "leave_thread.h"
 #include "plugin.h"
 
 EXPORTED int update(int, int, int) {
-  std::thread([] {
+  LeaveThread([] {
     usleep(300'000);
     raise(SIGSTOP);
-  }).detach();
+  });
   return 0;
 }

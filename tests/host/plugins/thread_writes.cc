@@ -1,14 +1,13 @@
 // A thread that it leaves behind goes on changing the transaction.
 #include <unistd.h>
 
-#include <thread>
-
+#include "leave_thread.h"
 #include "plugin.h"
 
 EXPORTED int update(int maapi_sock, int thandle, int) {
-  std::thread([=] {
+  LeaveThread([=] {
     usleep(300'000);
     maapi_delete(maapi_sock, thandle, "/demo/item{1}");
-  }).detach();
+  });
   return 0;
 }
