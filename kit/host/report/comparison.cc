@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include <variant>
 
+#include "kit/host/report/json_parts.h"
 #include "kit/host/report/names.h"
 #include "kit/host/report/verdict.h"
 #include "kit/host/text.h"
@@ -182,11 +182,10 @@ std::string RenderComparison(const std::string& config,
 std::string ComparisonLine(const std::string& config,
                            const std::vector<DifferingPart>& parts,
                            const std::array<std::string, 2>& names) {
-  using Json = nlohmann::ordered_json;
   Json differs = Json::array();
   for (const DifferingPart& part : parts) {
     differs.push_back({{"what", part.what},
-                       {"first", part.first ? Json(*part.first) : Json()},
+                       {"first", OrNull(part.first)},
                        {"a", part.lines[0]},
                        {"b", part.lines[1]}});
   }
@@ -194,8 +193,7 @@ std::string ComparisonLine(const std::string& config,
                      {"a", names[0]},
                      {"b", names[1]},
                      {"differs", std::move(differs)}};
-  constexpr bool kAsciiOnly = true;
-  return json.dump(-1, ' ', kAsciiOnly, Json::error_handler_t::replace) + "\n";
+  return DumpLine(json) + "\n";
 }
 
 }  // namespace kit::host

@@ -1,14 +1,11 @@
-#include <nlohmann/json.hpp>
 #include <variant>
 
 #include "kit/host/report/explanation.h"
+#include "kit/host/report/json_parts.h"
 #include "kit/host/report/names.h"
 
 namespace kit::host {
 namespace {
-
-// Keeps its keys in the order in which they are documented.
-using Json = nlohmann::ordered_json;
 
 const char* KindName(Explanation::Kind kind) {
   using Kind = Explanation::Kind;
@@ -33,15 +30,6 @@ const char* KindName(Explanation::Kind kind) {
       return "nowhere";
   }
   return "unknown";
-}
-
-template <typename T>
-Json OrNull(const std::optional<T>& value) {
-  return value ? Json(*value) : Json();
-}
-
-Json NullIfEmpty(const std::string& text) {
-  return text.empty() ? Json() : Json(text);
 }
 
 // Null for nothing there.
@@ -73,23 +61,7 @@ Json StepsJson(const Explanation& explanation, const Report& report) {
   return steps;
 }
 
-Json LossesJson(const Explanation& explanation) {
-  Json losses = Json::array();
-  for (const control::Loss& loss : explanation.losses) {
-    losses.push_back(
-        {{"path", loss.path}, {"value", loss.value}, {"reason", loss.reason}});
-  }
-  return losses;
-}
-
-Json EventJson(const LogRecord& record) {
-  return {{"kind", "log"},
-          {"call", record.call},
-          {"pass", record.pass},
-          {"text", record.text}};
-}
-
-Json EventJson(const Touch& touch) {
+Json ToJson(const Touch& touch) {
   Json changes = Json::array();
   for (const ChangeRecord& change : touch.changes) {
     changes.push_back({{"change", Name(change.kind)},
@@ -113,7 +85,7 @@ Json EventJson(const Touch& touch) {
           {"changes", std::move(changes)}};
 }
 
-Json EventJson(const Reads& reads) {
+Json ToJson(const Reads& reads) {
   return {{"kind", "reads"},
           {"pass", reads.pass},
           {"function", reads.function},
@@ -128,7 +100,7 @@ Json EventsJson(const Explanation& explanation) {
   Json events = Json::array();
   for (const HistoryEvent& event : explanation.events) {
     events.push_back(
-        std::visit([](const auto& one) { return EventJson(one); }, event));
+        std::visit([](const auto& one) { return ToJson(one); }, event));
   }
   return events;
 }
@@ -163,15 +135,14 @@ std::string RenderJson(const Explanation& explanation, const Report& report) {
                                : Json()},
       {"input", PlaceJson(states.input)},
       {"start", PlaceJson(states.start)},
-      {"losses", LossesJson(explanation)},
+      {"losses", ToJson(explanation.losses)},
       {"history", EventsJson(explanation)},
       {"left_out", explanation.events_left_out},
       {"copied_from", SourcesJson(explanation)},
       {"result", states.result ? PlaceJson(*states.result) : Json()},
       {"succeeded", explanation.has_ended},
       {"exit_code", static_cast<int>(ExitCodeOf(explanation, report))}};
-  constexpr bool kAsciiOnly = true;
-  return json.dump(2, ' ', kAsciiOnly, Json::error_handler_t::replace) + "\n";
+  return Dump(json) + "\n";
 }
 
 }  // namespace kit::host

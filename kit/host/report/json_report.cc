@@ -1,17 +1,14 @@
 #include <fmt/format.h>
 
 #include <cstring>
-#include <nlohmann/json.hpp>
 
+#include "kit/host/report/json_parts.h"
 #include "kit/host/report/names.h"
 #include "kit/host/report/report.h"
 #include "kit/host/report/schemas_effect.h"
 
 namespace kit::host {
 namespace {
-
-// Keeps its keys in the order in which they are documented.
-using Json = nlohmann::ordered_json;
 
 Json SchemasJson(const Report& report) {
   Json matter;
@@ -31,31 +28,6 @@ Json CarriedJson(const Report& report) {
     modules.push_back({{"module", module.name}, {"leaves", module.leaves}});
   }
   return modules;
-}
-
-Json LossesJson(const Report& report) {
-  Json losses = Json::array();
-  for (const control::Loss& loss : report.losses) {
-    losses.push_back(
-        {{"path", loss.path}, {"value", loss.value}, {"reason", loss.reason}});
-  }
-  return losses;
-}
-
-template <typename T>
-Json OrNull(const std::optional<T>& value) {
-  return value ? Json(*value) : Json();
-}
-
-Json NullIfEmpty(const std::string& text) {
-  return text.empty() ? Json() : Json(text);
-}
-
-// Bytes that are not UTF-8 become replacement characters; all that a terminal
-// would obey or hide is beyond ASCII or a control character, and so escaped.
-std::string Dump(const Json& json) {
-  constexpr bool kAsciiOnly = true;
-  return json.dump(2, ' ', kAsciiOnly, Json::error_handler_t::replace);
 }
 
 Json FailureJson(const std::optional<Failure>& failure) {
@@ -177,14 +149,7 @@ Json ViolationsJson(const Report& report) {
   return violations;
 }
 
-Json EventJson(const LogRecord& record) {
-  return {{"kind", "log"},
-          {"call", record.call},
-          {"pass", record.pass},
-          {"text", record.text}};
-}
-
-Json EventJson(const CallRecord& call) {
+Json ToJson(const CallRecord& call) {
   return {{"kind", "call"},
           {"number", call.number},
           {"pass", call.pass},
@@ -199,7 +164,7 @@ Json EventJson(const CallRecord& call) {
           {"text", RenderCall(call)}};
 }
 
-Json EventJson(const ChangeRecord& change) {
+Json ToJson(const ChangeRecord& change) {
   return {{"kind", "change"},
           {"call", change.call},
           {"pass", change.pass},
@@ -216,7 +181,7 @@ Json EventsJson(const Report& report) {
   Json events = Json::array();
   for (const Event& event : report.journal.events()) {
     events.push_back(
-        std::visit([](const auto& e) { return EventJson(e); }, event));
+        std::visit([](const auto& e) { return ToJson(e); }, event));
   }
   return events;
 }
@@ -283,7 +248,7 @@ std::string RenderJson(const Report& report, const ReportView& view) {
       {"findings", FindingsJson(report)},
       {"passes", PassesJson(report)},
       {"not_rehearsed", CarriedJson(report)},
-      {"not_carried_over", LossesJson(report)},
+      {"not_carried_over", ToJson(report.losses)},
       {"log", report.journal.LogTexts()},
       {"calls", CallsJson(report)},
       {"changes", ListsJson(ListsOf(report))},

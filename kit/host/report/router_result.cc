@@ -2,17 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 
+#include "kit/host/report/json_parts.h"
 #include "kit/host/report/names.h"
 #include "kit/host/report/verdict.h"
 
 namespace kit::host {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 RouterVerdict VerdictOf(const Report& report) {
   if (report.failure) return RouterVerdict::kFail;
@@ -127,10 +125,9 @@ std::string ToLine(const RouterResult& result) {
                      {"pass", result.pass},
                      {"findings", std::move(findings)},
                      {"error", std::move(failure)},
-                     {"output", result.output ? Json(*result.output) : Json()},
-                     {"page", result.page ? Json(*result.page) : Json()}};
-  constexpr bool kAsciiOnly = true;
-  return json.dump(-1, ' ', kAsciiOnly, Json::error_handler_t::replace);
+                     {"output", OrNull(result.output)},
+                     {"page", OrNull(result.page)}};
+  return DumpLine(json);
 }
 
 RouterResult ParseLine(const std::string& line) {
