@@ -8,7 +8,6 @@
 #include <system_error>
 #include <vector>
 
-#include "kit/host/digest.h"
 #include "kit/host/report/page/page_files.h"
 #include "kit/host/report/page_data.h"
 
@@ -118,11 +117,7 @@ void WriteFleetPage(const FleetSummary& summary, const FleetPageFacts& facts,
   const std::string headline = summary.Headline();
   const std::string subject = headline.substr(0, headline.find(':'));
   const std::map<std::string_view, std::string> values = {
-      {"script-sum", Sha256Base64(script)},
-      {"style-sum", Sha256Base64(style)},
-      {"version", Html(facts.version)},
-      {"title", Html(headline)},
-      {"style", style},
+      {"head", PageHead(headline, facts.version, style, script)},
       {"subject", Html(subject)},
       {"tone", Tone(summary)},
       {"verdict", Html(headline.substr(subject.size() + 2))},

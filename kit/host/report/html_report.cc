@@ -161,12 +161,8 @@ std::string RenderHtml(const Report& report, const PageFacts& facts) {
   const std::string script = std::string(kPageJs) + kPartsJs + kStartJs;
   return Filled(
       kPageHtml,
-      {{"script-sum", Sha256Base64(script)},
-       {"style-sum", Sha256Base64(kPageCss)},
-       {"version", Html(facts.version)},
-       {"title",
-        fmt::format("{}: {}", Html(SubjectOf(report)), Html(Verdict(report)))},
-       {"style", kPageCss},
+      {{"head", PageHead(SubjectOf(report) + ": " + Verdict(report),
+                         facts.version, kPageCss, script)},
        {"subject", Html(SubjectOf(report))},
        {"tone", Tone(report)},
        {"verdict", Html(Verdict(report))},

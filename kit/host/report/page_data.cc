@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "kit/host/digest.h"
+#include "kit/host/report/page/page_files.h"
 #include "kit/host/text.h"
 
 namespace kit::host {
@@ -56,6 +58,15 @@ std::string Filled(std::string_view page,
     text += values.at(page.substr(begin + 2, end - begin - 2));
     page.remove_prefix(end + 2);
   }
+}
+
+std::string PageHead(const std::string& title, const std::string& version,
+                     const std::string& style, const std::string& script) {
+  return Filled(kHeadHtml, {{"title", Html(title)},
+                            {"version", Html(version)},
+                            {"style", style},
+                            {"style-sum", Sha256Base64(style)},
+                            {"script-sum", Sha256Base64(script)}});
 }
 
 void PageJson::Separate() {

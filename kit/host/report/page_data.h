@@ -23,6 +23,11 @@ std::string Html(std::string_view text);
 std::string Filled(std::string_view page,
                    const std::map<std::string_view, std::string>& values);
 
+// All before a page's body. Nothing but this style and script takes effect in
+// it.
+std::string PageHead(const std::string& title, const std::string& version,
+                     const std::string& style, const std::string& script);
+
 // JSON, piece by piece. Texts become OneLine, and nothing ends the element that
 // holds it.
 class PageJson {

@@ -4,6 +4,7 @@
 
 namespace kit::host {
 
+extern const char kHeadHtml[];
 extern const char kPageHtml[];
 extern const char kPageCss[];
 extern const char kPageJs[];
