@@ -14,9 +14,6 @@ namespace {
 
 using Color = Screen::Color;
 
-// Failures of one kind in so many places are told apart by their pass alone.
-constexpr size_t kMostGroups = 1000;
-
 Color ColorOf(RouterVerdict verdict) {
   switch (verdict) {
     case RouterVerdict::kFine:
@@ -61,7 +58,6 @@ void FleetSummary::Add(const RouterResult& result) {
   worst_ = std::max(worst_, result.exit_code);
   const auto count = [&result](auto& groups, int kind,
                                const std::string& name) {
-    if (groups.size() >= kMostGroups) return;
     Group& group = groups[{kind, name}];
     if (group.routers++ == 0) group.first = result.config;
   };

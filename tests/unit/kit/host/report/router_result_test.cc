@@ -101,6 +101,19 @@ TEST(FleetSummary, CountsARouterOnceForEachRuleAndKindOfFailure) {
             "1 router   first: b.xml\n");
 }
 
+TEST(FleetSummary, CountsHoweverManyKindsThereAre) {
+  FleetSummary summary;
+  for (int round = 0; round < 2; ++round) {
+    for (int pass = 0; pass < 1500; ++pass) {
+      summary.Add(Failed(ExitCode::kPluginFailed, std::to_string(pass)));
+    }
+  }
+  ASSERT_EQ(summary.Failures().size(), 1500u);
+  for (const FleetSummary::Kind& kind : summary.Failures()) {
+    EXPECT_EQ(kind.routers, 2u) << kind.name;
+  }
+}
+
 TEST(FleetSummary, ComesToTheHighestOfTheExitCodes) {
   FleetSummary summary;
   EXPECT_EQ(summary.exit_code(), ExitCode::kSuccess);
