@@ -233,6 +233,10 @@ class FleetTest(unittest.TestCase):
         self.put("r9.xml")
         self.assert_fails(fleet(self.inputs, *again), 3,
                           "other configurations, 6 of them and not 7")
+        header = lines_of(self.json)[0]
+        header["fleet"] = header["routers"] = 10 ** 15
+        self.json.write_text(json.dumps(header) + "\n")
+        self.assert_fails(fleet(self.inputs, *again), 3, "makes no sense")
         self.json.write_text("something else\n")
         self.assert_fails(fleet(self.inputs, *again), 3,
                           "is no file of results")

@@ -25,6 +25,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kFormatVersion = 1;
+// A file's first line can claim anything.
+constexpr size_t kMostRouters = 100'000'000;
 
 std::string ReasonOf(int error) {
   return std::generic_category().message(error);
@@ -54,7 +56,8 @@ FleetHeader ParseHeader(const std::string& line) {
   header.names = json.at("names");
   header.upgrade = json.at("upgrade");
   if (header.shard.of == 0 || header.shard.number == 0 ||
-      header.shard.number > header.shard.of || header.routers > header.fleet) {
+      header.shard.number > header.shard.of || header.routers > header.fleet ||
+      header.fleet > kMostRouters) {
     throw LineError("its first line makes no sense");
   }
   return header;
